@@ -1,0 +1,20 @@
+# Cross compilation for Windows with mingw-w64. TERVANE_ARCH picks the architecture: x86 or x64.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TERVANE_ARCH)
+if(TERVANE_ARCH STREQUAL "x86")
+    set(CMAKE_SYSTEM_PROCESSOR x86)
+    set(triple i686-w64-mingw32)
+elseif(TERVANE_ARCH STREQUAL "x64")
+    set(CMAKE_SYSTEM_PROCESSOR AMD64)
+    set(triple x86_64-w64-mingw32)
+else()
+    message(FATAL_ERROR "TERVANE_ARCH must be x86 or x64; use the presets of the same names.")
+endif()
+
+# The -posix variants, because the -win32 ones have no std::mutex and std::thread.
+set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
+set(CMAKE_RC_COMPILER ${triple}-windres)
+set(CMAKE_FIND_ROOT_PATH /usr/${triple})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
