@@ -1,0 +1,37 @@
+# Test results, one line each in the file named by $results: pass, fail or skip, then the test's name,
+# then the reason, separated by tabs. To be sourced by bash. Failures are shown as they happen.
+
+passed() { printf 'pass\t%s\t\n' "$1" >>"$results"; }
+
+skipped() {
+    printf 'skip\t%s\t%s\n' "$1" "$2" >>"$results"
+    printf 'skipped: %s: %s\n' "$1" "$2"
+}
+
+failed() {
+    printf 'fail\t%s\t%s\n' "$1" "$2" >>"$results"
+    printf 'FAILED: %s: %s\n' "$1" "$2"
+}
+
+show_log() { tail -n 60 "$1" | tr -d '\r' | sed 's/^/    | /'; }
+
+# judge NAME STATUS LOG: turns a program's exit status into a result; 77 means that the program
+# found nothing to work with here and says why in its last line.
+judge() {
+    case $2 in
+    0) passed "$1" ;;
+    77) skipped "$1" "$(tail -n 1 "$3")" ;;
+    124 | 137) failed "$1" "ran out of time" && show_log "$3" ;;
+    *) failed "$1" "exit status $2" && show_log "$3" ;;
+    esac
+}
+
+# step NAME SECONDS COMMAND...: runs a command as one test with a time limit.
+step() {
+    local name=$1 seconds=$2 log status=0
+    shift 2
+    log=$(mktemp)
+    timeout -k 30 "$seconds" "$@" >"$log" 2>&1 </dev/null || status=$?
+    judge "$name" "$status" "$log"
+    rm -f "$log"
+}
