@@ -1,0 +1,53 @@
+// The library's four exports and its entry point.
+
+#include "component/ComEdge.h"
+#include "component/ModuleState.h"
+#include "component/Registrar.h"
+#include "component/TypeLibrary.h"
+
+#include <new>
+
+using tervane::Guarded;
+using tervane::ModuleState;
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
+    ModuleState* state = ModuleState::Get();
+    if (!state) {
+        return E_INVALIDARG;
+    }
+    if (!out) {
+        return E_POINTER;
+    }
+    *out = nullptr;
+    return Guarded([&] { return state->ClassFactoryFor(clsid, iid, out); });
+}
+
+STDAPI DllCanUnloadNow() {
+    const ModuleState* state = ModuleState::Get();
+    return state && state->IsLocked() ? S_FALSE : S_OK;
+}
+
+STDAPI DllRegisterServer() {
+    return Guarded([] { return tervane::RegisterModule(); });
+}
+
+STDAPI DllUnregisterServer() {
+    return Guarded([] { return tervane::UnregisterModule(); });
+}
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        DisableThreadLibraryCalls(instance);
+        try {
+            ModuleState::Set(new ModuleState(instance));
+        } catch (const std::bad_alloc&) {
+            // Without its state the library answers E_INVALIDARG; loading it always succeeds.
+        }
+    } else if (reason == DLL_PROCESS_DETACH && !processEnds) {
+        // When the process ends, the libraries that these pointers lead into may be gone already.
+        delete ModuleState::Get();
+        ModuleState::Set(nullptr);
+        tervane::ReleaseTypeInfo();
+    }
+    return TRUE;
+}

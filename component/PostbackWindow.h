@@ -1,0 +1,46 @@
+#pragma once
+
+// A hidden window through which a worker thread hands its completion to the thread that owns the
+// object: what is posted from any thread arrives on the thread that created the window, when that
+// thread pumps messages.
+
+#include <string>
+
+#include <windows.h>
+
+namespace tervane {
+
+// Who is called on the window's thread.
+class PostbackOwner {
+public:
+    virtual void OnPostback(unsigned code, unsigned wParam) = 0;
+
+protected:
+    ~PostbackOwner() = default;
+};
+
+class PostbackWindow {
+public:
+    // Creates the window on the calling thread, which must also destroy it. `owner` must outlive
+    // it. When no window can be created, posts are lost.
+    explicit PostbackWindow(PostbackOwner& owner);
+    ~PostbackWindow();
+    PostbackWindow(const PostbackWindow&) = delete;
+    PostbackWindow& operator=(const PostbackWindow&) = delete;
+
+    // Calls OnPostback(code, wParam) on the window's thread, later. Codes from 0 to 0x7BFF. Any
+    // thread; false when the message could not be posted.
+    bool Post(unsigned code, WPARAM wParam, LPARAM lParam) const noexcept;
+
+    // Null when the window could not be created.
+    HWND Handle() const noexcept { return window_; }
+    const std::string& ClassName() const noexcept { return className_; }
+
+private:
+    HINSTANCE module_;
+    std::string className_;
+    ATOM class_ = 0;
+    HWND window_ = nullptr;
+};
+
+} // namespace tervane

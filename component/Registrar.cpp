@@ -1,0 +1,92 @@
+#include "component/Registrar.h"
+
+#include "component/ClassTable.h"
+#include "component/TypeLibrary.h"
+
+namespace tervane {
+namespace {
+
+constexpr CLSID kRegistrarClass = {
+    0x44ec053a, 0x400f, 0x11d0, {0x9d, 0xcd, 0x00, 0xa0, 0xc9, 0x03, 0x91, 0xd3}};
+constexpr IID kRegistrarInterface = {
+    0x44ec053b, 0x400f, 0x11d0, {0x9d, 0xcd, 0x00, 0xa0, 0xc9, 0x03, 0x91, 0xd3}};
+
+HRESULT LastError() noexcept {
+    const DWORD error = GetLastError();
+    return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
+}
+
+// Runs every class's script until one fails.
+HRESULT RunScripts(Registering direction) {
+    const std::wstring path = ModulePath();
+    if (path.empty()) {
+        return HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
+    }
+    Registrar registrar;
+    if (const HRESULT result = registrar.Open(path); FAILED(result)) {
+        return result;
+    }
+    for (const ClassRow& row : ClassTable()) {
+        if (const HRESULT result = registrar.Run(row.script, direction); FAILED(result)) {
+            return result;
+        }
+    }
+    return S_OK;
+}
+
+} // namespace
+
+std::wstring ModuleReplacement(const std::wstring& modulePath) {
+    wchar_t shortPath[MAX_PATH];
+    const DWORD length = GetShortPathNameW(modulePath.c_str(), shortPath, MAX_PATH);
+    const std::wstring path =
+        length != 0 && length < MAX_PATH ? std::wstring(shortPath, length) : modulePath;
+    std::wstring quoted;
+    for (const wchar_t c : path) {
+        quoted.append(c == L'\'' ? 2 : 1, c);
+    }
+    return quoted;
+}
+
+HRESULT Registrar::Open(const std::wstring& modulePath) {
+    modulePath_ = modulePath;
+    library_.Reset(LoadLibraryA("ATL.DLL"));
+    if (!library_) {
+        return LastError();
+    }
+    using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    const auto getClassObject = reinterpret_cast<GetClassObject>(
+        reinterpret_cast<void*>(GetProcAddress(library_.Get(), "DllGetClassObject")));
+    if (!getClassObject) {
+        return LastError();
+    }
+    ComPtr<IClassFactory> factory;
+    HRESULT result =
+        getClassObject(kRegistrarClass, IID_IClassFactory, reinterpret_cast<void**>(factory.Put()));
+    if (SUCCEEDED(result)) {
+        result = factory->CreateInstance(nullptr, kRegistrarInterface,
+                                         reinterpret_cast<void**>(registrar_.Put()));
+    }
+    if (FAILED(result)) {
+        return result;
+    }
+    return registrar_->AddReplacement(L"Module", ModuleReplacement(modulePath).c_str());
+}
+
+HRESULT Registrar::Run(UINT script, Registering direction) {
+    return direction == Registering::Register
+               ? registrar_->ResourceRegister(modulePath_.c_str(), script, L"REGISTRY")
+               : registrar_->ResourceUnregister(modulePath_.c_str(), script, L"REGISTRY");
+}
+
+HRESULT RegisterModule() {
+    const HRESULT result = RunScripts(Registering::Register);
+    return FAILED(result) ? result : RegisterTypeLibrary();
+}
+
+HRESULT UnregisterModule() {
+    const HRESULT result = RunScripts(Registering::Unregister);
+    return FAILED(result) ? result : UnregisterTypeLibrary();
+}
+
+} // namespace tervane

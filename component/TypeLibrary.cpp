@@ -1,0 +1,139 @@
+#include "component/TypeLibrary.h"
+
+#include "ZelBase/Handles.h"
+#include "component/ModuleState.h"
+
+#include <map>
+#include <mutex>
+
+namespace tervane {
+namespace {
+
+struct GuidLess {
+    bool operator()(const GUID& a, const GUID& b) const noexcept {
+        return memcmp(&a, &b, sizeof a) < 0;
+    }
+};
+
+struct TypeInfoCache {
+    std::mutex mutex;
+    ComPtr<ITypeLib> library;
+    std::map<GUID, ComPtr<ITypeInfo>, GuidLess> infos;
+};
+
+// Never destroyed by the C++ runtime: at process exit the automation library that the pointers lead
+// into may be gone already.
+TypeInfoCache& Cache() {
+    static auto* cache = new TypeInfoCache;
+    return *cache;
+}
+
+// Replaces what follows the last "." of the path; the whole path counts, as it always did here.
+std::wstring WithTypeLibraryExtension(std::wstring path) {
+    const size_t dot = path.rfind(L'.');
+    if (dot != std::wstring::npos) {
+        path.resize(dot);
+    }
+    return path + L".tlb";
+}
+
+struct LibraryAttributes {
+    explicit LibraryAttributes(ITypeLib* owner) noexcept : library(owner) {
+        result = library->GetLibAttr(&attributes);
+    }
+    ~LibraryAttributes() {
+        if (attributes) {
+            library->ReleaseTLibAttr(attributes);
+        }
+    }
+    LibraryAttributes(const LibraryAttributes&) = delete;
+    LibraryAttributes& operator=(const LibraryAttributes&) = delete;
+
+    ITypeLib* library;
+    TLIBATTR* attributes = nullptr;
+    HRESULT result;
+};
+
+} // namespace
+
+ITypeInfo* TypeInfoFor(REFGUID id) noexcept {
+    try {
+        TypeInfoCache& cache = Cache();
+        const std::lock_guard lock(cache.mutex);
+        if (const auto known = cache.infos.find(id); known != cache.infos.end()) {
+            return known->second.Get();
+        }
+        if (!cache.library) {
+            LoadedTypeLibrary loaded;
+            if (FAILED(LoadModuleTypeLibrary(loaded))) {
+                return nullptr;
+            }
+            cache.library = std::move(loaded.library);
+        }
+        ComPtr<ITypeInfo> info;
+        if (FAILED(cache.library->GetTypeInfoOfGuid(id, info.Put()))) {
+            return nullptr;
+        }
+        return (cache.infos[id] = std::move(info)).Get();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+void ReleaseTypeInfo() noexcept {
+    delete &Cache();
+}
+
+std::wstring ModulePath() {
+    wchar_t path[MAX_PATH];
+    const ModuleState* state = ModuleState::Get();
+    const DWORD length = GetModuleFileNameW(state ? state->Instance() : nullptr, path, MAX_PATH);
+    return length < MAX_PATH ? std::wstring(path, length) : std::wstring();
+}
+
+HRESULT LoadModuleTypeLibrary(LoadedTypeLibrary& loaded) {
+    loaded.path = ModulePath();
+    // REGKIND_NONE: loading must never register by the way.
+    HRESULT result = LoadTypeLibEx(loaded.path.c_str(), REGKIND_NONE, loaded.library.Put());
+    if (FAILED(result)) {
+        loaded.path = WithTypeLibraryExtension(loaded.path);
+        result = LoadTypeLibEx(loaded.path.c_str(), REGKIND_NONE, loaded.library.Put());
+    }
+    return result;
+}
+
+HRESULT RegisterTypeLibrary() {
+    LoadedTypeLibrary loaded;
+    if (const HRESULT result = LoadModuleTypeLibrary(loaded); FAILED(result)) {
+        return result;
+    }
+    const size_t separator = loaded.path.find_last_of(L"\\/:");
+    std::wstring helpDirectory =
+        loaded.path.substr(0, separator == std::wstring::npos ? 0 : separator + 1);
+    return RegisterTypeLib(loaded.library.Get(), loaded.path.data(), helpDirectory.data());
+}
+
+HRESULT UnregisterTypeLibrary() {
+    LoadedTypeLibrary loaded;
+    if (const HRESULT result = LoadModuleTypeLibrary(loaded); FAILED(result)) {
+        return result;
+    }
+    const LibraryAttributes attributes(loaded.library.Get());
+    if (FAILED(attributes.result)) {
+        return attributes.result;
+    }
+    // Looked up at run time: the first versions of the automation library lack it, and there a
+    // registered type library simply stays.
+    const ZelBase::UniqueLibrary automation(LoadLibraryA("oleaut32.dll"));
+    using UnRegister = HRESULT(STDAPICALLTYPE*)(REFGUID, WORD, WORD, LCID, SYSKIND);
+    const auto unregister = reinterpret_cast<UnRegister>(
+        reinterpret_cast<void*>(GetProcAddress(automation.Get(), "UnRegisterTypeLib")));
+    if (!unregister) {
+        return S_OK;
+    }
+    const TLIBATTR& library = *attributes.attributes;
+    return unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum, library.lcid,
+                      library.syskind);
+}
+
+} // namespace tervane

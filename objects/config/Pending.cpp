@@ -1,0 +1,36 @@
+// The classes of this room whose members are not built yet.
+
+#include "component/Creators.h"
+#include "component/PendingObject.h"
+
+namespace tervane::create {
+
+HRESULT ConfigureOutlookExpress(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingObject(row, outer, iid, out);
+}
+
+HRESULT ConfigureIE(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventControl(row, outer, iid, out);
+}
+
+HRESULT PhoneBookEntry(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingObject(row, outer, iid, out);
+}
+
+HRESULT RASMgr(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventObject(row, outer, iid, out);
+}
+
+HRESULT DisableFileAndPrintSharing(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingObject(row, outer, iid, out);
+}
+
+HRESULT WindowMgr(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventObject(row, outer, iid, out);
+}
+
+HRESULT Registry2(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingObject(row, outer, iid, out);
+}
+
+} // namespace tervane::create

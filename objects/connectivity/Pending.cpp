@@ -1,0 +1,20 @@
+// The classes of this room whose members are not built yet.
+
+#include "component/Creators.h"
+#include "component/PendingObject.h"
+
+namespace tervane::create {
+
+HRESULT ConnectivityTester(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventObject(row, outer, iid, out);
+}
+
+HRESULT DHCP(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventObject(row, outer, iid, out);
+}
+
+HRESULT DHCPConfiguration(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingObject(row, outer, iid, out);
+}
+
+} // namespace tervane::create

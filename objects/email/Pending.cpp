@@ -1,0 +1,20 @@
+// The classes of this room whose members are not built yet.
+
+#include "component/Creators.h"
+#include "component/PendingObject.h"
+
+namespace tervane::create {
+
+HRESULT SmtpCtl(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventControl(row, outer, iid, out);
+}
+
+HRESULT PopCtl(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventControl(row, outer, iid, out);
+}
+
+HRESULT EmailData(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingControl(row, outer, iid, out);
+}
+
+} // namespace tervane::create

@@ -1,0 +1,28 @@
+// The classes of this room whose members are not built yet.
+
+#include "component/Creators.h"
+#include "component/PendingObject.h"
+
+namespace tervane::create {
+
+HRESULT GeneralSysInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventControl(row, outer, iid, out);
+}
+
+HRESULT StaticAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingControl(row, outer, iid, out);
+}
+
+HRESULT LiveAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingControl(row, outer, iid, out);
+}
+
+HRESULT DriveInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingControl(row, outer, iid, out);
+}
+
+HRESULT AdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreatePendingEventControl(row, outer, iid, out);
+}
+
+} // namespace tervane::create
