@@ -1,0 +1,61 @@
+#include "ZelBase/ModulePin.h"
+
+#include <new>
+
+#include <process.h>
+
+namespace ZelBase {
+
+struct ModulePin::StartRecord {
+    ModulePin pin;
+    Routine routine;
+    void* argument;
+};
+
+ModulePin::ModulePin() noexcept {
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&ModulePin::Run), module_.Put());
+}
+
+UniqueHandle ModulePin::StartThread(Routine routine, void* argument, Start start,
+                                    DWORD* threadId) noexcept {
+    std::unique_ptr<StartRecord> record(new (std::nothrow)
+                                            StartRecord{ModulePin(), routine, argument});
+    if (!record || !record->pin) {
+        return UniqueHandle();
+    }
+    // The C run-time library's way, so that its per-thread state exists from the start.
+    unsigned id = 0;
+    const unsigned flags = start == Start::kSuspended ? CREATE_SUSPENDED : 0;
+    UniqueHandle thread(reinterpret_cast<HANDLE>(
+        _beginthreadex(nullptr, 0, &ModulePin::Run, record.get(), flags, &id)));
+    if (thread) {
+        static_cast<void>(record.release()); // the thread's now
+        if (threadId) {
+            *threadId = id;
+        }
+    }
+    return thread;
+}
+
+// Everything that needs destroying is gone before the last line: nothing of this function runs
+// after it, and the module may be unmapped by it. The run-time library frees its per-thread state
+// when the system tells it that the thread ends.
+unsigned __stdcall ModulePin::Run(void* startRecord) noexcept {
+    auto* record = static_cast<StartRecord*>(startRecord);
+    const Routine routine = record->routine;
+    void* argument = record->argument;
+    HMODULE module = record->pin.module_.Release();
+    delete record;
+    FreeLibraryAndExitThread(module, RunRoutine(routine, argument));
+}
+
+DWORD ModulePin::RunRoutine(Routine routine, void* argument) noexcept {
+    try {
+        return routine(argument);
+    } catch (...) {
+        return kEscapedException;
+    }
+}
+
+} // namespace ZelBase
