@@ -1,0 +1,59 @@
+#include "tests/bench/LateBound.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace bench {
+
+void Fail(std::string_view what, HRESULT result) {
+    std::printf("%.*s failed: 0x%08lX\n", static_cast<int>(what.size()), what.data(),
+                static_cast<unsigned long>(result));
+    std::fflush(stdout);
+    std::_Exit(1);
+}
+
+LateBound::LateBound(const wchar_t* progId) {
+    CLSID classId;
+    HRESULT result = CLSIDFromProgID(progId, &classId);
+    if (SUCCEEDED(result)) {
+        result = CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                                  reinterpret_cast<void**>(object_.Put()));
+    }
+    if (FAILED(result)) {
+        Fail("creating an object", result);
+    }
+}
+
+tervane::Variant LateBound::Get(const wchar_t* property) const {
+    DISPPARAMS none = {};
+    return Invoke(property, DISPATCH_PROPERTYGET, none);
+}
+
+tervane::Variant LateBound::Call(const wchar_t* method,
+                                 std::initializer_list<const tervane::Variant*> arguments) const {
+    // IDispatch takes arguments from the last to the first; they stay the caller's.
+    std::vector<VARIANT> reversed;
+    for (auto argument = arguments.end(); argument != arguments.begin();) {
+        reversed.push_back((*--argument)->Get());
+    }
+    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    return Invoke(method, DISPATCH_METHOD, parameters);
+}
+
+tervane::Variant LateBound::Invoke(const wchar_t* member, WORD kind, DISPPARAMS& arguments) const {
+    DISPID id = DISPID_UNKNOWN;
+    auto* name = const_cast<wchar_t*>(member);
+    HRESULT result = object_->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+    tervane::Variant answer;
+    if (SUCCEEDED(result)) {
+        result = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &arguments, answer.Put(),
+                                 nullptr, nullptr);
+    }
+    if (FAILED(result)) {
+        Fail("invoking a member", result);
+    }
+    return answer;
+}
+
+} // namespace bench

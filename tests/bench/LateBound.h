@@ -1,0 +1,31 @@
+#pragma once
+
+// An object as a script sees it: created by its ProgID, every member looked up by name and invoked
+// through IDispatch. Both sides of a comparison go through this one client.
+
+#include "platform/Automation.h"
+
+#include <initializer_list>
+#include <string_view>
+
+namespace bench {
+
+// Ends the program with a message: a benchmark without its objects has nothing to say.
+[[noreturn]] void Fail(std::string_view what, HRESULT result);
+
+class LateBound {
+public:
+    // Creates the object in this apartment; fails the program if it cannot be had.
+    explicit LateBound(const wchar_t* progId);
+
+    tervane::Variant Get(const wchar_t* property) const;
+    tervane::Variant Call(const wchar_t* method,
+                          std::initializer_list<const tervane::Variant*> arguments) const;
+
+private:
+    tervane::Variant Invoke(const wchar_t* member, WORD kind, DISPPARAMS& arguments) const;
+
+    tervane::ComPtr<IDispatch> object_;
+};
+
+} // namespace bench

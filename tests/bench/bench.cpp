@@ -1,0 +1,114 @@
+// What the component costs beside the system's own ways of doing the same. Run by scripts/bench
+// with the DLL registered; prints one line per comparison, ours first.
+
+#include "tests/bench/Comparison.h"
+#include "tests/bench/LateBound.h"
+#include "tests/bench/ManyWindows.h"
+#include "tests/bench/ServerLoad.h"
+
+#include <cstdio>
+#include <string>
+
+using tervane::Variant;
+
+namespace {
+
+constexpr const wchar_t* kKey = L"Software\\TervaneBench";
+constexpr int kWindows = 500;
+
+Variant Text(std::wstring_view text) {
+    auto value = Variant::FromText(text);
+    if (!value) {
+        bench::Fail("copying a text", E_OUTOFMEMORY);
+    }
+    return std::move(*value);
+}
+
+// First, while neither library is loaded.
+void CompareLoading() {
+    bench::ServerLoad ours(L"Tervane.Registry2");
+    bench::ServerLoad theirs(L"Scripting.Dictionary");
+    bench::Compare(
+        {"load, create the first object, unload : Dictionary", 0, 5}, [&] { ours.Run(); },
+        [&] { theirs.Run(); });
+}
+
+void CompareCreation() {
+    bench::LateBound keepLoaded(L"Tervane.Registry2");
+    bench::LateBound keepOtherLoaded(L"Scripting.Dictionary");
+    bench::Compare(
+        {"create and release an object : Dictionary", 0, 100},
+        [] { bench::LateBound object(L"Tervane.Registry2"); },
+        [] { bench::LateBound object(L"Scripting.Dictionary"); });
+}
+
+void ComparePropertyRead() {
+    bench::LateBound ours(L"Tervane.WindowMgr");
+    bench::LateBound theirs(L"Scripting.Dictionary");
+    bench::Compare(
+        {"late-bound property read : Dictionary.Count", 1.0, 2000},
+        [&] { ours.Get(L"LastErrorCode"); }, [&] { theirs.Get(L"Count"); });
+}
+
+void CompareRegistryRead() {
+    constexpr wchar_t text[] = L"a text of ordinary length, as settings have";
+    RegSetKeyValueW(HKEY_CURRENT_USER, kKey, L"Text", REG_SZ, text, sizeof(text));
+    bench::LateBound ours(L"Tervane.Registry2");
+    bench::LateBound theirs(L"WScript.Shell");
+    Variant hive = Variant::FromLong(1);
+    Variant key = Text(kKey);
+    Variant name = Text(L"Text");
+    Variant path = Text(std::wstring(L"HKCU\\") + kKey + L"\\Text");
+    auto check = [&text](const Variant& value) {
+        if (value.Text() != text) {
+            bench::Fail("reading the registry", E_UNEXPECTED);
+        }
+    };
+    bench::Compare(
+        {"Registry2.GetValue : WScript.Shell.RegRead", 1.0, 200},
+        [&] {
+            check(ours.Call(L"GetValue", {&hive, &key, &name}));
+        },
+        [&] { check(theirs.Call(L"RegRead", {&path})); });
+    RegDeleteKeyW(HKEY_CURRENT_USER, kKey);
+}
+
+void CompareWindowSearch() {
+    constexpr LONG kInvisible = 2;
+    bench::ManyWindows windows(kWindows);
+    bench::LateBound ours(L"Tervane.WindowMgr");
+    Variant pattern = Text(windows.LastTitle());
+    Variant noChild = Text(L"");
+    auto search = [&] {
+        auto state = ours.Call(L"GetWindowState", {&pattern, &noChild}).As(VT_I4);
+        if (!state || state->Get().lVal != kInvisible) {
+            bench::Fail("finding the window by its pattern", E_UNEXPECTED);
+        }
+    };
+    auto bareLoop = [&] {
+        if (bench::FindByBareLoop(windows.LastTitle()) == nullptr) {
+            bench::Fail("finding the window by the bare loop", E_UNEXPECTED);
+        }
+    };
+    bench::Compare({"find the last of 500 windows by pattern : bare loop", 2.0, 3}, search,
+                   bareLoop);
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (auto status = bench::ManyWindows::RunIfAsked(argumentCount, arguments)) {
+        return *status;
+    }
+    HRESULT result = CoInitialize(nullptr);
+    if (FAILED(result)) {
+        bench::Fail("starting COM", result);
+    }
+    CompareLoading();
+    CompareCreation();
+    ComparePropertyRead();
+    CompareRegistryRead();
+    CompareWindowSearch();
+    CoUninitialize();
+    return 0;
+}
