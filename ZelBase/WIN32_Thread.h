@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ZelBase/CriticalSection.h"
+#include "ZelBase/Handles.h"
+#include "ZelBase/Thread.h"
+
+namespace ZelBase {
+
+class WIN32_Thread final : public Thread {
+public:
+    WIN32_Thread();
+    ~WIN32_Thread() override;
+
+    bool IsValid() const override;
+    void Sleep(std::uint32_t ms) override;
+    bool WaitForEvent(std::string& name) override;
+    bool WaitForEvent(std::string& name, std::uint32_t timeoutMs) override;
+    bool SignalEvent(const std::string& name) override;
+    bool GetEvent(const std::string& name) override;
+    bool HasEvents() const override;
+    void SetTerminateTimeout(std::uint32_t ms) override;
+    bool SetArgument(std::uint32_t argument) override;
+    bool SetThreadFunction(Function function) override;
+    bool Execute() override;
+    bool Suspend() override;
+    bool Resume() override;
+    bool Terminate(bool hard) override;
+    bool IsRunning() const override;
+    bool IsSuspended() const override;
+    bool IsFinished() const override;
+    std::uint32_t GetExitCode() const override;
+    void Lock() const override ZELBASE_ACQUIRE();
+    void Unlock() const override ZELBASE_RELEASE();
+
+    // Signalled from the request to terminate until the next Execute; null in an invalid thread.
+    // For waits that shall end with the thread, see WaitTiedToThread.
+    HANDLE TerminateEvent() const noexcept { return terminateEvent_.Get(); }
+
+private:
+    enum class StartResult { kStarted, kRefused, kNoThread };
+    // Shared with those who wait for the thread's end, so that Execute may put a new one in place.
+    using SharedHandle = std::shared_ptr<const UniqueHandle>;
+    // The run that Terminate ends.
+    struct Run {
+        SharedHandle thread;
+        std::uint32_t timeoutMs;
+        bool isCaller;
+    };
+
+    static DWORD WINAPI ThreadWrapper(void* thread);
+    std::uint32_t RunRoutine();
+    StartResult Start();
+    Run RequestTermination(bool hard);
+    bool EndRun(HANDLE thread, bool inTime);
+    bool TakeEvent(std::string& name, const char* terminationMessage);
+    bool IsCaller() const ZELBASE_REQUIRES(this);
+
+    SharedHandle thread_ ZELBASE_GUARDED_BY(this);
+    UniqueHandle terminateEvent_;
+    UniqueHandle queueEvent_;
+    mutable CriticalSection section_;
+    DWORD threadId_ ZELBASE_GUARDED_BY(this) = 0;
+};
+
+} // namespace ZelBase
