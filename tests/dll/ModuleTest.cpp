@@ -1,0 +1,313 @@
+// The library as a module: its exports, its class factories, what holds it loaded, and objects as
+// every host meets them.
+
+#include "support/TestComponent.h"
+
+#include "TERVANELib.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+#include <olectl.h>
+
+namespace tervane::test {
+namespace {
+
+struct ClassCase {
+    const char* name;
+    const CLSID& clsid;
+    const IID& interfaceId;
+    const IID* events;
+    bool control;
+};
+
+void PrintTo(const ClassCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+#define CLASS(name, events, control)                                                               \
+    { #name, __uuidof(name), __uuidof(I##name), events, control }
+const ClassCase kClasses[] = {
+    CLASS(ConfigureOutlookExpress, nullptr, false),
+    CLASS(GeneralSysInfo, &__uuidof(_IGeneralSysInfoEvents), true),
+    CLASS(SmtpCtl, &__uuidof(_ISmtpCtlEvents), true),
+    CLASS(PopCtl, &__uuidof(_IPopCtlEvents), true),
+    CLASS(EmailData, nullptr, true),
+    CLASS(ConnectivityTester, &__uuidof(_IConnectivityTesterEvents), false),
+    CLASS(DHCP, &__uuidof(_IDHCPEvents), false),
+    CLASS(ConfigureIE, &__uuidof(_IConfigureIEEvents), true),
+    CLASS(StaticAdapterInfo, nullptr, true),
+    CLASS(LiveAdapterInfo, nullptr, true),
+    CLASS(DriveInfo, nullptr, true),
+    CLASS(PhoneBookEntry, nullptr, false),
+    CLASS(RASMgr, &__uuidof(_IRASMgrEvents), false),
+    CLASS(DHCPConfiguration, nullptr, false),
+    CLASS(WindowMgr, &__uuidof(_IWindowMgrEvents), false),
+    CLASS(DisableFileAndPrintSharing, nullptr, false),
+    CLASS(Registry2, nullptr, false),
+    CLASS(AdapterInfo, &__uuidof(_IAdapterInfoEvents), true),
+};
+#undef CLASS
+
+// An outer object that aggregates one class: the inner interfaces must show its identity.
+class OuterObject final : public IUnknown {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+        if (IsEqualIID(iid, IID_IUnknown)) {
+            AddRef();
+            *out = static_cast<IUnknown*>(this);
+            return S_OK;
+        }
+        return inner ? inner->QueryInterface(iid, out) : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+
+    ComPtr<IUnknown> inner;
+    ULONG references = 1;
+};
+
+class ModuleTest : public testing::Test {
+protected:
+    const Apartment apartment_;
+    TestComponent& component_ = TestComponent::Get();
+};
+
+class ClassTest : public ModuleTest, public testing::WithParamInterface<ClassCase> {};
+
+INSTANTIATE_TEST_SUITE_P(Classes, ClassTest, testing::ValuesIn(kClasses),
+                         [](const auto& info) { return info.param.name; });
+
+TEST_P(ClassTest, IsCreatedWithItsDefaultInterfaceAndTellsWhatItIs) {
+    const ClassCase& row = GetParam();
+    const ComPtr<IDispatch> object = component_.Create(row.clsid);
+    ASSERT_TRUE(object);
+
+    ComPtr<IDispatch> dual;
+    ASSERT_EQ(S_OK, object->QueryInterface(row.interfaceId, reinterpret_cast<void**>(dual.Put())));
+    EXPECT_EQ(QueryFor<IUnknown>(object.Get()).Get(), QueryFor<IUnknown>(dual.Get()).Get());
+
+    ComPtr<ITypeInfo> info;
+    ASSERT_EQ(S_OK, object->GetTypeInfo(0, 0, info.Put()));
+    TYPEATTR* attributes = nullptr;
+    ASSERT_EQ(S_OK, info->GetTypeAttr(&attributes));
+    EXPECT_TRUE(IsEqualGUID(row.interfaceId, attributes->guid));
+    EXPECT_EQ(TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDISPATCHABLE,
+              attributes->wTypeFlags);
+    info->ReleaseTypeAttr(attributes);
+
+    const auto classInfo = QueryFor<IProvideClassInfo2>(object.Get());
+    ASSERT_TRUE(classInfo);
+    ComPtr<ITypeInfo> coclass;
+    EXPECT_EQ(S_OK, classInfo->GetClassInfo(coclass.Put()));
+    ASSERT_EQ(S_OK, coclass->GetTypeAttr(&attributes));
+    EXPECT_TRUE(IsEqualGUID(row.clsid, attributes->guid));
+    EXPECT_EQ(TKIND_COCLASS, attributes->typekind);
+    coclass->ReleaseTypeAttr(attributes);
+
+    const auto errors = QueryFor<ISupportErrorInfo>(object.Get());
+    ASSERT_TRUE(errors);
+    EXPECT_EQ(S_OK, errors->InterfaceSupportsErrorInfo(row.interfaceId));
+    EXPECT_EQ(S_FALSE, errors->InterfaceSupportsErrorInfo(IID_IOleObject));
+}
+
+TEST_P(ClassTest, HasItsConnectionPointAndNoOther) {
+    const ClassCase& row = GetParam();
+    const ComPtr<IDispatch> object = component_.Create(row.clsid);
+    ASSERT_TRUE(object);
+    const auto container = QueryFor<IConnectionPointContainer>(object.Get());
+    GUID source = {};
+    const HRESULT told = QueryFor<IProvideClassInfo2>(object.Get())
+                             ->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &source);
+    if (!row.events) {
+        EXPECT_FALSE(container);
+        EXPECT_TRUE(FAILED(told));
+        return;
+    }
+    EXPECT_EQ(S_OK, told);
+    EXPECT_TRUE(IsEqualGUID(*row.events, source));
+    ASSERT_TRUE(container);
+
+    ComPtr<IEnumConnectionPoints> points;
+    ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.Put()));
+    ComPtr<IConnectionPoint> point;
+    ComPtr<IConnectionPoint> another;
+    ASSERT_EQ(S_OK, points->Next(1, point.Put(), nullptr));
+    EXPECT_EQ(S_FALSE, points->Next(1, another.Put(), nullptr));
+    IID events = {};
+    ASSERT_EQ(S_OK, point->GetConnectionInterface(&events));
+    EXPECT_TRUE(IsEqualIID(*row.events, events));
+    EXPECT_EQ(CONNECT_E_NOCONNECTION, container->FindConnectionPoint(IID_IDispatch, another.Put()));
+
+    // An identity of its own, with the way back to the object.
+    EXPECT_FALSE(QueryFor<IDispatch>(point.Get()));
+    ComPtr<IConnectionPointContainer> back;
+    EXPECT_EQ(S_OK, point->GetConnectionPointContainer(back.Put()));
+    EXPECT_EQ(container.Get(), back.Get());
+}
+
+TEST_P(ClassTest, CanBeAggregated) {
+    const ClassCase& row = GetParam();
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, component_.GetClassObject(row.clsid, IID_IClassFactory,
+                                              reinterpret_cast<void**>(factory.Put())));
+    OuterObject outer;
+    ComPtr<IUnknown> refused;
+    EXPECT_EQ(
+        CLASS_E_NOAGGREGATION,
+        factory->CreateInstance(&outer, IID_IDispatch, reinterpret_cast<void**>(refused.Put())));
+    ASSERT_EQ(S_OK, factory->CreateInstance(&outer, IID_IUnknown,
+                                            reinterpret_cast<void**>(outer.inner.Put())));
+    {
+        const auto dispatch = QueryFor<IDispatch>(&outer);
+        ASSERT_TRUE(dispatch);
+        EXPECT_EQ(2u, outer.references);
+        EXPECT_EQ(static_cast<IUnknown*>(&outer), QueryFor<IUnknown>(dispatch.Get()).Get());
+        DISPID id = 0;
+        LPOLESTR unknown = const_cast<LPOLESTR>(L"NoSuchMember");
+        EXPECT_EQ(DISP_E_UNKNOWNNAME, dispatch->GetIDsOfNames(IID_NULL, &unknown, 1, 0, &id));
+    }
+    EXPECT_EQ(1u, outer.references);
+    outer.inner.Reset();
+}
+
+// What a container does with a control before its script runs: site, state, verb, and back again.
+TEST_P(ClassTest, IsHostedAsAControlWhereRegisteredAsOne) {
+    const ClassCase& row = GetParam();
+    const ComPtr<IDispatch> object = component_.Create(row.clsid);
+    const auto control = QueryFor<IOleObject>(object.Get());
+    ASSERT_EQ(row.control, static_cast<bool>(control));
+    if (!control) {
+        return;
+    }
+    DWORD status = 0;
+    EXPECT_EQ(S_OK, control->GetMiscStatus(DVASPECT_CONTENT, &status));
+    EXPECT_EQ(132497u, status);
+    CLSID clsid = {};
+    EXPECT_EQ(S_OK, control->GetUserClassID(&clsid));
+    EXPECT_TRUE(IsEqualCLSID(row.clsid, clsid));
+    EXPECT_EQ(S_OK, QueryFor<IPersistStreamInit>(object.Get())->InitNew());
+
+    const SIZEL wanted = {1234, 567};
+    SIZEL extent = wanted;
+    EXPECT_EQ(S_OK, control->SetExtent(DVASPECT_CONTENT, &extent));
+    extent = {};
+    EXPECT_EQ(
+        S_OK,
+        QueryFor<IViewObject2>(object.Get())->GetExtent(DVASPECT_CONTENT, -1, nullptr, &extent));
+    EXPECT_EQ(wanted.cx, extent.cx);
+    EXPECT_EQ(wanted.cy, extent.cy);
+    EXPECT_EQ(S_OK,
+              control->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_EQ(OLEOBJ_S_INVALIDVERB, control->DoVerb(7, nullptr, nullptr, 0, nullptr, nullptr));
+
+    RecordingSink site;
+    const auto sited = QueryFor<IObjectWithSite>(object.Get());
+    EXPECT_EQ(S_OK, sited->SetSite(&site));
+    EXPECT_EQ(1, site.References());
+    EXPECT_EQ(S_OK, sited->SetSite(nullptr));
+    EXPECT_EQ(0, site.References());
+    EXPECT_EQ(S_OK, control->Close(OLECLOSE_NOSAVE));
+}
+
+TEST_P(ClassTest, RefusesBadCalls) {
+    const ComPtr<IDispatch> object = component_.Create(GetParam().clsid);
+    ASSERT_TRUE(object);
+    DISPPARAMS none = {};
+    VARIANT arguments[20] = {};
+    DISPPARAMS many = {arguments, nullptr, 20, 0};
+    const auto invoke = [&](DISPID id, REFIID iid, DISPPARAMS* parameters) {
+        return object->Invoke(id, iid, 0, DISPATCH_METHOD | DISPATCH_PROPERTYGET, parameters,
+                              nullptr, nullptr, nullptr);
+    };
+    EXPECT_EQ(DISP_E_MEMBERNOTFOUND, invoke(4711, IID_NULL, &none));
+    EXPECT_EQ(DISP_E_UNKNOWNINTERFACE, invoke(1, IID_IDispatch, &none));
+    EXPECT_EQ(E_INVALIDARG, invoke(1, IID_NULL, nullptr));
+    EXPECT_TRUE(FAILED(invoke(1, IID_NULL, &many)));
+    ComPtr<ITypeInfo> info;
+    EXPECT_EQ(DISP_E_BADINDEX, object->GetTypeInfo(1, 0, info.Put()));
+    EXPECT_EQ(E_POINTER, object->GetTypeInfo(0, 0, nullptr));
+    EXPECT_EQ(E_POINTER, object->GetTypeInfoCount(nullptr));
+    EXPECT_EQ(E_POINTER, object->QueryInterface(IID_IUnknown, nullptr));
+    LPOLESTR name = const_cast<LPOLESTR>(L"");
+    DISPID id = 0;
+    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
+    EXPECT_EQ(DISP_E_UNKNOWNINTERFACE, object->GetIDsOfNames(IID_IDispatch, &name, 1, 0, &id));
+}
+
+TEST_F(ModuleTest, HandsOutOneCachedFactoryPerClass) {
+    ComPtr<IUnknown> first;
+    ComPtr<IUnknown> second;
+    ComPtr<IUnknown> other;
+    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(Registry2), IID_IUnknown,
+                                              reinterpret_cast<void**>(first.Put())));
+    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(Registry2), IID_IUnknown,
+                                              reinterpret_cast<void**>(second.Put())));
+    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(WindowMgr), IID_IUnknown,
+                                              reinterpret_cast<void**>(other.Put())));
+    EXPECT_EQ(first.Get(), second.Get());
+    EXPECT_NE(first.Get(), other.Get());
+
+    void* out = &out;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+              component_.GetClassObject(IID_IDispatch, IID_IUnknown, &out));
+    EXPECT_EQ(nullptr, out);
+    out = &out;
+    EXPECT_EQ(E_NOINTERFACE, component_.GetClassObject(__uuidof(Registry2), IID_IDispatch, &out));
+    EXPECT_EQ(nullptr, out);
+    EXPECT_EQ(E_POINTER, component_.GetClassObject(__uuidof(Registry2), IID_IUnknown, nullptr));
+}
+
+TEST_F(ModuleTest, StaysLoadedWhileAnythingHoldsIt) {
+    EXPECT_EQ(S_OK, component_.CanUnloadNow());
+    ComPtr<IDispatch> object = component_.Create(__uuidof(Registry2));
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    auto second = QueryFor<IUnknown>(object.Get()); // one more reference, not one more object
+    object.Reset();
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    second.Reset();
+    EXPECT_EQ(S_OK, component_.CanUnloadNow());
+
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(WindowMgr), IID_IClassFactory,
+                                              reinterpret_cast<void**>(factory.Put())));
+    EXPECT_EQ(S_OK, component_.CanUnloadNow());
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_EQ(S_OK, component_.CanUnloadNow());
+}
+
+// Objects made, called and dropped in great number, from several threads at once: nothing remains.
+TEST_F(ModuleTest, TenThousandRoundsLeaveNothingBehind) {
+    const auto rounds = [this](int count) {
+        const Apartment apartment;
+        for (int i = 0; i < count; ++i) {
+            const ClassCase& row = kClasses[i % std::size(kClasses)];
+            const ComPtr<IDispatch> object = component_.Create(row.clsid);
+            DISPID id = 0;
+            LPOLESTR name = const_cast<LPOLESTR>(L"NoSuchMember");
+            object->GetIDsOfNames(IID_NULL, &name, 1, 0, &id);
+            if (row.events) {
+                RecordingSink sink;
+                Unadvise(object.Get(), Advise(object.Get(), &sink));
+                ASSERT_EQ(0, sink.References());
+            }
+        }
+    };
+    rounds(100); // whatever is made once only
+    DWORD before = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &before);
+    std::thread other(rounds, 5000);
+    rounds(5000);
+    other.join();
+    DWORD after = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &after);
+    EXPECT_LE(after, before + 2);
+    EXPECT_EQ(S_OK, component_.CanUnloadNow());
+}
+
+} // namespace
+} // namespace tervane::test

@@ -1,0 +1,219 @@
+#include "support/TestComponent.h"
+
+#include <algorithm>
+
+namespace tervane::test {
+namespace {
+
+constexpr DWORD kPumpStep = 20; // ms; how often a condition that signals nothing is looked at
+
+std::wstring BuildFolder() {
+    wchar_t path[MAX_PATH];
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring program(path, length);
+    const std::wstring tests = program.substr(0, program.find_last_of(L"\\/"));
+    return tests.substr(0, tests.find_last_of(L"\\/"));
+}
+
+template <typename Function>
+Function ExportOf(HMODULE module, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+void DispatchMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        DispatchMessageW(&message);
+    }
+}
+
+} // namespace
+
+TestComponent& TestComponent::Get() {
+    static TestComponent component;
+    return component;
+}
+
+TestComponent::TestComponent()
+    : path_(BuildFolder() + L"\\Tervane.DLL"), module_(LoadLibraryW(path_.c_str())) {}
+
+HRESULT TestComponent::GetClassObject(REFCLSID clsid, REFIID iid, void** out) const {
+    using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+    return ExportOf<Function>(module_.Get(), "DllGetClassObject")(clsid, iid, out);
+}
+
+HRESULT TestComponent::CanUnloadNow() const {
+    return ExportOf<HRESULT(STDAPICALLTYPE*)()>(module_.Get(), "DllCanUnloadNow")();
+}
+
+ComPtr<IDispatch> TestComponent::Create(REFCLSID clsid) const {
+    ComPtr<IClassFactory> factory;
+    ComPtr<IDispatch> object;
+    if (SUCCEEDED(
+            GetClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(factory.Put())))) {
+        factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(object.Put()));
+    }
+    return object;
+}
+
+long CallResult::Number() const {
+    const auto number = value.As(VT_I4);
+    return number ? number->Get().lVal : 0x7FFFFFF1;
+}
+
+std::wstring CallResult::Text() const {
+    return std::wstring(value.Text());
+}
+
+std::vector<std::wstring> CallResult::Texts() const {
+    std::vector<std::wstring> texts;
+    if (const auto elements = ReadArray(value.Get())) {
+        for (const Variant& element : *elements) {
+            texts.emplace_back(element.Text());
+        }
+    }
+    return texts;
+}
+
+CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
+                  std::initializer_list<Argument> arguments) {
+    CallResult result;
+    DISPID id = DISPID_UNKNOWN;
+    LPOLESTR name = const_cast<LPOLESTR>(member);
+    result.status = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+    if (FAILED(result.status)) {
+        return result;
+    }
+    std::vector<VARIANT> reversed(arguments.size());
+    std::transform(arguments.begin(), arguments.end(), reversed.rbegin(),
+                   [](const Argument& argument) { return argument.value.Get(); });
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    result.status = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+                                   result.value.Put(), nullptr, nullptr);
+    return result;
+}
+
+CallResult Call(IDispatch* object, const wchar_t* method,
+                std::initializer_list<Argument> arguments) {
+    return Invoke(object, method, DISPATCH_METHOD, arguments);
+}
+
+CallResult Read(IDispatch* object, const wchar_t* property) {
+    return Invoke(object, property, DISPATCH_PROPERTYGET, {});
+}
+
+CallResult Write(IDispatch* object, const wchar_t* property, const Argument& value) {
+    return Invoke(object, property, DISPATCH_PROPERTYPUT, {Argument(value.value.Get())});
+}
+
+HRESULT STDMETHODCALLTYPE RecordingSink::QueryInterface(REFIID iid, void** out) {
+    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
+        *out = nullptr;
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    *out = static_cast<IDispatch*>(this);
+    return S_OK;
+}
+
+ULONG STDMETHODCALLTYPE RecordingSink::AddRef() {
+    return ++references_;
+}
+
+ULONG STDMETHODCALLTYPE RecordingSink::Release() {
+    return --references_;
+}
+
+HRESULT STDMETHODCALLTYPE RecordingSink::GetTypeInfoCount(UINT* count) {
+    *count = 0;
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE RecordingSink::GetTypeInfo(UINT, LCID, ITypeInfo**) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE RecordingSink::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) {
+    return E_NOTIMPL;
+}
+
+HRESULT STDMETHODCALLTYPE RecordingSink::Invoke(DISPID member, REFIID, LCID, WORD,
+                                                DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
+                                                UINT*) {
+    {
+        auto event = std::make_unique<ReceivedEvent>();
+        event->id = member;
+        event->thread = GetCurrentThreadId();
+        for (UINT i = parameters->cArgs; i > 0; --i) {
+            event->arguments.push_back(std::move(*Variant::CopyOf(parameters->rgvarg[i - 1])));
+        }
+        const std::lock_guard lock(mutex_);
+        events_.push_back(std::move(event));
+    }
+    SetEvent(arrived_.Get());
+    return OnEvent(member);
+}
+
+bool RecordingSink::WaitFor(size_t events, DWORD milliseconds) {
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (Count() < events) {
+        const ULONGLONG now = GetTickCount64();
+        if (now >= end) {
+            return false;
+        }
+        HANDLE arrived = arrived_.Get();
+        MsgWaitForMultipleObjects(1, &arrived, FALSE, static_cast<DWORD>(end - now), QS_ALLINPUT);
+        DispatchMessages();
+    }
+    return true;
+}
+
+size_t RecordingSink::Count() {
+    const std::lock_guard lock(mutex_);
+    return events_.size();
+}
+
+ReceivedEvent& RecordingSink::operator[](size_t index) {
+    const std::lock_guard lock(mutex_);
+    return *events_.at(index);
+}
+
+ComPtr<IConnectionPoint> EventsOf(IUnknown* object) {
+    ComPtr<IConnectionPoint> point;
+    ComPtr<IEnumConnectionPoints> points;
+    const auto container = QueryFor<IConnectionPointContainer>(object);
+    if (container && SUCCEEDED(container->EnumConnectionPoints(points.Put()))) {
+        points->Next(1, point.Put(), nullptr);
+    }
+    return point;
+}
+
+DWORD Advise(IUnknown* object, IUnknown* sink) {
+    DWORD cookie = 0;
+    const auto point = EventsOf(object);
+    return point && SUCCEEDED(point->Advise(sink, &cookie)) ? cookie : 0;
+}
+
+HRESULT Unadvise(IUnknown* object, DWORD cookie) {
+    const auto point = EventsOf(object);
+    return point ? point->Unadvise(cookie) : E_NOINTERFACE;
+}
+
+bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds) {
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    while (!condition()) {
+        if (GetTickCount64() >= end) {
+            return false;
+        }
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, kPumpStep, QS_ALLINPUT);
+        DispatchMessages();
+    }
+    return true;
+}
+
+} // namespace tervane::test

@@ -1,0 +1,133 @@
+#pragma once
+
+// The built DLL as a host sees it: loaded by path, its classes made through its class factories,
+// its members called late-bound, its events recorded.
+
+#include "ZelBase/Handles.h"
+#include "platform/Automation.h"
+
+#include <atomic>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <ocidl.h>
+
+namespace tervane::test {
+
+// COM for the time of a test, on its thread.
+class Apartment {
+public:
+    Apartment() { CoInitialize(nullptr); }
+    ~Apartment() { CoUninitialize(); }
+};
+
+class TestComponent {
+public:
+    // Loads Tervane.DLL of the build that this test belongs to. One per process.
+    static TestComponent& Get();
+
+    HMODULE Module() const { return module_.Get(); }
+    const std::wstring& Path() const { return path_; }
+
+    HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** out) const;
+    HRESULT CanUnloadNow() const;
+
+    // An object's IDispatch; null when it cannot be made.
+    ComPtr<IDispatch> Create(REFCLSID clsid) const;
+
+private:
+    TestComponent();
+
+    std::wstring path_;
+    ZelBase::UniqueLibrary module_;
+};
+
+// Arguments of a late-bound call, in their declared order.
+struct Argument {
+    Argument(int number) : value(Variant::FromLong(number)) {}
+    Argument(long number) : value(Variant::FromLong(number)) {}
+    Argument(bool truth) : value(Variant::FromBool(truth)) {}
+    Argument(const wchar_t* text) : value(std::move(*Variant::FromText(text))) {}
+    Argument(const std::wstring& text) : value(std::move(*Variant::FromText(text))) {}
+    // A copy by value.
+    Argument(const VARIANT& other) : value(std::move(*Variant::CopyOf(other))) {}
+    Variant value;
+};
+
+struct CallResult {
+    HRESULT status;
+    Variant value;
+
+    // The value as a number or a flag (-1 or 0); an impossible number when it is none.
+    long Number() const;
+    std::wstring Text() const;
+    // The texts of an array result.
+    std::vector<std::wstring> Texts() const;
+};
+
+CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
+                  std::initializer_list<Argument> arguments);
+// A method.
+CallResult Call(IDispatch* object, const wchar_t* method,
+                std::initializer_list<Argument> arguments = {});
+// A property.
+CallResult Read(IDispatch* object, const wchar_t* property);
+CallResult Write(IDispatch* object, const wchar_t* property, const Argument& value);
+
+// What one firing delivered.
+struct ReceivedEvent {
+    DISPID id;
+    std::vector<Variant> arguments; // in their declared order
+    DWORD thread;
+};
+
+// A sink that records what it is called with; a test may let it do more. The test owns it on its
+// stack or heap; references are counted only to see that they come back to none.
+class RecordingSink : public IDispatch {
+public:
+    virtual ~RecordingSink() = default;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+    ULONG STDMETHODCALLTYPE AddRef() override;
+    ULONG STDMETHODCALLTYPE Release() override;
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** out) override;
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
+                                            DISPID* ids) override;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID iid, LCID locale, WORD flags,
+                                     DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                                     UINT* argumentError) override;
+
+    // Waits until that many events have come, at most `milliseconds`; messages of this thread are
+    // dispatched meanwhile. False on time-out.
+    bool WaitFor(size_t events, DWORD milliseconds);
+    size_t Count();
+    // The event with that number, from 0; only after WaitFor said that it came.
+    ReceivedEvent& operator[](size_t index);
+    LONG References() const { return references_; }
+
+protected:
+    // Called after the event was recorded, on the thread that fires. Its result is the sink's.
+    virtual HRESULT OnEvent(DISPID) { return S_OK; }
+
+private:
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<ReceivedEvent>> events_;
+    ZelBase::UniqueHandle arrived_{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    std::atomic<LONG> references_ = 0;
+};
+
+// The object's one connection point for its events; null when it has none.
+ComPtr<IConnectionPoint> EventsOf(IUnknown* object);
+// Advises and returns the cookie; 0 when that fails.
+DWORD Advise(IUnknown* object, IUnknown* sink);
+HRESULT Unadvise(IUnknown* object, DWORD cookie);
+
+// Dispatches this thread's messages until `condition` holds; false after `milliseconds`.
+bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds);
+
+} // namespace tervane::test
