@@ -59,6 +59,9 @@ private:
 template <typename... Bases>
 class Object : public ObjectRoot, public Bases... {
 public:
+    // Public, so that classes without state inherit it: `using Object::Object`.
+    Object(const ClassRow& row, IUnknown* outer) : ObjectRoot(row, outer), Bases(row)... {}
+
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
         return Controlling()->QueryInterface(iid, out);
     }
@@ -66,8 +69,6 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return Controlling()->Release(); }
 
 protected:
-    Object(const ClassRow& row, IUnknown* outer) : ObjectRoot(row, outer), Bases(row)... {}
-
     void* Find(REFIID iid) noexcept override {
         void* found = nullptr;
         ((found = found ? found : Bases::FindInterface(iid)), ...);
