@@ -29,8 +29,4 @@ HRESULT WindowMgr(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) 
     return CreatePendingEventObject(row, outer, iid, out);
 }
 
-HRESULT Registry2(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingObject(row, outer, iid, out);
-}
-
 } // namespace tervane::create
