@@ -96,7 +96,12 @@ protected:
     template <typename... Arguments>
     void Trace(const char* function, LogLevel level, const char* format,
                Arguments... arguments) const {
-        if (loggingEnabled_) {
+        if (!loggingEnabled_) {
+            return;
+        }
+        if constexpr (sizeof...(arguments) == 0) {
+            logger_->Log(function, level, "%s", format);
+        } else {
             logger_->Log(function, level, format, arguments...);
         }
     }

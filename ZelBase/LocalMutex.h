@@ -1,0 +1,35 @@
+#pragma once
+
+// A lock of one process for short sections that cannot fail, in code that also builds without
+// Windows. Whoever waits under it longer than for a copy should have a Mutex.
+
+#include "ZelBase/ThreadAnnotations.h"
+
+#include <mutex>
+
+namespace ZelBase {
+
+class ZELBASE_LOCKABLE LocalMutex {
+public:
+    void Lock() ZELBASE_ACQUIRE() { mutex_.lock(); }
+    void Unlock() ZELBASE_RELEASE() { mutex_.unlock(); }
+
+private:
+    std::mutex mutex_;
+};
+
+// Holds a local mutex for a scope.
+class ZELBASE_SCOPED_LOCKABLE LocalMutexLock {
+public:
+    explicit LocalMutexLock(LocalMutex& mutex) ZELBASE_ACQUIRE(mutex) : mutex_(mutex) {
+        mutex_.Lock();
+    }
+    ~LocalMutexLock() ZELBASE_RELEASE() { mutex_.Unlock(); }
+    LocalMutexLock(const LocalMutexLock&) = delete;
+    LocalMutexLock& operator=(const LocalMutexLock&) = delete;
+
+private:
+    LocalMutex& mutex_;
+};
+
+} // namespace ZelBase
