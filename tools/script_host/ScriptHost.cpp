@@ -1,0 +1,76 @@
+#include "tools/script_host/ScriptHost.h"
+
+#include "tools/script_host/Console.h"
+#include "tools/script_host/ErrorText.h"
+#include "tools/script_host/MessagePump.h"
+#include "tools/script_host/WScriptObject.h"
+
+namespace tervane::scripthost {
+
+ScriptHost::ScriptHost()
+    : events_([this](const std::wstring& function, DISPPARAMS& arguments) {
+          CallHandler(function, arguments);
+      }),
+      interruption_([this] {
+          end_.Request(Interruption::kExitCode);
+          engine_.Interrupt();
+      }) {}
+
+DWORD ScriptHost::Run(const ScriptFile& file, const std::wstring& engine,
+                      const std::vector<std::wstring>& arguments) {
+    if (end_.Signal() == nullptr || !events_.IsOpen()) {
+        Console::WriteLine(Console::Stream::kError, L"The system is out of resources.");
+        return kStartFailed;
+    }
+    ComPtr<WScriptObject> wscript(new WScriptObject(*this, file, arguments));
+    site_.Reset(new ScriptSite(file.FullPath(), AddReference<IDispatch>(wscript.Get()), end_));
+    HRESULT opened = engine_.Open(engine, site_.Get(), ScriptSite::kItemName);
+    if (FAILED(opened)) {
+        Console::WriteLine(Console::Stream::kError,
+                           L"Cannot start script engine \"" + engine + L"\": " + ErrorText(opened));
+        return kStartFailed;
+    }
+    DWORD exitCode = RunToEnd(file);
+    wscript->Detach();
+    return exitCode;
+}
+
+DWORD ScriptHost::RunToEnd(const ScriptFile& file) {
+    HRESULT result = engine_.Run(file.Text());
+    if (FAILED(result) && result != ScriptEngine::kReported) {
+        EXCEPINFO none{};
+        site_->ReportCallError(result, none);
+    }
+    if (!end_.IsRequested()) {
+        Sleep(0);
+    }
+    events_.Close();
+    engine_.Close();
+    return end_.ExitCode();
+}
+
+void ScriptHost::Sleep(DWORD milliseconds) {
+    PumpMessages(milliseconds, end_.Signal());
+}
+
+void ScriptHost::CallHandler(const std::wstring& function, DISPPARAMS& arguments) {
+    if (end_.IsRequested()) {
+        return;
+    }
+    EXCEPINFO exception{};
+    HRESULT result = engine_.Call(function, arguments, exception);
+    if (FAILED(result) && result != ScriptEngine::kReported) {
+        site_->ReportCallError(result, exception);
+    }
+}
+
+HRESULT ScriptHost::Abort() noexcept {
+    if (engine_.Interrupt()) {
+        return E_ABORT;
+    }
+    // A script could catch any failure and go on, so there is no way back into this engine.
+    events_.Close();
+    ExitProcess(end_.ExitCode());
+}
+
+} // namespace tervane::scripthost

@@ -1,0 +1,56 @@
+#pragma once
+
+// Runs one script on the calling thread, from compiling it to the last release of its objects, and
+// gives its WScript object what that needs: sleeping, events, and an early end.
+//
+// The script ends with its global code. Events that have arrived by then are still handled; then
+// the objects are disconnected and the engine is closed, in this order, so that an object that
+// fires while it is destroyed meets nobody.
+
+#include "tools/script_host/EventConnections.h"
+#include "tools/script_host/Interruption.h"
+#include "tools/script_host/ScriptEnd.h"
+#include "tools/script_host/ScriptEngine.h"
+#include "tools/script_host/ScriptFile.h"
+#include "tools/script_host/ScriptSite.h"
+
+#include <string>
+#include <vector>
+
+namespace tervane::scripthost {
+
+class ScriptHost {
+public:
+    // The exit code when the script could not be run.
+    static constexpr DWORD kStartFailed = 1;
+
+    ScriptHost();
+    ScriptHost(const ScriptHost&) = delete;
+    ScriptHost& operator=(const ScriptHost&) = delete;
+
+    // Runs the script by the engine of this ProgID and returns the exit code. Does not return if
+    // the script was ended early and its engine cannot be interrupted: the process ends then.
+    DWORD Run(const ScriptFile& file, const std::wstring& engine,
+              const std::vector<std::wstring>& arguments);
+
+    // For the WScript object, on the script's thread:
+    EventConnections& Events() noexcept { return events_; }
+    ScriptEnd& End() noexcept { return end_; }
+    // Lets events in meanwhile; returns early when the script has to end.
+    void Sleep(DWORD milliseconds);
+    // Call while the script waits for an answer, after its end was requested. Gives the failure to
+    // answer; no statement of the script runs after it.
+    HRESULT Abort() noexcept;
+
+private:
+    DWORD RunToEnd(const ScriptFile& file);
+    void CallHandler(const std::wstring& function, DISPPARAMS& arguments);
+
+    ScriptEnd end_;
+    ScriptEngine engine_;
+    EventConnections events_;
+    ComPtr<ScriptSite> site_;
+    Interruption interruption_;
+};
+
+} // namespace tervane::scripthost
