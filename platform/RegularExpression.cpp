@@ -44,7 +44,11 @@ public:
     explicit Purse(size_t patternLength) noexcept
         : price_(1 + patternLength / kSetMembersPerStep) {}
 
-    void Refill(size_t characters) noexcept {
+    void Fill() noexcept {
+        steps_ = kFullPurse;
+        isSpent_ = false;
+    }
+    void AddForText(size_t characters) noexcept {
         steps_ = std::min(kFullPurse, steps_ + kStepsPerText) + characters * kStepsPerCharacter;
     }
     void SpendStep() { Spend(price_); }
@@ -170,7 +174,7 @@ public:
         if (purse_.IsSpent()) {
             return false;
         }
-        purse_.Refill(text.size());
+        purse_.AddForText(text.size());
         try {
             Groups groups{Groups::allocator_type(&purse_)};
             return boost::regex_match(MeteredIterator(text.data(), &purse_),
@@ -182,6 +186,8 @@ public:
             return false;
         }
     }
+
+    void FillPurse() noexcept { purse_.Fill(); }
 
 private:
     Pattern pattern_;
@@ -225,6 +231,13 @@ bool RegularExpression::IsValid() const noexcept {
 bool RegularExpression::Matches(std::wstring_view text) const noexcept {
     std::lock_guard lock(matchingMutex);
     return matcher_ != nullptr && matcher_->Matches(text);
+}
+
+void RegularExpression::BeginOperation() const noexcept {
+    std::lock_guard lock(matchingMutex);
+    if (matcher_ != nullptr) {
+        matcher_->FillPurse();
+    }
 }
 
 } // namespace tervane

@@ -32,6 +32,9 @@ public:
     bool IsValid() const noexcept;
     // Any thread. Also false once the purse is empty, and when memory is.
     bool Matches(std::wstring_view text) const noexcept;
+    // Fills the purse again: whoever looks at the same texts over and over begins a new operation
+    // each time.
+    void BeginOperation() const noexcept;
 
 private:
     class Matcher;
