@@ -1,47 +1,35 @@
 #include "platform/WindowTitle.h"
 
-#include <algorithm>
-
 namespace tervane {
 
-std::wstring_view WindowTitle::Read(HWND window) {
-    text_[0] = 0;
+std::wstring_view WindowTitle::Read(HWND window) noexcept {
     DWORD process = 0;
     const DWORD thread = GetWindowThreadProcessId(window, &process);
+    if (thread == 0) {
+        return {};
+    }
     if (process == GetCurrentProcessId() && thread != GetCurrentThreadId()) {
-        return {text_, ReadByMessage(window, thread)};
+        const int length = InternalGetWindowText(window, text_, kLongest + 1);
+        return {text_, static_cast<size_t>(length)};
     }
     const size_t length = ReadWide(window);
     return {text_, length ? length : ReadNarrow(window)};
 }
 
-size_t WindowTitle::ReadWide(HWND window) {
+size_t WindowTitle::ReadWide(HWND window) noexcept {
     return static_cast<size_t>(GetWindowTextW(window, text_, kLongest + 1));
 }
 
 // Systems of the 9x family have no wide titles.
-size_t WindowTitle::ReadNarrow(HWND window) {
+size_t WindowTitle::ReadNarrow(HWND window) noexcept {
     char narrow[kLongest + 1];
     const int length = GetWindowTextA(window, narrow, sizeof narrow);
-    return length <= 0 ? 0
-                       : static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, narrow, length, text_,
-                                                                 static_cast<int>(kLongest)));
-}
-
-size_t WindowTitle::ReadByMessage(HWND window, DWORD thread) {
-    DWORD_PTR length = 0;
-    if (!IsSilent(thread)) {
-        if (SendMessageTimeoutW(window, WM_GETTEXT, kLongest + 1, reinterpret_cast<LPARAM>(text_),
-                                SMTO_ABORTIFHUNG, kPatience, &length)) {
-            return std::min<size_t>(length, kLongest);
-        }
-        silentThreads_.push_back(thread);
+    // Of a window that has just died, some systems hand out what happened to lie in the memory.
+    if (length <= 0 || !IsWindow(window)) {
+        return 0;
     }
-    return static_cast<size_t>(InternalGetWindowText(window, text_, kLongest + 1));
-}
-
-bool WindowTitle::IsSilent(DWORD thread) const {
-    return std::ranges::find(silentThreads_, thread) != silentThreads_.end();
+    return static_cast<size_t>(
+        MultiByteToWideChar(CP_ACP, 0, narrow, length, text_, static_cast<int>(kLongest)));
 }
 
 } // namespace tervane
