@@ -46,7 +46,14 @@ HRESULT DispatchInvoke(ITypeInfo* info, void* object, DISPID member, REFIID rese
         return TYPE_E_CANTLOADLIBRARY;
     }
     return Guarded([&] {
-        return info->Invoke(object, member, flags, parameters, result, exception, argumentError);
+        const auto invoke = [&](WORD kind) {
+            return info->Invoke(object, member, kind, parameters, result, exception, argumentError);
+        };
+        const HRESULT status = invoke(flags);
+        // VBScript's `Set object.Property = other` asks for putref only; ours are plain puts.
+        return status == DISP_E_MEMBERNOTFOUND && flags == DISPATCH_PROPERTYPUTREF
+                   ? invoke(DISPATCH_PROPERTYPUT)
+                   : status;
     });
 }
 
@@ -67,7 +74,15 @@ HRESULT STDMETHODCALLTYPE ClassInfo::GetGUID(DWORD kind, GUID* guid) {
 }
 
 HRESULT STDMETHODCALLTYPE ClassInfo::InterfaceSupportsErrorInfo(REFIID iid) {
-    return IsEqualIID(iid, *row_.defaultInterface) ? S_OK : S_FALSE;
+    if (IsEqualIID(iid, *row_.defaultInterface)) {
+        return S_OK;
+    }
+    // A second interface of the object, which the type library then knows too.
+    ComPtr<IUnknown> found;
+    return TypeInfoFor(iid) && SUCCEEDED(static_cast<IProvideClassInfo2*>(this)->QueryInterface(
+                                   iid, reinterpret_cast<void**>(found.Put())))
+               ? S_OK
+               : S_FALSE;
 }
 
 void* ClassInfo::FindInterface(REFIID iid) noexcept {

@@ -28,11 +28,11 @@ STDAPI DllCanUnloadNow() {
 }
 
 STDAPI DllRegisterServer() {
-    return Guarded([] { return tervane::RegisterModule(); });
+    return ModuleState::Get() ? Guarded([] { return tervane::RegisterModule(); }) : E_INVALIDARG;
 }
 
 STDAPI DllUnregisterServer() {
-    return Guarded([] { return tervane::UnregisterModule(); });
+    return ModuleState::Get() ? Guarded([] { return tervane::UnregisterModule(); }) : E_INVALIDARG;
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {

@@ -16,7 +16,8 @@ HRESULT LastError() noexcept {
     return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
 }
 
-// Runs every class's script until one fails.
+// Runs every class's script. Registering stops at the first that fails; unregistering goes on, so
+// that as little as possible stays behind. The first failure is the result.
 HRESULT RunScripts(Registering direction) {
     const std::wstring path = ModulePath();
     if (path.empty()) {
@@ -26,12 +27,17 @@ HRESULT RunScripts(Registering direction) {
     if (const HRESULT result = registrar.Open(path); FAILED(result)) {
         return result;
     }
+    HRESULT failure = S_OK;
     for (const ClassRow& row : ClassTable()) {
-        if (const HRESULT result = registrar.Run(row.script, direction); FAILED(result)) {
+        const HRESULT result = registrar.Run(row.script, direction);
+        if (FAILED(result) && direction == Registering::Register) {
             return result;
         }
+        if (FAILED(result) && SUCCEEDED(failure)) {
+            failure = result;
+        }
     }
-    return S_OK;
+    return failure;
 }
 
 } // namespace
@@ -85,8 +91,9 @@ HRESULT RegisterModule() {
 }
 
 HRESULT UnregisterModule() {
-    const HRESULT result = RunScripts(Registering::Unregister);
-    return FAILED(result) ? result : UnregisterTypeLibrary();
+    const HRESULT scripts = RunScripts(Registering::Unregister);
+    const HRESULT library = UnregisterTypeLibrary();
+    return FAILED(scripts) ? scripts : library;
 }
 
 } // namespace tervane

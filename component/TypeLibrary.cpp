@@ -2,7 +2,10 @@
 
 #include "ZelBase/Handles.h"
 #include "component/ModuleState.h"
+#include "platform/RegistryKey.h"
 
+#include <cwchar>
+#include <iterator>
 #include <map>
 #include <mutex>
 
@@ -53,6 +56,17 @@ struct LibraryAttributes {
     TLIBATTR* attributes = nullptr;
     HRESULT result;
 };
+
+// Whether the system has an entry of the library for this architecture.
+bool IsRegistered(const TLIBATTR& library) {
+    wchar_t id[40];
+    StringFromGUID2(library.guid, id, static_cast<int>(std::size(id)));
+    wchar_t path[120];
+    swprintf(path, std::size(path), L"TypeLib\\%ls\\%x.%x\\%lx\\%ls", id, library.wMajorVerNum,
+             library.wMinorVerNum, library.lcid,
+             library.syskind == SYS_WIN64 ? L"win64" : L"win32");
+    return RegistryKey::Open(RegistryHive::kClassesRoot, path).IsOpen();
+}
 
 } // namespace
 
@@ -132,8 +146,10 @@ HRESULT UnregisterTypeLibrary() {
         return S_OK;
     }
     const TLIBATTR& library = *attributes.attributes;
-    return unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum, library.lcid,
-                      library.syskind);
+    const HRESULT result = unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum,
+                                      library.lcid, library.syskind);
+    // What is not registered need not be unregistered: doing it twice is no failure.
+    return FAILED(result) && !IsRegistered(library) ? S_OK : result;
 }
 
 } // namespace tervane

@@ -94,8 +94,6 @@ TEST_P(ClassTest, IsCreatedWithItsDefaultInterfaceAndTellsWhatItIs) {
     TYPEATTR* attributes = nullptr;
     ASSERT_EQ(S_OK, info->GetTypeAttr(&attributes));
     EXPECT_TRUE(IsEqualGUID(row.interfaceId, attributes->guid));
-    EXPECT_EQ(TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION | TYPEFLAG_FDISPATCHABLE,
-              attributes->wTypeFlags);
     info->ReleaseTypeAttr(attributes);
 
     const auto classInfo = QueryFor<IProvideClassInfo2>(object.Get());
