@@ -104,7 +104,7 @@ bool LogRing::Write(LogRecord& record) noexcept {
     const std::uint32_t next = *const_cast<volatile std::uint32_t*>(&section->nextSlot);
     const std::uint32_t slot = next < kLogSlotCount ? next : 0;
     // Stamped here and not earlier, so that times never run backwards along the ring.
-    record.time = static_cast<std::uint32_t>(std::time(nullptr));
+    record.time = static_cast<std::uint32_t>(_time64(nullptr));
     section->records[slot] = record;
     section->nextSlot = (slot + 1) % kLogSlotCount;
     ++section->written;

@@ -1,0 +1,139 @@
+#include "ZelBase/ADynaByteBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <random>
+#include <string>
+
+namespace ZelBase::test {
+namespace {
+
+std::string Taken(ADynaByteBuffer& buffer, std::size_t count, bool peek = false) {
+    std::string bytes(count, '?');
+    return buffer.Read(bytes.data(), count, peek) ? bytes : "refused";
+}
+
+TEST(ADynaByteBuffer, ReadsWholeRequestsOnly) {
+    ADynaByteBuffer buffer(4, 4);
+    EXPECT_TRUE(buffer.Append("abcdef", ADynaByteBuffer::kUntilNul));
+    EXPECT_TRUE(buffer.Append("\0g", 2));
+    EXPECT_FALSE(buffer.Append(nullptr, 2));
+    EXPECT_EQ(buffer.Size(), 8u);
+    EXPECT_EQ(Taken(buffer, 9), "refused");
+    EXPECT_EQ(Taken(buffer, 0), "refused");
+    EXPECT_EQ(Taken(buffer, 5, true), "abcde");
+    EXPECT_EQ(Taken(buffer, 5), "abcde");
+    EXPECT_EQ(Taken(buffer, 3), std::string("f\0g", 3));
+    EXPECT_EQ(buffer.Size(), 0u);
+}
+
+TEST(ADynaByteBuffer, ReadsUntilADelimiter) {
+    ADynaByteBuffer buffer(8, 8);
+    buffer.Append("one;two\n;", 9);
+    char dest[8] = {};
+    std::size_t length = 99;
+    EXPECT_FALSE(buffer.ReadUntil('#', dest, sizeof dest, &length, false, false));
+    EXPECT_FALSE(buffer.ReadUntil(';', dest, 2, &length, false, false));
+    EXPECT_FALSE(buffer.ReadUntil(';', dest, 3, &length, true, false));
+    EXPECT_EQ(length, 99u);
+    EXPECT_TRUE(buffer.ReadUntil(';', dest, 4, &length, true, true));
+    EXPECT_EQ(std::string(dest, length), "one;");
+    EXPECT_TRUE(buffer.ReadUntil(';', dest, 3, &length, false, false));
+    EXPECT_EQ(std::string(dest, length), "one");
+    EXPECT_TRUE(buffer.ReadUntil('\n', dest, 8, &length, false, false));
+    EXPECT_EQ(std::string(dest, length), "two");
+    EXPECT_TRUE(buffer.ReadUntil(';', dest, 0, &length, false, false)); // nothing before it
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(buffer.Size(), 0u);
+}
+
+TEST(ADynaByteBuffer, GrowsInStepsAndNeverShrinks) {
+    ADynaByteBuffer buffer(5120, 1024);
+    EXPECT_EQ(buffer.Capacity(), 5120u);
+    const std::string bytes(5121, 'x');
+    buffer.Append(bytes.data(), 5120);
+    EXPECT_EQ(buffer.Capacity(), 5120u);
+    buffer.Append(bytes.data(), 1);
+    EXPECT_EQ(buffer.Capacity(), 6144u);
+    buffer.Clear();
+    for (int i = 0; i < 100; ++i) { // runs around in what it has
+        buffer.Append(bytes.data(), 1500);
+        EXPECT_EQ(buffer.Skip(9999), 1500u);
+    }
+    EXPECT_EQ(buffer.Capacity(), 6144u);
+}
+
+// The same operations on a plain string must give the same results.
+TEST(ADynaByteBuffer, BehavesAsAString) {
+    std::mt19937 random(4711);
+    const auto below = [&](std::size_t limit) { return random() % limit; };
+    for (int turn = 0; turn < 40; ++turn) {
+        ADynaByteBuffer buffer(below(20), below(9));
+        std::string model;
+        for (int step = 0; step < 500; ++step) {
+            std::string bytes(below(12), ' ');
+            for (char& c : bytes) {
+                c = "abc\n\r"[below(5)];
+            }
+            const bool peek = below(3) == 0;
+            const char delimiter = below(4) ? '\n' : '\r';
+            const std::size_t hit = model.find(delimiter);
+            switch (below(4)) {
+            case 0:
+            case 1:
+                ASSERT_TRUE(buffer.Append(bytes.data(), bytes.size()));
+                model += bytes;
+                break;
+            case 2: {
+                const std::size_t count = 1 + below(8);
+                const bool fits = count <= model.size();
+                ASSERT_EQ(Taken(buffer, count, peek), fits ? model.substr(0, count) : "refused");
+                model.erase(0, fits && !peek ? count : 0);
+                break;
+            }
+            default: {
+                std::size_t index = 0;
+                ASSERT_EQ(buffer.Find(delimiter, &index), hit != std::string::npos);
+                char dest[16];
+                std::size_t length = 0;
+                const bool fits = hit != std::string::npos && hit <= sizeof dest;
+                ASSERT_EQ(buffer.ReadUntil(delimiter, dest, sizeof dest, &length, false, peek),
+                          fits);
+                if (fits) {
+                    ASSERT_EQ(index, hit);
+                    ASSERT_EQ(std::string(dest, length), model.substr(0, hit));
+                    model.erase(0, peek ? 0 : hit + 1);
+                }
+            }
+            }
+            ASSERT_EQ(buffer.Size(), model.size());
+        }
+    }
+}
+
+double SecondsForQueue(std::size_t size) {
+    const auto start = std::chrono::steady_clock::now();
+    ADynaByteBuffer buffer(5120, 1024);
+    const std::string line(60, 'x');
+    std::size_t index = 0;
+    for (std::size_t filled = 0; filled < size; filled += line.size()) {
+        buffer.Append(line.data(), line.size());
+        EXPECT_FALSE(buffer.Find('\n', &index)); // one endless line
+    }
+    char chunk[512];
+    while (buffer.Read(chunk, sizeof chunk, false)) {
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Eight times the bytes: about eight times the time, where moving or searching all that is there
+// for each piece would make it sixty-four.
+TEST(ADynaByteBuffer, CostsTimeLinearInItsBytes) {
+    const double small = std::min(SecondsForQueue(2 << 20), SecondsForQueue(2 << 20));
+    const double large = SecondsForQueue(16 << 20);
+    EXPECT_LT(large, 30 * small) << small;
+}
+
+} // namespace
+} // namespace ZelBase::test

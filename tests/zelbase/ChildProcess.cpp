@@ -1,0 +1,76 @@
+#include "tests/zelbase/ChildProcess.h"
+
+namespace ZelBase::test {
+namespace {
+
+std::string OwnPath() {
+    char path[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    return path;
+}
+
+} // namespace
+
+ChildProcess ChildProcess::Self(const std::string& role) {
+    return ChildProcess("\"" + OwnPath() + "\" --child " + role);
+}
+
+ChildProcess ChildProcess::Program(const std::string& place, const std::string& arguments) {
+    const std::string own = OwnPath();
+    return ChildProcess("\"" + own.substr(0, own.rfind('\\') + 1) + place + "\" " + arguments);
+}
+
+ChildProcess::ChildProcess(std::string commandLine) {
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    UniqueHandle writeEnd;
+    // A small pipe, so that a child whose output nobody reads soon stands still.
+    CreatePipe(output_.Put(), writeEnd.Put(), &inheritable, 4096);
+    SetHandleInformation(output_.Get(), HANDLE_FLAG_INHERIT, 0);
+    STARTUPINFOA startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = writeEnd.Get();
+    startup.hStdError = writeEnd.Get();
+    PROCESS_INFORMATION information = {};
+    if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                       &startup, &information)) {
+        CloseHandle(information.hThread);
+        process_.Reset(information.hProcess);
+    }
+}
+
+ChildProcess::~ChildProcess() {
+    if (process_) {
+        TerminateProcess(process_.Get(), 1);
+        WaitForSingleObject(process_.Get(), INFINITE);
+    }
+}
+
+std::optional<std::string> ChildProcess::ReadLine() {
+    size_t end = 0;
+    while ((end = buffer_.find('\n')) == std::string::npos) {
+        char chunk[4096];
+        DWORD count = 0;
+        if (!ReadFile(output_.Get(), chunk, sizeof chunk, &count, nullptr) || count == 0) {
+            return std::nullopt;
+        }
+        buffer_.append(chunk, count);
+    }
+    std::string line = buffer_.substr(0, end);
+    buffer_.erase(0, end + 1);
+    if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+    }
+    return line;
+}
+
+std::optional<DWORD> ChildProcess::Wait(DWORD milliseconds) {
+    DWORD code = 0;
+    if (WaitForSingleObject(process_.Get(), milliseconds) != WAIT_OBJECT_0 ||
+        !GetExitCodeProcess(process_.Get(), &code)) {
+        return std::nullopt;
+    }
+    return code;
+}
+
+} // namespace ZelBase::test

@@ -1,0 +1,36 @@
+#pragma once
+
+// A second process for a test: started with its standard output piped here, ended with the object
+// if it has not ended by itself.
+
+#include "ZelBase/Handles.h"
+
+#include <optional>
+#include <string>
+
+namespace ZelBase::test {
+
+class ChildProcess {
+public:
+    // This test program in one of the roles that its main function knows.
+    static ChildProcess Self(const std::string& role);
+    // A program of the same build; `place` is its path from this program's folder.
+    static ChildProcess Program(const std::string& place, const std::string& arguments);
+    ~ChildProcess();
+    ChildProcess(ChildProcess&&) = default;
+
+    bool HasStarted() const { return static_cast<bool>(process_); }
+    // The next line of its output without line end; empty at the end of the output.
+    std::optional<std::string> ReadLine();
+    // Its exit code; empty when it has not ended in time.
+    std::optional<DWORD> Wait(DWORD milliseconds = 60000);
+
+private:
+    explicit ChildProcess(std::string commandLine);
+
+    UniqueHandle process_;
+    UniqueHandle output_;
+    std::string buffer_;
+};
+
+} // namespace ZelBase::test

@@ -1,0 +1,16 @@
+// A library whose thread outlives the last FreeLibrary of its user.
+
+#include "ZelBase/ModulePin.h"
+
+extern "C" __declspec(dllexport) HANDLE StartLingering(HANDLE go) {
+    return ZelBase::ModulePin::StartThread([go] {
+               WaitForSingleObject(go, INFINITE);
+               return 11;
+           })
+        .Release();
+}
+
+// A routine's exception must not take the process with it.
+extern "C" __declspec(dllexport) HANDLE StartThrowing() {
+    return ZelBase::ModulePin::StartThread([] { throw 1; }).Release();
+}
