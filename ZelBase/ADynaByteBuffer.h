@@ -47,7 +47,7 @@ public:
 private:
     using Block = std::unique_ptr<char[]>;
 
-    bool Reserve(std::size_t size) ZELBASE_REQUIRES(mutex_);
+    bool Reserve(std::size_t count) ZELBASE_REQUIRES(mutex_);
     void CopyIn(const char* data, std::size_t count) ZELBASE_REQUIRES(mutex_);
     void CopyOut(char* dest, std::size_t count) const ZELBASE_REQUIRES(mutex_);
     void TakeOff(std::size_t count) ZELBASE_REQUIRES(mutex_);

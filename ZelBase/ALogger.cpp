@@ -32,7 +32,7 @@ void ALogger::Log(const char* function, LogLevel level, const char* format, ...)
     if (std::strchr(text, '%')) {
         LogAsFormat(*logger_, function, level, text, std::make_index_sequence<kLogTextSize>());
     } else {
-        logger_->Log(function, level, text);
+        logger_->Log(function, level, "%s", text);
     }
 }
 

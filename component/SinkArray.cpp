@@ -18,7 +18,7 @@ SinkArray::~SinkArray() {
 
 SinkArray::Slot* SinkArray::Find(DWORD index) noexcept {
     // Slots before segment n: kFirstSegment * (2^n - 1).
-    const DWORD segment = std::bit_width(index / kFirstSegment + 1) - 1;
+    const DWORD segment = std::bit_width((index / kFirstSegment + 1) / 2);
     const DWORD before = kFirstSegment * ((1u << segment) - 1);
     return segments_[segment].load(std::memory_order_acquire) + (index - before);
 }
@@ -31,7 +31,7 @@ SinkArray::Slot* SinkArray::FindFree(DWORD& index) noexcept {
             return slot;
         }
     }
-    const DWORD segment = std::bit_width(index / kFirstSegment + 1) - 1;
+    const DWORD segment = std::bit_width((index / kFirstSegment + 1) / 2);
     if (segment >= kSegments) {
         return nullptr;
     }

@@ -50,10 +50,9 @@ private:
     };
     using Position = std::vector<Connection>::iterator;
 
-    void OnEvent(ULONG connection, const std::wstring& event,
-                 DISPPARAMS& arguments) noexcept override;
+    void OnEvent(ULONG id, const std::wstring& event, DISPPARAMS& arguments) noexcept override;
     Position Find(ULONG id) noexcept;
-    void End(Position connection) noexcept;
+    void End(Position position) noexcept;
 
     const Handler handler_;
     const std::shared_ptr<EventQueue> queue_;
