@@ -15,6 +15,20 @@ ChildProcess ChildProcess::Self(const std::string& role) {
     return ChildProcess("\"" + OwnPath() + "\" --child " + role);
 }
 
+ChildProcess ChildProcess::SelfOnOldSystem(const std::string& role, const std::string& version) {
+    const std::string name = "test_zelbase_" + version + ".exe";
+    char folder[MAX_PATH] = {};
+    GetTempPathA(MAX_PATH, folder);
+    const std::string copy = folder + name;
+    CopyFileA(OwnPath().c_str(), copy.c_str(), FALSE);
+    const std::string key = "Software\\Wine\\AppDefaults\\" + name;
+    RegSetKeyValueA(HKEY_CURRENT_USER, key.c_str(), "Version", REG_SZ, version.c_str(),
+                    static_cast<DWORD>(version.size() + 1));
+    ChildProcess child("\"" + copy + "\" --child " + role);
+    child.copy_ = copy;
+    return child;
+}
+
 ChildProcess ChildProcess::Program(const std::string& place, const std::string& arguments) {
     const std::string own = OwnPath();
     return ChildProcess("\"" + own.substr(0, own.rfind('\\') + 1) + place + "\" " + arguments);
@@ -43,6 +57,9 @@ ChildProcess::~ChildProcess() {
     if (process_) {
         TerminateProcess(process_.Get(), 1);
         WaitForSingleObject(process_.Get(), INFINITE);
+    }
+    if (!copy_.empty()) {
+        DeleteFileA(copy_.c_str());
     }
 }
 

@@ -14,10 +14,14 @@ class ChildProcess {
 public:
     // This test program in one of the roles that its main function knows.
     static ChildProcess Self(const std::string& role);
+    // A copy of it that the system tells an older version, as Wine's configuration names it
+    // ("nt40").
+    static ChildProcess SelfOnOldSystem(const std::string& role, const std::string& version);
     // A program of the same build; `place` is its path from this program's folder.
     static ChildProcess Program(const std::string& place, const std::string& arguments);
     ~ChildProcess();
     ChildProcess(ChildProcess&&) = default;
+    ChildProcess& operator=(ChildProcess&&) = delete;
 
     bool HasStarted() const { return static_cast<bool>(process_); }
     // The next line of its output without line end; empty at the end of the output.
@@ -31,6 +35,7 @@ private:
     UniqueHandle process_;
     UniqueHandle output_;
     std::string buffer_;
+    std::string copy_; // a file to delete when the process is gone
 };
 
 } // namespace ZelBase::test

@@ -161,6 +161,16 @@ TEST_F(LoggerTest, DropsARecordWhenTheRingStaysLocked) {
     EXPECT_EQ(Newest().text, "not dropped");
 }
 
+// Only Wine lets a test choose the system's version.
+TEST(Logger, SharesOneRingAcrossSessionsFromWindows2000On) {
+    if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
+        GTEST_SKIP() << "needs Wine";
+    }
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win98").Wait(), 1u);
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "nt40").Wait(), 1u);
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win2k").Wait(), 2u);
+}
+
 TEST_F(LoggerTest, LeavesTheLastErrorAlone) {
     SetLastError(12345);
     logger_->Log("Function", LogLevel::kError, "failed");

@@ -31,12 +31,23 @@ int DieWithMutex() {
     return 1;
 }
 
+// Tells by its exit code what the ring is called here: 1 within the session, 2 across sessions.
+int NameRing() {
+    const auto logger = ZelBase::Logger::Create();
+    const ZelBase::UniqueHandle local(
+        OpenMutexA(SYNCHRONIZE, FALSE, "ZelKit::WIN32_Logger::Mutex2"));
+    return !logger->IsValid() ? 9 : local ? 1 : 2;
+}
+
 int RunChild(int argc, char** argv) {
     if (argc == 5 && !std::strcmp(argv[2], "write")) {
         return WriteRecords(argv[3], std::atoi(argv[4]));
     }
     if (argc == 3 && !std::strcmp(argv[2], "die-with-mutex")) {
         return DieWithMutex();
+    }
+    if (argc == 3 && !std::strcmp(argv[2], "name-ring")) {
+        return NameRing();
     }
     return 1;
 }
