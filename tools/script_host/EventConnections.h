@@ -35,6 +35,8 @@ public:
     HRESULT Connect(IUnknown* object, std::wstring prefix);
     // Ends all connections of the object; none at all is no error.
     void Disconnect(IUnknown* object) noexcept;
+    // Calls the handlers of all events that have arrived.
+    void HandleArrived() noexcept { queue_->DeliverArrived(); }
     // Ends all connections and drops the events under way, for good.
     void Close() noexcept;
 

@@ -10,6 +10,9 @@ constexpr UINT kEventsArrived = WM_APP;
 // handlers until the stack is full; from this depth on they wait in the queue.
 constexpr unsigned kDeepestNesting = 16;
 
+// Few enough for a WScript.Sleep to end about in time, enough to make the messages cheap.
+constexpr size_t kEventsPerMessage = 64;
+
 } // namespace
 
 EventQueue::EventQueue(EventReceiver& receiver) : receiver_(&receiver), window_(MakeWindow()) {}
@@ -33,7 +36,7 @@ LRESULT EventQueue::WindowProcedure(HWND window, UINT message, WPARAM wParam, LP
     if (message != kEventsArrived || queue == nullptr) {
         return DefWindowProcW(window, message, wParam, lParam);
     }
-    queue->DeliverQueued();
+    queue->OnWake();
     return 0;
 }
 
@@ -42,12 +45,17 @@ bool EventQueue::IsOpen() {
     return static_cast<bool>(window_);
 }
 
-void EventQueue::Post(ULONG connection, std::wstring event, EventArguments arguments) {
+bool EventQueue::Post(ULONG connection, std::wstring event, EventArguments arguments) {
     std::lock_guard lock(mutex_);
-    if (window_) {
-        events_.push_back({connection, std::move(event), std::move(arguments)});
-        WakeIfNeeded();
+    if (!window_) {
+        return true;
     }
+    if (events_.size() >= kLongestQueue) {
+        return false;
+    }
+    events_.push_back({connection, std::move(event), std::move(arguments)});
+    WakeIfNeeded();
+    return true;
 }
 
 // Keeps one message under way as long as there are events. With the mutex held.
@@ -57,7 +65,7 @@ void EventQueue::WakeIfNeeded() noexcept {
     }
 }
 
-void EventQueue::DeliverQueued() noexcept {
+void EventQueue::OnWake() noexcept {
     {
         std::lock_guard lock(mutex_);
         wakeUnderWay_ = false;
@@ -66,20 +74,22 @@ void EventQueue::DeliverQueued() noexcept {
         return;
     }
     ++nesting_;
-    DeliverOneBatch();
+    DeliverUpTo(kEventsPerMessage);
     --nesting_;
     std::lock_guard lock(mutex_);
     WakeIfNeeded();
 }
 
-// Delivers the events that have arrived by now. Later ones follow with the next message, so that a
-// source that never rests does not keep a WScript.Sleep from ending.
-void EventQueue::DeliverOneBatch() noexcept {
+void EventQueue::DeliverArrived() noexcept {
     size_t count = 0;
     {
         std::lock_guard lock(mutex_);
         count = events_.size();
     }
+    DeliverUpTo(count);
+}
+
+void EventQueue::DeliverUpTo(size_t count) noexcept {
     for (; count != 0; --count) {
         std::optional<Event> event = Next();
         if (!event) {

@@ -10,6 +10,7 @@
 // deadlock. Nothing is lost by that: an event has no result that a source could use.
 //
 // Sinks share the queue and may outlive the script; once the queue is closed, events are dropped.
+// A source that never rests is stopped by the queue's length before it has eaten all memory.
 
 #include "ZelBase/UniqueResource.h"
 #include "tools/script_host/EventArguments.h"
@@ -36,6 +37,8 @@ protected:
 
 class EventQueue {
 public:
+    static constexpr size_t kLongestQueue = 100'000;
+
     // On the script's thread. `receiver` must live until Close.
     explicit EventQueue(EventReceiver& receiver);
     EventQueue(const EventQueue&) = delete;
@@ -45,9 +48,12 @@ public:
     bool IsOpen();
     bool IsOwnThread() const noexcept { return GetCurrentThreadId() == thread_; }
     // Any thread; never waits for other code. Events are delivered in the order of these calls.
-    void Post(ULONG connection, std::wstring event, EventArguments arguments);
+    // False, and the event is lost, while kLongestQueue events wait.
+    bool Post(ULONG connection, std::wstring event, EventArguments arguments);
     // Own thread: hands the event straight to the receiver, arguments by reference intact.
     void Deliver(ULONG connection, const std::wstring& event, DISPPARAMS& arguments) noexcept;
+    // Own thread: delivers all that is queued by now.
+    void DeliverArrived() noexcept;
     // Own thread. Drops what is queued and all that comes later; the receiver is not called again.
     void Close();
 
@@ -66,8 +72,8 @@ private:
 
     static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM, LPARAM);
     UniqueWindow MakeWindow();
-    void DeliverQueued() noexcept;
-    void DeliverOneBatch() noexcept;
+    void OnWake() noexcept;
+    void DeliverUpTo(size_t count) noexcept;
     std::optional<Event> Next() noexcept;
     void WakeIfNeeded() noexcept;
 

@@ -49,8 +49,7 @@ HRESULT EventSink::Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS* paramete
         if (!arguments) {
             return DISP_E_TYPEMISMATCH;
         }
-        queue_->Post(connection_, *name, *std::move(arguments));
-        return S_OK;
+        return queue_->Post(connection_, *name, *std::move(arguments)) ? S_OK : E_OUTOFMEMORY;
     });
 }
 

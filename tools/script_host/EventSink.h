@@ -23,6 +23,7 @@ public:
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override;
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override;
     // S_OK once the event is queued or handled; what the handler does is not told to the source.
+    // E_OUTOFMEMORY if too many events wait.
     STDMETHODIMP Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO*, UINT*) override;
 

@@ -43,6 +43,7 @@ DWORD ScriptHost::RunToEnd(const ScriptFile& file) {
     }
     if (!end_.IsRequested()) {
         Sleep(0);
+        events_.HandleArrived();
     }
     events_.Close();
     engine_.Close();

@@ -1,0 +1,280 @@
+#include "tests/script_host/HostRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+namespace tervane::test {
+namespace {
+
+constexpr DWORD kInterrupted = 0xC000013A;
+
+// One script and all that is to be seen of it from outside.
+struct Case {
+    const char* name;
+    const wchar_t* extension;
+    const char* script;
+    const char* out;
+    // Standard error; a leading '*' asks for this ending only, because the path stands before it.
+    const char* error;
+    DWORD exitCode;
+};
+
+void PrintTo(const Case& row, std::ostream* stream) {
+    *stream << row.name;
+}
+
+class ScriptHost : public testing::TestWithParam<Case> {
+protected:
+    static const HostRunner& Runner() {
+        static HostRunner runner;
+        return runner;
+    }
+};
+
+TEST_P(ScriptHost, RunsAsItShould) {
+    const Case& row = GetParam();
+    HostResult result = Runner().RunText(row.extension, row.script);
+    EXPECT_TRUE(result.ended);
+    EXPECT_EQ(result.out, row.out);
+    std::string expected = row.error;
+    if (expected.starts_with('*')) {
+        expected.erase(0, 1);
+        result.error.erase(0, result.error.size() - std::min(result.error.size(), expected.size()));
+    }
+    EXPECT_EQ(result.error, expected);
+    EXPECT_EQ(result.exitCode, row.exitCode);
+}
+
+const Case kBasics[] = {
+    {"echo_js", L".js",
+     "WScript.Echo();\n"
+     "WScript.Echo('one', 2, true, null, undefined, [1, 2], 1.5);\n"
+     "WScript.StdOut.Write('no line end'); WScript.StdOut.WriteLine();\n"
+     "WScript.StdErr.WriteLine('error');",
+     "\none 2 -1 null  1,2 1.5\nno line end\n", "error\n", 0},
+    {"echo_vbs", L".vbs", "WScript.Echo \"one\", True, Null, Empty : wscript.STDOUT.write 3",
+     "one -1 null \n3", "", 0},
+    {"quit_cannot_be_caught_js", L".js",
+     "try { WScript.Quit(7); } catch (e) {} finally { WScript.Echo('no'); } WScript.Echo('no');",
+     "", "", 7},
+    {"quit_cannot_be_resumed_vbs", L".vbs",
+     "On Error Resume Next\nWScript.Quit -2\nWScript.Echo \"no\"", "", "", 0xFFFFFFFE},
+    {"compile_error_js", L".js", "WScript.Echo('no');\n  foo bar;", "",
+     "*test.js(2, 7) Microsoft JScript compilation error: Syntax error\n", 1},
+    {"compile_error_vbs", L".vbs", "WScript.Echo \"no\"\nEnd Sub", "",
+     "*\\test.vbs(2, 1) Microsoft VBScript compilation error: Call failed.\n", 1},
+    {"runtime_error_js", L".js", "WScript.Echo('yes');\n\n  nope();\nWScript.Echo('no');", "yes\n",
+     "*\\test.js(3, 3) Microsoft JScript runtime error: Object expected\n", 1},
+    {"runtime_error_vbs", L".vbs", "WScript.Echo \"yes\"\n Err.Raise 1000, \"src\", \"why\"",
+     "yes\n", "*\\test.vbs(2, 2) src: why\n", 1},
+    {"errors_of_members_are_the_scripts_js", L".js",
+     "function attempt(f) { try { f(); } catch (e) { WScript.Echo(e.description); } }\n"
+     "attempt(function () { WScript.CreateObject('no.such.class'); });\n"
+     "attempt(function () { WScript.Sleep(-1); });\n"
+     "attempt(function () { WScript.Arguments(0); });\n"
+     "attempt(function () { WScript.Quit('soon'); });\n"
+     "attempt(function () { WScript.ConnectObject(new Object(), 'x_'); });\n"
+     "attempt(function () { WScript.DisconnectObject(5); });",
+     "Could not locate automation class named \"no.such.class\".\n"
+     "A time in milliseconds is needed.\nSubscript out of range\n"
+     "The exit code must be a number.\nCould not connect object: Error 0x80040200\n"
+     "An object is needed.\n",
+     "", 0},
+    {"object_without_events_vbs", L".vbs",
+     "On Error Resume Next\nSet d = WScript.CreateObject(\"Scripting.Dictionary\", \"d_\")\n"
+     "WScript.Echo Err.Source, TypeName(d)",
+     "WScript.CreateObject Empty\n", "", 0},
+};
+INSTANTIATE_TEST_SUITE_P(Basics, ScriptHost, testing::ValuesIn(kBasics),
+                         [](const auto& info) { return info.param.name; });
+
+const Case kEvents[] = {
+    {"arrive_in_order_with_numbers_for_flags_js", L".js",
+     "var seen = [];\n"
+     "function src_OnTick(number, last) { seen.push(number + ':' + last); }\n"
+     "var source = WScript.CreateObject('ScriptHostTest.EventSource', 'src_');\n"
+     "source.FireLater(3, 5);\n"
+     "while (seen.length < 3) WScript.Sleep(10);\n"
+     "WScript.Echo(seen.join(' '));",
+     "1:0 2:0 3:-1\n", "destroyed\n0 sinks left\n", 0},
+    {"find_handlers_in_any_case_vbs", L".vbs",
+     "Dim done\n"
+     "Sub source_ontick(number, last)\n"
+     "  WScript.Echo number, last, VarType(last)\n  done = True\nEnd Sub\n"
+     "Set source = WScript.CreateObject(\"ScriptHostTest.EventSource\")\n"
+     "WScript.ConnectObject source, \"SOURCE_\"\n"
+     "source.FireLater 1, 1\n"
+     "Do Until done\n  WScript.Sleep 10\nLoop",
+     "1 -1 2\n", "destroyed\n0 sinks left\n", 0},
+    {"carry_texts_lists_and_objects_vbs", L".vbs",
+     "Dim done\n"
+     "Sub s_OnValues(text, list, object)\n"
+     "  object.Add \"key\", text\n"
+     "  WScript.Echo text, UBound(list), list(0), list(1), object.Item(\"key\")\n  done = True\n"
+     "End Sub\n"
+     "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\", \"s_\")\n"
+     "s.FireValues\n"
+     "Do Until done\n  WScript.Sleep 10\nLoop",
+     "text 1 7 seven text\n", "destroyed\n0 sinks left\n", 0},
+    {"on_the_scripts_thread_are_handled_at_once_js", L".js",
+     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireHere(5); WScript.Echo('after');",
+     "tick 5\nafter\n", "destroyed\n0 sinks left\n", 0},
+    {"without_handler_are_ignored_js", L".js",
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireHere(5); WScript.Echo('after');",
+     "after\n", "destroyed\n0 sinks left\n", 0},
+    {"do_not_block_the_thread_that_fires_js", L".js",
+     "var seen = 0;\n"
+     "function s_OnTick(number, last) { ++seen; if (last) WScript.Echo(seen); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(20000, 0); s.WaitForThreads(); WScript.Echo(seen);",
+     "0\n20000\n", "destroyed\n0 sinks left\n", 0},
+    {"that_have_arrived_are_handled_at_the_end_js", L".js",
+     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(2, 0); s.WaitForThreads(); WScript.Echo('end');",
+     "end\ntick 1\ntick 2\n", "destroyed\n0 sinks left\n", 0},
+    // The destructor waits for its thread, which fires until then.
+    {"stop_when_the_script_ends_js", L".js",
+     "function s_OnTick() { WScript.Echo('no'); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(10, 30); WScript.Echo('end');",
+     "end\n", "destroyed\n0 sinks left\n", 0},
+    {"meet_nobody_after_the_script_has_ended_js", L".js",
+     "var seen = 0; function s_OnTick() { ++seen; }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireForEver(); while (seen == 0) WScript.Sleep(1); WScript.Echo('end');",
+     "end\n", "destroyed\n0 sinks left\n", 0},
+    {"stop_when_disconnected_js", L".js",
+     "var seen = 0;\n"
+     "function s_OnTick(number) { ++seen; if (number == 2) WScript.DisconnectObject(s); }\n"
+     "function t_OnTick(number) { WScript.Echo('t', number); }\n"
+     "var s = new ActiveXObject('ScriptHostTest.EventSource');\n"
+     "WScript.ConnectObject(s, 's_'); s.FireLater(5, 0); s.WaitForThreads();\n"
+     "WScript.Sleep(0); WScript.Echo(seen, s.Advised);\n"
+     "WScript.DisconnectObject(s);\n"
+     "WScript.ConnectObject(s, 't_'); WScript.ConnectObject(s, 'x_'); s.FireHere(1);\n"
+     "WScript.Echo(s.Advised); WScript.DisconnectObject(s); WScript.Echo(s.Advised);",
+     "2 0\nt 1\n2\n0\n", "destroyed\n0 sinks left\n", 0},
+    {"may_release_their_source_js", L".js",
+     "function s_OnTick() { WScript.DisconnectObject(s); s = null; CollectGarbage();\n"
+     "  WScript.StdErr.WriteLine('released'); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(1, 1); while (s) WScript.Sleep(10); WScript.StdErr.WriteLine('end');",
+     "", "destroyed\nreleased\nend\n0 sinks left\n", 0},
+    {"interrupt_a_sleeping_handler_js", L".js",
+     "var depth = 0, deepest = 0, seen = 0;\n"
+     "function s_OnTick() {\n"
+     "  if (++depth > deepest) deepest = depth;\n"
+     "  WScript.Sleep(1); --depth; ++seen; }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(500, 0);\n"
+     "while (seen < 500) WScript.Sleep(10); WScript.Echo(seen, deepest > 1, deepest < 20);",
+     "500 -1 -1\n", "destroyed\n0 sinks left\n", 0},
+    {"with_errors_end_the_script_js", L".js",
+     "function s_OnTick(number) { if (number == 2)\n  nope(); }\n"
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "s.FireLater(3, 1);\n"
+     "try { while (true) WScript.Sleep(1000); } catch (e) { WScript.Echo('no'); }",
+     "", "*\\test.js(2, 3) Microsoft JScript runtime error: Object expected\n0 sinks left\n", 1},
+    {"may_quit_vbs", L".vbs",
+     "Sub s_OnTick(number, last)\n  WScript.Quit 9\nEnd Sub\n"
+     "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\", \"s_\")\n"
+     "s.FireLater 1, 1\nWScript.Sleep 60000\nWScript.Echo \"no\"",
+     "", "0 sinks left\n", 9},
+};
+INSTANTIATE_TEST_SUITE_P(Events, ScriptHost, testing::ValuesIn(kEvents),
+                         [](const auto& info) { return info.param.name; });
+
+const Case kInterruptions[] = {
+    // No sink left tells that the script was ended in good order.
+    {"sleep_js", L".js",
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_'); s.PressCtrlC(100);\n"
+     "try { WScript.Sleep(600000); } catch (e) {} WScript.Echo('no');",
+     "", "0 sinks left\n", kInterrupted},
+    {"calls_vbs", L".vbs",
+     "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\", \"s_\") : s.PressCtrlC 100\n"
+     "On Error Resume Next\nDo\n  x = WScript.ScriptName\nLoop",
+     "", "0 sinks left\n", kInterrupted},
+    {"busy_vbs", L".vbs",
+     "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\") : s.PressCtrlC 100\n"
+     "On Error Resume Next\nDo\n  x = x + 1\nLoop",
+     "", "0 sinks left\n", kInterrupted},
+};
+INSTANTIATE_TEST_SUITE_P(Interruptions, ScriptHost, testing::ValuesIn(kInterruptions),
+                         [](const auto& info) { return info.param.name; });
+
+class ScriptHostFiles : public ScriptHost {};
+
+TEST_F(ScriptHostFiles, PassArguments) {
+    std::wstring path = Runner().Write(L"arguments.js", R"(
+var a = WScript.Arguments, text = [];
+for (var e = new Enumerator(a); !e.atEnd(); e.moveNext()) text.push(e.item());
+WScript.Echo(a.length, a.Count(), a(1), WScript.Arguments(2), a.Item(0), text.join('|'));
+WScript.Echo(WScript.ScriptName, WScript.ScriptFullName.length > 12, WScript.Interactive);)");
+    HostResult result = Runner().Run(L"//nologo " + path + L" one \"two words\" \x20AC");
+    EXPECT_EQ(result.out, "3 3 two words \xE2\x82\xAC one one|two words|\xE2\x82\xAC\n"
+                          "arguments.js -1 -1\n");
+    path =
+        Runner().Write(L"arguments.vbs", "For Each a In WScript.Arguments\nWScript.Echo a\nNext");
+    EXPECT_EQ(Runner().Run(path + L" one two").out, "one\ntwo\n");
+}
+
+TEST_F(ScriptHostFiles, ComeInManyEncodings) {
+    using namespace std::string_literals;
+    const std::pair<std::string, const char*> kFiles[] = {
+        {"WScript.Echo('\xC3\xA4\xE2\x82\xAC');"s, "\xC3\xA4\xE2\x82\xAC\n"},
+        {"\xEF\xBB\xBFWScript.Echo('\xC3\xA4');"s, "\xC3\xA4\n"},
+        {"WScript.Echo('\xE4');"s, "\xC3\xA4\n"}, // the code page of Western Europe
+        {"\xFF\xFE"s + "W\0S\0c\0r\0i\0p\0t\0.\0E\0c\0h\0o\0(\0'\0\xE4\0'\0)\0"s, "\xC3\xA4\n"},
+        {"\xFE\xFF"s + "\0W\0S\0c\0r\0i\0p\0t\0.\0E\0c\0h\0o\0(\0'\x20\xAC\0'\0)"s,
+         "\xE2\x82\xAC\n"},
+        {""s, ""},
+    };
+    for (const auto& [bytes, out] : kFiles) {
+        HostResult result = Runner().RunText(L".js", bytes);
+        EXPECT_EQ(result.out, out) << bytes;
+        EXPECT_EQ(result.error, "");
+    }
+    for (const std::string& bytes :
+         {"WScript.Echo(1);\0no();"s, "\xFF\xFEW\0S"s, "\xEF\xBB\xBF\xFF"s}) {
+        HostResult result = Runner().RunText(L".js", bytes);
+        EXPECT_TRUE(result.error.ends_with("test.js\": it is no text file.\n")) << result.error;
+        EXPECT_EQ(result.exitCode, 1u);
+    }
+}
+
+TEST_F(ScriptHostFiles, AreTakenByTheEngineThatIsNamed) {
+    std::wstring path = Runner().Write(L"script.txt", "WScript.Echo typename(1)");
+    EXPECT_EQ(Runner().Run(L"//e:vbscript " + path).out, "Integer\n");
+    const std::pair<std::wstring, const char*> kRefusals[] = {
+        {path, "No script engine is known for \"script.txt\"; name one with //E:.\n"},
+        {L"//E:No.Engine " + path, "Cannot start script engine \"No.Engine\": Error 0x800401F3\n"},
+        {L"//E:Scripting.Dictionary " + path,
+         "Cannot start script engine \"Scripting.Dictionary\": Error 0x80004002\n"},
+        {L"missing.js", "Cannot read script \"missing.js\": File not found.\n"},
+    };
+    for (const auto& [commandLine, error] : kRefusals) {
+        HostResult result = Runner().Run(commandLine);
+        EXPECT_EQ(result.error, error);
+        EXPECT_EQ(result.exitCode, 1u);
+    }
+}
+
+TEST_F(ScriptHostFiles, NeedAProperCommandLine) {
+    for (const wchar_t* commandLine : {L"", L"//Frobnicate a.js", L"//E: a.js"}) {
+        HostResult result = Runner().Run(commandLine);
+        EXPECT_NE(result.error.find("Usage: script_host"), std::string::npos);
+        EXPECT_EQ(result.exitCode, 2u);
+    }
+    HostResult help = Runner().Run(L"//?");
+    EXPECT_TRUE(help.out.starts_with("Usage: script_host")) << help.out;
+    EXPECT_EQ(help.exitCode, 0u);
+}
+
+} // namespace
+} // namespace tervane::test
