@@ -1,0 +1,82 @@
+#pragma once
+
+// Looks a name up without the system's resolver: one query over UDP goes to every given DNS server
+// at once, and the first answer that has records is taken. That lets a diagnostic ask a particular
+// server, and tell "no server answered" from "the name does not exist".
+//
+// There is no time-out in here; whoever waits calls Abort. One object does one look-up at a time.
+
+#include "ZelBase/Logger.h"
+#include "ZelBase/WIN32_Mutex.h"
+#include "ZelNet/SourceCode/DnsMessage.h"
+#include "ZelNet/SourceCode/IpAddress.h"
+#include "ZelNet/SourceCode/UdpNonBlockingClientSocket.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZelNet {
+
+struct DnsRecord {
+    std::uint16_t type = 0; // kDnsTypeAddress or kDnsTypeAlias
+    IpAddress address;      // of an address record
+    std::string alias;      // of an alias record: the canonical name
+};
+
+class ADns final : private UdpNonBlockingSocketListener {
+public:
+    // Called once per look-up that has started: with the records of the first answer that has any,
+    // with none when every server has answered without records, or with success false. It runs on
+    // a socket event thread, or in Abort, must not block, and may release the ADns.
+    using Callback = void (*)(bool success, void* parameter, const std::vector<DnsRecord>& records);
+
+    // Null when the system cannot provide one.
+    static std::unique_ptr<ADns> Create();
+    // Aborts a look-up, and waits for a callback that is running on another thread.
+    ~ADns();
+    ADns(const ADns&) = delete;
+    ADns& operator=(const ADns&) = delete;
+
+    // The servers' dotted addresses; "0.0.0.0" is left out. False during a look-up.
+    bool SetDnsServers(const std::vector<std::string>& servers);
+    // Starts a look-up. False, without a callback, when there is no server, when no question can be
+    // made from the name, during a look-up, and when the socket cannot be opened.
+    bool ResolveName(const std::string& name, Callback callback, void* parameter);
+    // Ends a look-up with failure. Whether there was one.
+    bool Abort();
+
+private:
+    ADns();
+
+    void OnClose(void* context, int error) override;
+    void OnReceive(void* context, int error) override;
+    void OnSend(void* context, int error) override;
+
+    bool BeginLookUp(const std::string& name, Callback callback, void* parameter)
+        ZELBASE_EXCLUDES(mutex_);
+    bool SendQuery(int error) ZELBASE_REQUIRES(mutex_);
+    enum class Progress { kWaiting, kSucceeded, kFailed };
+    Progress ReadAnswer(int error, std::vector<DnsRecord>& records) ZELBASE_REQUIRES(mutex_);
+    std::vector<DnsRecord> TakeRecords(DnsReply& reply) const;
+    bool Report(bool success, const std::vector<DnsRecord>& records) ZELBASE_EXCLUDES(mutex_);
+
+    // Shared, because the callback may release this object before the last record is logged.
+    std::shared_ptr<ZelBase::Logger> logger_;
+    // Not held while the callback is called.
+    ZelBase::WIN32_Mutex mutex_;
+    std::vector<std::string> servers_ ZELBASE_GUARDED_BY(mutex_);
+    std::string name_ ZELBASE_GUARDED_BY(mutex_);
+    Callback callback_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
+    void* parameter_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
+    // From ResolveName until the socket has closed.
+    bool busy_ ZELBASE_GUARDED_BY(mutex_) = false;
+    bool querySent_ ZELBASE_GUARDED_BY(mutex_) = false;
+    // Whether the callback has been called, or need not be.
+    bool reported_ ZELBASE_GUARDED_BY(mutex_) = true;
+    std::size_t emptyAnswers_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    // Last, so that its callbacks are over before anything else goes.
+    std::shared_ptr<UdpNonBlockingClientSocket> socket_;
+};
+
+} // namespace ZelNet

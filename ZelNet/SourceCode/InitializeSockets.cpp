@@ -1,0 +1,16 @@
+#include "ZelNet/SourceCode/InitializeSockets.h"
+
+#include "ZelNet/SourceCode/WIN32_SETManager.h"
+
+namespace ZelNet {
+
+bool InitializeSockets() {
+    return WIN32_SETManager::AddUser();
+}
+
+bool UninitializeSockets() {
+    WIN32_SETManager::RemoveUser();
+    return true;
+}
+
+} // namespace ZelNet

@@ -1,0 +1,140 @@
+#include "ZelNet/SourceCode/WIN32_NetworkInfo.h"
+
+#include "ZelBase/Event.h"
+#include "ZelNet/SourceCode/ComponentLogger.h"
+
+#include <cstring>
+
+namespace ZelNet {
+
+using ZelBase::LogLevel;
+
+// One look-up under way. It lives until the callback has been called, which happens exactly once.
+struct WIN32_NetworkInfo::LookUp {
+    ZelBase::Logger* logger;
+    std::unique_ptr<ZelBase::Event> done;
+    bool success = false;
+    std::vector<DnsRecord> records;
+};
+
+std::unique_ptr<NetworkInfo> NetworkInfo::Create() {
+    auto network = std::make_unique<WIN32_NetworkInfo>();
+    return network->IsValid() ? std::move(network) : nullptr;
+}
+
+WIN32_NetworkInfo::WIN32_NetworkInfo() : WIN32_NetworkInfo(IpHelper::Load()) {}
+
+WIN32_NetworkInfo::WIN32_NetworkInfo(std::shared_ptr<const IpHelper> ipHelper)
+    : logger_(CreateLogger("WIN32_NetworkInfo")), ipHelper_(std::move(ipHelper)) {}
+
+bool WIN32_NetworkInfo::DNSLookup(const std::string& server, const std::string& name,
+                                  std::uint32_t timeoutMs, std::vector<IpAddress>& results) {
+    logger_->Log("DNSLookup", LogLevel::kTrace, "Server = %s, TimeOut = %lums", server.c_str(),
+                 static_cast<unsigned long>(timeoutMs));
+    results.clear();
+    std::vector<std::string> servers;
+    if (!server.empty()) {
+        servers.push_back(server);
+    } else if (timeoutMs != 0) {
+        servers = FindServers();
+    }
+    const bool answered =
+        servers.empty() ? AskSystem(name, results) : AskServers(servers, name, timeoutMs, results);
+    for (const IpAddress& result : results) {
+        logger_->Log("DNSLookup", LogLevel::kTrace, "Found %s", result.GetText().c_str());
+    }
+    return answered;
+}
+
+std::vector<std::string> WIN32_NetworkInfo::FindServers() {
+    auto servers = DnsServers();
+    for (const std::string& server : servers) {
+        logger_->Log("DNSLookup", LogLevel::kTrace, "Found Server %s.", server.c_str());
+    }
+    if (servers.empty()) {
+        logger_->Log("DNSLookup", LogLevel::kWarning, "Failed to find servers.");
+    }
+    return servers;
+}
+
+bool WIN32_NetworkInfo::AskServers(const std::vector<std::string>& servers, const std::string& name,
+                                   std::uint32_t timeoutMs, std::vector<IpAddress>& results) {
+    LookUp lookUp{logger_.get(), ZelBase::Event::Create(), false, {}};
+    const auto dns = ADns::Create();
+    if (!lookUp.done || !dns || !dns->SetDnsServers(servers) ||
+        !dns->ResolveName(name, &ADnsCallBack, &lookUp)) {
+        return false;
+    }
+    if (!lookUp.done->Wait(timeoutMs, nullptr)) {
+        logger_->Log("DNSLookup", LogLevel::kWarning, "Timed Out or got an Abort.");
+        dns->Abort();
+        // Now, or in the very moment before, the callback has been called.
+        lookUp.done->Wait(nullptr);
+    }
+    for (const DnsRecord& record : lookUp.records) {
+        if (record.type == kDnsTypeAddress) {
+            results.push_back(record.address);
+        }
+    }
+    return lookUp.success;
+}
+
+void WIN32_NetworkInfo::ADnsCallBack(bool success, void* parameter,
+                                     const std::vector<DnsRecord>& records) {
+    auto& lookUp = *static_cast<LookUp*>(parameter);
+    lookUp.logger->Log("ADnsCallBack", LogLevel::kTrace, "Success = %s, pParam = %lx",
+                       success ? "Ok" : "Failed", LogNumber(parameter));
+    lookUp.success = success;
+    lookUp.records = records;
+    lookUp.logger->Log("ADnsCallBack", LogLevel::kTrace, "Signaling ZelBase::Event.");
+    lookUp.done->Set(); // from here on the look-up may be gone
+}
+
+bool WIN32_NetworkInfo::AskSystem(const std::string& name, std::vector<IpAddress>& results) {
+    logger_->Log("DNSLookup", LogLevel::kTrace, "System Call is being performed.");
+    const hostent* host = gethostbyname(name.c_str());
+    if (!host || host->h_addrtype != AF_INET) {
+        return false;
+    }
+    for (char** address = host->h_addr_list; *address; ++address) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, *address, sizeof value);
+        results.emplace_back(value);
+    }
+    return true;
+}
+
+std::vector<std::string> WIN32_NetworkInfo::DnsServers() {
+    std::vector<std::string> servers;
+    const auto parameters = ReadParameters();
+    if (!parameters.Get()) {
+        return servers;
+    }
+    for (const IP_ADDR_STRING* server = &parameters.Get()->DnsServerList; server;
+         server = server->Next) {
+        if (server->IpAddress.String[0] != 0) {
+            servers.emplace_back(server->IpAddress.String);
+        }
+    }
+    return servers;
+}
+
+std::string WIN32_NetworkInfo::HostName() {
+    const auto parameters = ReadParameters();
+    const FIXED_INFO* values = parameters.Get();
+    return values ? std::string(std::data(values->HostName)) : std::string();
+}
+
+std::string WIN32_NetworkInfo::DomainName() {
+    const auto parameters = ReadParameters();
+    const FIXED_INFO* values = parameters.Get();
+    return values ? std::string(std::data(values->DomainName)) : std::string();
+}
+
+IpHelperTable<FIXED_INFO> WIN32_NetworkInfo::ReadParameters() const {
+    return IpHelperTable<FIXED_INFO>([this](FIXED_INFO* parameters, ULONG* size) {
+        return ipHelper_->GetNetworkParams(parameters, size);
+    });
+}
+
+} // namespace ZelNet

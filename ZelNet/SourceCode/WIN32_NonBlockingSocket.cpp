@@ -1,0 +1,241 @@
+#include "ZelNet/SourceCode/WIN32_NonBlockingSocket.h"
+
+#include "ZelNet/SourceCode/ComponentLogger.h"
+
+namespace ZelNet {
+namespace {
+
+using ZelBase::LogLevel;
+using ZelBase::MutexLock;
+
+// How long an event waits for the socket's mutex before it is dropped.
+constexpr std::uint32_t kCallbackTimeoutMs = 500;
+// How long a close waits for its own handler before it calls it again.
+constexpr std::uint32_t kCloseTimeoutMs = 500;
+
+constexpr long kEvents = FD_READ | FD_WRITE | FD_ACCEPT | FD_CONNECT | FD_CLOSE;
+
+} // namespace
+
+WIN32_NonBlockingSocket::WIN32_NonBlockingSocket(const char* component)
+    : logger_(CreateLogger(component)) {}
+
+bool WIN32_NonBlockingSocket::IsValid() const {
+    return logger_ && mutex_.IsValid() && closed_.IsValid() && idle_.IsValid();
+}
+
+void WIN32_NonBlockingSocket::Abandon() noexcept {
+    try {
+        bool wait = false;
+        {
+            MutexLock lock(&mutex_);
+            ForgetListener();
+            wait = deliveries_ != 0 && deliveringThread_ != GetCurrentThreadId();
+            if (wait) {
+                idleAwaited_ = true;
+            }
+        }
+        if (wait) {
+            idle_.Wait(nullptr);
+        }
+        CloseSocket(true);
+    } catch (...) {
+        logger_->Log("Abandon", LogLevel::kError, "Could not close the socket.");
+    }
+}
+
+void WIN32_NonBlockingSocket::AwaitClosing() {
+    {
+        MutexLock lock(&mutex_);
+        if (!closing_ || deliveringThread_ == GetCurrentThreadId()) {
+            return;
+        }
+    }
+    closed_.Wait(kCloseTimeoutMs, nullptr);
+}
+
+bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort,
+                                   const IpAddress& localAddress) {
+    if (handle_ != INVALID_SOCKET) {
+        logger_->Log("Create", LogLevel::kError, "Socket already created.");
+        return false;
+    }
+    handle_ = socket(AF_INET, type, 0);
+    if (handle_ == INVALID_SOCKET) {
+        LogError("Create", "Socket creation failed with error code: %d", WSAGetLastError());
+        return false;
+    }
+    logger_->Log("Create", LogLevel::kTrace, "Socket creation succeeded.  handle: %lu",
+                 LogNumber(handle_));
+    ++life_;
+    closeRequested_ = false;
+    closed_.Reset();
+    created_ = SelectEvents();
+    const bool bind = localPort != 0 || !(localAddress == IpAddress()) || !localAddress.IsValid();
+    if (created_ && bind && !BindHandle(localPort, localAddress)) {
+        logger_->Log("Create", LogLevel::kError, "Bind failed.");
+        created_ = false;
+    }
+    if (!created_) {
+        Discard();
+    }
+    return created_;
+}
+
+bool WIN32_NonBlockingSocket::SelectEvents() {
+    if (!WIN32_SocketEventThread::Attach(shared_from_this(), handle_, place_)) {
+        logger_->Log("Create", LogLevel::kError, "WIN32_SocketEventThread::Attach() failed.");
+        return false;
+    }
+    if (WSAEventSelect(handle_, place_.event, kEvents) != 0) {
+        LogError("Create", "WSAEvent Select failed with error code: %d", WSAGetLastError());
+        return false;
+    }
+    return true;
+}
+
+bool WIN32_NonBlockingSocket::BindHandle(std::uint16_t port, const IpAddress& address) {
+    if (!address.IsValid()) {
+        logger_->Log("Bind", LogLevel::kError, "Invalid argument.");
+        return false;
+    }
+    sockaddr_in local{};
+    local.sin_family = AF_INET;
+    local.sin_port = htons(port);
+    local.sin_addr.s_addr = inet_addr(address.GetText().c_str());
+    if (local.sin_addr.s_addr == INADDR_NONE) {
+        logger_->Log("Bind", LogLevel::kError, "Invalid IP address.");
+        return false;
+    }
+    if (bind(handle_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
+        LogError("Bind", "Bind failed with code: %d", WSAGetLastError());
+        return false;
+    }
+    logger_->Log("Bind", LogLevel::kTrace, "Bind succeeded.");
+    return true;
+}
+
+bool WIN32_NonBlockingSocket::ShutdownHandle(int how) {
+    if (shutdown(handle_, how) != 0) {
+        LogError("Shutdown", "shutdown() failed with error code: %d.", WSAGetLastError());
+        return false;
+    }
+    return true;
+}
+
+bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
+    SocketPlace place;
+    {
+        MutexLock lock(&mutex_);
+        TraceCall("Close");
+        if (handle_ == INVALID_SOCKET) {
+            return false;
+        }
+        logger_->Log("Close", LogLevel::kTrace, "Calling Shutdown() on socket %d.",
+                     static_cast<int>(handle_));
+        ShutdownHandle(SD_BOTH);
+        const bool onEventThread = place_.thread && place_.thread->IsCurrentThread();
+        if (place_.thread && !(fromEvent && onEventThread)) {
+            closeRequested_ = true;
+            if (deliveries_ != 0) {
+                return true; // the delivery closes the socket at its end
+            }
+            place = place_;
+        }
+    }
+    // A post that a busy slot refuses is made good by the delivery that keeps the slot busy.
+    if (place.thread) {
+        place.thread->PostOnClose(place);
+    } else {
+        CloseNow();
+    }
+    return true;
+}
+
+// Calls the close handler until it could do its work; it drops the call when the mutex is busy.
+void WIN32_NonBlockingSocket::CloseNow() {
+    do {
+        OnClose(0);
+    } while (!closed_.Wait(kCloseTimeoutMs, nullptr));
+}
+
+bool WIN32_NonBlockingSocket::Enter() {
+    return mutex_.Lock(kCallbackTimeoutMs, nullptr);
+}
+
+bool WIN32_NonBlockingSocket::EnterClose(unsigned& life) {
+    if (!Enter()) {
+        return false;
+    }
+    if (handle_ == INVALID_SOCKET) {
+        mutex_.Unlock();
+        return false;
+    }
+    logger_->Log("OnClose", LogLevel::kTrace, "OnClose Begin");
+    closing_ = true;
+    closeRequested_ = false;
+    life = life_;
+    return true;
+}
+
+// The listener may have closed the socket in its OnClose, and even have opened it again.
+void WIN32_NonBlockingSocket::FinishClose(unsigned life) {
+    MutexLock lock(&mutex_);
+    if (handle_ != INVALID_SOCKET && life_ == life) {
+        Discard();
+    }
+}
+
+// Closes the handle and leaves the event thread.
+void WIN32_NonBlockingSocket::Discard() {
+    logger_->Log("OnClose", LogLevel::kTrace, "Calling closesocket() on socket %d.",
+                 static_cast<int>(handle_));
+    if (closesocket(handle_) != 0) {
+        const int error = WSAGetLastError();
+        if (error == WSAENOTSOCK) {
+            logger_->Log("OnClose", LogLevel::kWarning, "closesocket() returned already closed.");
+        } else {
+            LogError("OnClose", "closesocket() failed with error code: %d.", error);
+        }
+    }
+    handle_ = INVALID_SOCKET;
+    created_ = closing_ = false;
+    ForgetListener();
+    const SocketPlace place = std::exchange(place_, SocketPlace());
+    if (place.thread) {
+        place.thread->RemoveSocket(place);
+    }
+    closed_.Set();
+}
+
+void WIN32_NonBlockingSocket::BeginDelivery() {
+    ++deliveries_;
+    deliveringThread_ = GetCurrentThreadId();
+}
+
+void WIN32_NonBlockingSocket::EndDelivery() {
+    bool close = false;
+    {
+        MutexLock lock(&mutex_);
+        if (--deliveries_ != 0) {
+            return;
+        }
+        if (std::exchange(idleAwaited_, false)) {
+            idle_.Set();
+        }
+        close = closeRequested_;
+    }
+    if (close) {
+        CloseNow();
+    }
+}
+
+void WIN32_NonBlockingSocket::TraceCall(const char* operation) const {
+    logger_->Log(operation, LogLevel::kTrace, "Calling %s.", operation);
+}
+
+void WIN32_NonBlockingSocket::LogError(const char* operation, const char* format, int error) const {
+    logger_->Log(operation, LogLevel::kError, format, error);
+}
+
+} // namespace ZelNet

@@ -1,0 +1,120 @@
+#pragma once
+
+// What TCP and UDP sockets have in common: a Winsock handle with a place on a socket event thread,
+// and the passage of that thread's events to the user's listener.
+//
+// Locks and lifetime:
+// 1. The mutex guards all fields. It is never held while the listener is called, nor while posting
+//    to a slot, so it comes last in the order slot, user's locks, mutex.
+// 2. A delivery is the time from the decision to call the listener until the call has returned. It
+//    is noted under the mutex, so that releasing the socket can wait for it (except within it).
+// 3. The slot keeps the object alive, and so does each call. The user's reference is another one
+//    whose end forgets the listener and closes the socket (see MakeSocket).
+// 4. A close that comes while a delivery runs is carried out at its end: nothing can get lost
+//    between a busy slot and the queue.
+
+#include "ZelBase/MutexLock.h"
+#include "ZelBase/WIN32_Event.h"
+#include "ZelBase/WIN32_Mutex.h"
+#include "ZelNet/SourceCode/GenericError.h"
+#include "ZelNet/SourceCode/IpAddress.h"
+#include "ZelNet/SourceCode/WIN32_SocketEventThread.h"
+
+namespace ZelNet {
+
+class WIN32_NonBlockingSocket : public WIN32_SocketEventThreadListener,
+                                public std::enable_shared_from_this<WIN32_NonBlockingSocket> {
+public:
+    WIN32_NonBlockingSocket(const WIN32_NonBlockingSocket&) = delete;
+    WIN32_NonBlockingSocket& operator=(const WIN32_NonBlockingSocket&) = delete;
+
+    bool IsValid() const;
+    // The end of the user's reference.
+    void Abandon() noexcept;
+
+protected:
+    explicit WIN32_NonBlockingSocket(const char* component);
+    virtual ~WIN32_NonBlockingSocket() = default;
+
+    // No callback starts afterwards.
+    virtual void ForgetListener() ZELBASE_REQUIRES(mutex_) = 0;
+
+    // A listener may learn of its close before the close is over, and open the socket again.
+    void AwaitClosing() ZELBASE_EXCLUDES(mutex_);
+    // Opens a handle and gives it a place on an event thread; binds it if port or address is given.
+    bool Open(int type, std::uint16_t localPort, const IpAddress& localAddress)
+        ZELBASE_REQUIRES(mutex_);
+    bool BindHandle(std::uint16_t port, const IpAddress& address) ZELBASE_REQUIRES(mutex_);
+    bool ShutdownHandle(int how) ZELBASE_REQUIRES(mutex_);
+    bool CloseSocket(bool fromEvent) ZELBASE_EXCLUDES(mutex_);
+
+    // Callbacks begin here: false means that the event must be dropped.
+    bool Enter() ZELBASE_TRY_ACQUIRE(true, mutex_);
+    // The same for OnClose, which is over if the socket is closed already. The listener is told,
+    // for the last time, in between.
+    bool EnterClose(unsigned& life) ZELBASE_TRY_ACQUIRE(true, mutex_);
+    void FinishClose(unsigned life) ZELBASE_EXCLUDES(mutex_);
+    // ...and end here: calls the listener with the mutex given back.
+    template <typename Call>
+    void Deliver(Call call) ZELBASE_RELEASE(mutex_) {
+        BeginDelivery();
+        mutex_.Unlock();
+        try {
+            call();
+        } catch (...) {
+            logger_->Log("Deliver", ZelBase::LogLevel::kError, "Uncaught exception in a listener.");
+        }
+        EndDelivery();
+    }
+    template <typename Listener>
+    void Notify(Listener* listener, void (Listener::*callback)(void*, int), int error)
+        ZELBASE_RELEASE(mutex_) {
+        Deliver([=, context = context_] {
+            if (listener) {
+                (listener->*callback)(context, GenericErrorOf(error));
+            }
+        });
+    }
+
+    void TraceCall(const char* operation) const;
+    void LogError(const char* operation, const char* format, int error) const;
+
+    mutable ZelBase::WIN32_Mutex mutex_;
+    std::unique_ptr<ZelBase::Logger> logger_;
+    SOCKET handle_ ZELBASE_GUARDED_BY(mutex_) = INVALID_SOCKET;
+    SocketPlace place_ ZELBASE_GUARDED_BY(mutex_);
+    bool created_ ZELBASE_GUARDED_BY(mutex_) = false;
+    void* context_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
+
+private:
+    bool SelectEvents() ZELBASE_REQUIRES(mutex_);
+    void Discard() ZELBASE_REQUIRES(mutex_);
+    void CloseNow() ZELBASE_EXCLUDES(mutex_);
+    void BeginDelivery() ZELBASE_REQUIRES(mutex_);
+    void EndDelivery() ZELBASE_EXCLUDES(mutex_);
+
+    ZelBase::WIN32_Event closed_;
+    // Counts the times that the socket was opened, so that the end of one life leaves the next
+    // alone.
+    unsigned life_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    // OnClose has begun; its end sets closed_.
+    bool closing_ ZELBASE_GUARDED_BY(mutex_) = false;
+    bool closeRequested_ ZELBASE_GUARDED_BY(mutex_) = false;
+    int deliveries_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    DWORD deliveringThread_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    // Somebody waits for the deliveries to end.
+    bool idleAwaited_ ZELBASE_GUARDED_BY(mutex_) = false;
+    ZelBase::WIN32_Event idle_;
+};
+
+// Makes a socket of class `Socket` and returns the user's reference to it, as `Interface`.
+template <typename Interface, typename Socket>
+std::shared_ptr<Interface> MakeSocket() {
+    auto socket = std::make_shared<Socket>();
+    if (!socket->IsValid()) {
+        return nullptr;
+    }
+    return std::shared_ptr<Interface>(socket.get(), [socket](Interface*) { socket->Abandon(); });
+}
+
+} // namespace ZelNet

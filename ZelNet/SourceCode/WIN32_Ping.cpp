@@ -1,0 +1,121 @@
+#include "ZelNet/SourceCode/WIN32_Ping.h"
+
+#include "ZelBase/CriticalSection.h"
+#include "ZelNet/SourceCode/EntryPoint.h"
+
+#include <winsock2.h>
+
+#include <iphlpapi.h>
+
+#include <icmpapi.h>
+
+#include <cstring>
+
+namespace ZelNet {
+namespace {
+
+using ZelBase::CriticalSectionLock;
+
+// The shared library, its entry points and the handle.
+class IcmpLibrary {
+public:
+    ~IcmpLibrary() {
+        if (handle_ != INVALID_HANDLE_VALUE) {
+            closeFile_(handle_);
+        }
+    }
+
+    bool Load() {
+        library_.Reset(LoadLibraryA("ICMP.DLL"));
+        FindEntryPoint(library_, "IcmpCreateFile", createFile_);
+        FindEntryPoint(library_, "IcmpCloseHandle", closeFile_);
+        FindEntryPoint(library_, "IcmpSendEcho", sendEcho_);
+        if (createFile_ && closeFile_ && sendEcho_) {
+            handle_ = createFile_();
+        }
+        return handle_ != INVALID_HANDLE_VALUE;
+    }
+
+    DWORD SendEcho(std::uint32_t address, const std::string& data, std::uint8_t ttl, void* reply,
+                   DWORD replySize, DWORD timeoutMs) const {
+        IP_OPTION_INFORMATION options{};
+        options.Ttl = ttl;
+        // The data is only read; its size is at most 1400.
+        return sendEcho_(handle_, address, const_cast<char*>(data.data()),
+                         static_cast<WORD>(data.size()), &options, reply, replySize, timeoutMs);
+    }
+
+private:
+    ZelBase::UniqueLibrary library_;
+    decltype(&::IcmpCreateFile) createFile_ = nullptr;
+    decltype(&::IcmpCloseHandle) closeFile_ = nullptr;
+    decltype(&::IcmpSendEcho) sendEcho_ = nullptr;
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
+
+struct SharedIcmp {
+    // Held while loading, so that the second object finds the library ready.
+    ZelBase::CriticalSection lock;
+    int users ZELBASE_GUARDED_BY(lock) = 0;
+    std::unique_ptr<IcmpLibrary> library ZELBASE_GUARDED_BY(lock);
+};
+
+// Never destroyed: it must not unload a library while this one is being unloaded.
+SharedIcmp& Shared() {
+    static SharedIcmp& shared = *new SharedIcmp;
+    return shared;
+}
+
+const IcmpLibrary* Library() {
+    SharedIcmp& shared = Shared();
+    CriticalSectionLock guard(shared.lock);
+    return shared.library.get();
+}
+
+} // namespace
+
+std::unique_ptr<APing> APing::Create() {
+    auto ping = std::make_unique<WIN32_Ping>();
+    return ping->LoadFailed() ? nullptr : std::move(ping);
+}
+
+WIN32_Ping::WIN32_Ping() {
+    SharedIcmp& shared = Shared();
+    CriticalSectionLock guard(shared.lock);
+    if (++shared.users == 1) {
+        auto library = std::make_unique<IcmpLibrary>();
+        if (library->Load()) {
+            shared.library = std::move(library);
+        }
+    }
+    loadFailed_ = !shared.library;
+}
+
+WIN32_Ping::~WIN32_Ping() {
+    SharedIcmp& shared = Shared();
+    CriticalSectionLock guard(shared.lock);
+    if (--shared.users == 0) {
+        shared.library.reset();
+    }
+}
+
+int WIN32_Ping::Ping(const IpAddress& address, IpAddress& replyAddress, std::uint32_t& roundTripMs,
+                     std::uint16_t timeoutMs, std::uint8_t ttl, int dataSize) {
+    if (loadFailed_) {
+        return kPingFailed;
+    }
+    // Room for a reply, the largest data and an ICMP error message.
+    union {
+        ICMP_ECHO_REPLY reply;
+        char bytes[1528];
+    } buffer{};
+    static_assert(sizeof buffer == 1528);
+    std::memset(&buffer, 0, sizeof buffer);
+    const DWORD replies = Library()->SendEcho(address.GetValue(), RequestData(dataSize), ttl,
+                                              &buffer, sizeof buffer, timeoutMs);
+    replyAddress.SetAddress(static_cast<std::uint32_t>(buffer.reply.Address));
+    roundTripMs = buffer.reply.RoundTripTime;
+    return Result(buffer.reply.Status, replies, roundTripMs);
+}
+
+} // namespace ZelNet

@@ -1,0 +1,41 @@
+#pragma once
+
+// The pool of socket event threads of the process, and Winsock's start and stop around it.
+
+#include "ZelNet/SourceCode/WIN32_SocketEventThread.h"
+
+#include <list>
+
+namespace ZelNet {
+
+class WIN32_SETManager final : public std::enable_shared_from_this<WIN32_SETManager> {
+public:
+    // The manager while there are users of sockets, else null.
+    static std::shared_ptr<WIN32_SETManager> Current();
+    // Count users; the first makes the manager, the last shuts it down. False when Winsock does not
+    // start; the user is not counted then.
+    static bool AddUser();
+    static void RemoveUser();
+
+    WIN32_SETManager();
+
+    // Gives the socket a slot on the first thread that has one free, else on a new one.
+    bool Attach(const std::shared_ptr<WIN32_SocketEventThreadListener>& listener, SOCKET socket,
+                SocketPlace& place);
+    // Ends a thread whose last socket has left, unless it got a new one meanwhile.
+    void ReleaseThread(WIN32_SocketEventThread& thread);
+    // Offers the thread no more sockets. Null if the manager has let it go before.
+    std::shared_ptr<WIN32_SocketEventThread> Forget(const WIN32_SocketEventThread& thread);
+
+private:
+    bool Initialize();
+    void Shutdown();
+
+    std::unique_ptr<ZelBase::Logger> logger_;
+    ZelBase::CriticalSection lock_;
+    std::list<std::shared_ptr<WIN32_SocketEventThread>> threads_ ZELBASE_GUARDED_BY(lock_);
+    bool beingDestroyed_ ZELBASE_GUARDED_BY(lock_) = false;
+    bool winsockStarted_ = false;
+};
+
+} // namespace ZelNet

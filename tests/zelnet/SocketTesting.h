@@ -1,0 +1,119 @@
+#pragma once
+
+// What the socket tests share: servers on the loopback whose behaviour each test scripts, and a
+// listener that writes down what it is told.
+
+#include "ZelBase/ModulePin.h"
+#include "ZelNet/SourceCode/InitializeSockets.h"
+#include "ZelNet/SourceCode/SocketHandles.h"
+#include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace ZelNet {
+
+inline constexpr int kPatienceMs = 10000;
+
+// Holds a reference on the sockets for a scope.
+class SocketLayerScope {
+public:
+    SocketLayerScope() { EXPECT_TRUE(InitializeSockets()); }
+    ~SocketLayerScope() { EXPECT_TRUE(UninitializeSockets()); }
+};
+
+class SocketLayerTest : public testing::Test {
+protected:
+    SocketLayerScope layer_;
+};
+
+// One accepted connection, used with blocking calls from the server's script.
+class Connection {
+public:
+    explicit Connection(SOCKET socket) : socket_(socket) {}
+    void Send(const std::string& data) const;
+    // What arrives until `size` bytes are there or the client closes.
+    std::string Receive(std::size_t size) const;
+    void HalfClose() const { shutdown(socket_.Get(), SD_SEND); }
+    // Ends the connection with a reset.
+    void Reset();
+    // Waits until the client closes.
+    void AwaitEnd() const;
+
+private:
+    UniqueSocket socket_;
+};
+
+// Listens on an ephemeral port and runs the script, on a thread of its own, for each of the
+// expected connections in turn.
+class TcpServer {
+public:
+    using Script = std::function<void(Connection&)>;
+
+    explicit TcpServer(Script script, int connections = 1);
+    // Waits for the script's end.
+    ~TcpServer();
+
+    std::uint16_t Port() const { return port_; }
+
+private:
+    UniqueSocket listening_;
+    std::uint16_t port_ = 0;
+    ZelBase::UniqueHandle thread_;
+};
+
+// Binds to an ephemeral port of the loopback and returns it.
+std::uint16_t BindToLoopback(SOCKET socket);
+
+// A port of the loopback that nobody listens on.
+std::uint16_t UnusedPort();
+
+// Writes down each callback as a word, "connect:0" for instance, after running the test's hook for
+// it, and lets the test wait until certain words have come.
+class RecordingListener : public TcpNonBlockingLineSocketListener {
+public:
+    using Hook = std::function<void(void* context)>;
+
+    // Runs in the callback with that name ("connect", "receive", "send", "close", "line").
+    void On(const std::string& callback, Hook hook);
+    // Waits for words that begin with `word` to have come `count` times; the words so far.
+    std::string Await(const std::string& word, int count = 1);
+    std::string Words();
+    int Count(const std::string& word);
+
+    void OnClose(void* context, int error) override { Note("close", context, error); }
+    void OnConnect(void* context, int error) override { Note("connect", context, error); }
+    void OnReceive(void* context, int error) override { Note("receive", context, error); }
+    void OnSend(void* context, int error) override { Note("send", context, error); }
+    void OnReceiveLine(void* context, int error) override { Note("line", context, error); }
+
+private:
+    struct State {
+        int Count(const std::string& word) const;
+
+        std::mutex mutex;
+        std::condition_variable changed;
+        std::vector<std::pair<std::string, Hook>> hooks;
+        std::vector<std::string> words;
+    };
+
+    void Note(const std::string& callback, void* context, int error);
+
+    // Shared with callbacks that are still running when the listener goes, as happens to a test
+    // that releases its socket in a callback.
+    std::shared_ptr<State> state_ = std::make_shared<State>();
+};
+
+// What the process holds right now; for finding leaks.
+unsigned ThreadCount();
+unsigned ThreadCountAtStart();
+unsigned HandleCount();
+// Waits until `count` gives at most `limit`, and returns what it gave last.
+unsigned Settled(unsigned (*count)(), unsigned limit);
+
+} // namespace ZelNet
