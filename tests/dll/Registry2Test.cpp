@@ -1,6 +1,7 @@
 // Registry2 as scripts use it: late-bound, on real keys below HKEY_CURRENT_USER.
 
 #include "platform/RegistryKey.h"
+#include "support/HandleCount.h"
 #include "support/TestComponent.h"
 
 #include <TERVANELib.h>
@@ -9,6 +10,11 @@
 #include <algorithm>
 #include <climits>
 #include <string>
+
+#include <windows.h>
+
+#define PSAPI_VERSION 2 // the functions that lie in kernel32
+#include <psapi.h>
 
 namespace tervane::test {
 namespace {
@@ -216,6 +222,40 @@ TEST_F(Registry2Test, HugeTextsAreOrdinary) {
     EXPECT_EQ(Ask(L"CreateKey", kRoot + L"\\" + huge).Number(), 0);
     EXPECT_EQ(Ask(L"DeleteKey", huge).Number(), 0);
     EXPECT_EQ(Ask(L"GetMatchingSubKeys", kRoot, huge, huge).Texts(), Texts());
+}
+
+size_t UsedMemory() {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
+    return counters.PagefileUsage;
+}
+
+TEST_F(Registry2Test, ManyRoundsLeaveNothingBehind) {
+    const std::wstring text(100, L't');
+    const Texts list = {text, text};
+    auto rounds = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            object = TestComponent::Get().Create(__uuidof(::Registry2));
+            // Writing is far slower than reading.
+            if (i % 10 == 0) {
+                Set(L"text", text);
+                Set(L"texts", MakeTextArray(list)->Get());
+                EXPECT_EQ(Ask(L"GetValueNames", kRoot).Texts().size(), 2u);
+                EXPECT_TRUE(Ask(L"GetMatchingSubKeys", kRoot, L"text", text).Texts().empty());
+            }
+            EXPECT_EQ(Get(L"text").Text(), text);
+            EXPECT_EQ(Get(L"texts").Texts(), list);
+        }
+    };
+    rounds(500);
+    const size_t handles = OpenHandleCount();
+    const size_t memory = UsedMemory();
+    ASSERT_GT(handles, 0u);
+    ASSERT_GT(memory, 0u);
+    rounds(10'000);
+    EXPECT_EQ(OpenHandleCount(), handles);
+    // A text lost in every tenth round would be as much.
+    EXPECT_LT(UsedMemory(), memory + 200'000);
 }
 
 } // namespace
