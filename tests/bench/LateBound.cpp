@@ -25,7 +25,17 @@ LateBound::LateBound(const wchar_t* progId) {
     }
 }
 
-tervane::Variant LateBound::Get(const wchar_t* property) const {
+DISPID LateBound::NumberOf(const wchar_t* member) const {
+    DISPID id = DISPID_UNKNOWN;
+    auto* name = const_cast<wchar_t*>(member);
+    HRESULT result = object_->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+    if (FAILED(result)) {
+        Fail("looking up a member", result);
+    }
+    return id;
+}
+
+tervane::Variant LateBound::Get(DISPID property) const {
     DISPPARAMS none = {};
     return Invoke(property, DISPATCH_PROPERTYGET, none);
 }
@@ -38,18 +48,13 @@ tervane::Variant LateBound::Call(const wchar_t* method,
         reversed.push_back((*--argument)->Get());
     }
     DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    return Invoke(method, DISPATCH_METHOD, parameters);
+    return Invoke(NumberOf(method), DISPATCH_METHOD, parameters);
 }
 
-tervane::Variant LateBound::Invoke(const wchar_t* member, WORD kind, DISPPARAMS& arguments) const {
-    DISPID id = DISPID_UNKNOWN;
-    auto* name = const_cast<wchar_t*>(member);
-    HRESULT result = object_->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+tervane::Variant LateBound::Invoke(DISPID member, WORD kind, DISPPARAMS& arguments) const {
     tervane::Variant answer;
-    if (SUCCEEDED(result)) {
-        result = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &arguments, answer.Put(),
-                                 nullptr, nullptr);
-    }
+    HRESULT result = object_->Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, kind, &arguments,
+                                     answer.Put(), nullptr, nullptr);
     if (FAILED(result)) {
         Fail("invoking a member", result);
     }

@@ -18,12 +18,15 @@ public:
     // Creates the object in this apartment; fails the program if it cannot be had.
     explicit LateBound(const wchar_t* progId);
 
-    tervane::Variant Get(const wchar_t* property) const;
+    // The number of a member, for clients that look names up once; fails the program for none.
+    DISPID NumberOf(const wchar_t* member) const;
+    tervane::Variant Get(const wchar_t* property) const { return Get(NumberOf(property)); }
+    tervane::Variant Get(DISPID property) const;
     tervane::Variant Call(const wchar_t* method,
                           std::initializer_list<const tervane::Variant*> arguments) const;
 
 private:
-    tervane::Variant Invoke(const wchar_t* member, WORD kind, DISPPARAMS& arguments) const;
+    tervane::Variant Invoke(DISPID member, WORD kind, DISPPARAMS& arguments) const;
 
     tervane::ComPtr<IDispatch> object_;
 };

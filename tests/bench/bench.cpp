@@ -48,6 +48,14 @@ void ComparePropertyRead() {
     bench::Compare(
         {"late-bound property read : Dictionary.Count", 1.0, 2000},
         [&] { ours.Get(L"LastErrorCode"); }, [&] { theirs.Get(L"Count"); });
+    DISPID ourNumber = ours.NumberOf(L"LastErrorCode");
+    DISPID theirNumber = theirs.NumberOf(L"Count");
+    bench::Compare(
+        {"  of this: the lookup of the name", 0, 2000}, [&] { ours.NumberOf(L"LastErrorCode"); },
+        [&] { theirs.NumberOf(L"Count"); });
+    bench::Compare(
+        {"  of this: the call by number", 0, 2000}, [&] { ours.Get(ourNumber); },
+        [&] { theirs.Get(theirNumber); });
 }
 
 void CompareRegistryRead() {
