@@ -25,8 +25,4 @@ HRESULT DisableFileAndPrintSharing(const ClassRow& row, IUnknown* outer, REFIID 
     return CreatePendingObject(row, outer, iid, out);
 }
 
-HRESULT WindowMgr(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingEventObject(row, outer, iid, out);
-}
-
 } // namespace tervane::create

@@ -17,12 +17,14 @@ OwnWindow::~OwnWindow() {
 }
 
 void OwnWindow::Run(const std::wstring& title, Thread thread, int children) {
-    HWND window = CreateWindowExW(0, L"STATIC", title.c_str(), WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
-                                  0, 200, 200, nullptr, nullptr, nullptr, nullptr);
+    // Without a caption, so that no window manager needs to agree when it goes.
+    HWND window = CreateWindowExW(0, L"STATIC", title.c_str(), WS_POPUP, 0, 0, 200, 200, nullptr,
+                                  nullptr, nullptr, nullptr);
     for (int i = 1; i <= children; ++i) {
         CreateWindowExW(0, L"BUTTON", (L"Child " + std::to_wstring(i)).c_str(),
                         WS_CHILD | WS_VISIBLE, 0, 0, 50, 20, window, nullptr, nullptr, nullptr);
     }
+    ShowWindow(window, SW_SHOWNOACTIVATE);
     window_ = window;
     SetEvent(ready_);
     if (thread == Thread::kHangs) {

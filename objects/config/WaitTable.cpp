@@ -1,0 +1,182 @@
+#include "objects/config/WaitTable.h"
+
+#include "ZelBase/ModulePin.h"
+#include "platform/PumpingWait.h"
+
+namespace tervane {
+
+// What a wait thread owns.
+class WaitTable::Running {
+public:
+    Running(std::shared_ptr<WaitTable> table, LONG id, HANDLE abort, std::unique_ptr<WaitTask> task)
+        : table_(std::move(table)), id_(id), abort_(abort), task_(std::move(task)) {}
+
+    void Run() noexcept {
+        if (const auto result = table_->Finish(id_, Wait())) {
+            task_->Report(id_, *result);
+        }
+    }
+
+private:
+    // Memory may run out: then the condition was not seen to be met.
+    std::optional<WaitResult> Wait() noexcept {
+        try {
+            return task_->Wait(abort_);
+        } catch (...) {
+            return WaitResult::kTimedOut;
+        }
+    }
+
+    std::shared_ptr<WaitTable> table_;
+    LONG id_;
+    HANDLE abort_;
+    std::unique_ptr<WaitTask> task_;
+};
+
+// Holds the table's lock for a scope, if it could be had in time.
+class WaitTable::Lock {
+public:
+    Lock(const WaitTable& table, DWORD milliseconds)
+        : mutex_(table.lock_ && table.lock_->Lock(milliseconds, nullptr) ? table.lock_.get()
+                                                                         : nullptr) {}
+    ~Lock() {
+        if (mutex_) {
+            mutex_->Unlock();
+        }
+    }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+    explicit operator bool() const noexcept { return mutex_ != nullptr; }
+
+private:
+    ZelBase::Mutex* mutex_;
+};
+
+LONG WaitTable::Start(std::unique_ptr<WaitTask> task) {
+    const LONG id = nextId_++;
+    const Lock lock(*this, kScriptPatience);
+    if (!lock || closing_) {
+        return 0;
+    }
+    Entry entry;
+    entry.abortEvent.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    if (!entry.abortEvent) {
+        return 0;
+    }
+    auto running =
+        std::make_unique<Running>(shared_from_this(), id, entry.abortEvent.Get(), std::move(task));
+    Entry& placed = entries_.emplace(id, std::move(entry)).first->second;
+    // Suspended, so that no wait runs that the table does not know.
+    placed.thread = ZelBase::ModulePin::StartThread(
+        &WaitTable::Run, running.get(), ZelBase::ModulePin::Start::kSuspended, &placed.threadId);
+    if (!placed.thread) {
+        entries_.erase(id);
+        return 0;
+    }
+    static_cast<void>(running.release()); // the thread's now
+    ResumeThread(placed.thread.Get());
+    return id;
+}
+
+DWORD WINAPI WaitTable::Run(void* running) noexcept {
+    const std::unique_ptr<Running> wait(static_cast<Running*>(running));
+    wait->Run();
+    return 0;
+}
+
+WaitTable::AbortResult WaitTable::Abort(LONG id) {
+    const Lock lock(*this, kScriptPatience);
+    if (!lock) {
+        return AbortResult::kLocked;
+    }
+    const auto entry = entries_.find(id);
+    if (entry == entries_.end()) {
+        return AbortResult::kUnknown;
+    }
+    entry->second.aborted = true;
+    SetEvent(entry->second.abortEvent.Get());
+    return AbortResult::kAborted;
+}
+
+// What a wait that ended with `seen` reports. An abort that came in time wins over everything else,
+// the end of the owner silences every report.
+std::optional<WaitResult> WaitTable::Finish(LONG id, std::optional<WaitResult> seen) {
+    const Lock lock(*this, kWaitPatience);
+    if (!lock) {
+        return seen;
+    }
+    if (closing_) {
+        return std::nullopt;
+    }
+    const auto entry = entries_.find(id);
+    if (entry != entries_.end() && entry->second.aborted) {
+        entries_.erase(entry);
+        return WaitResult::kAborted;
+    }
+    return seen;
+}
+
+void WaitTable::Close() {
+    if (!SignalAll()) {
+        KillAll();
+        return;
+    }
+    while (EndFirst()) {
+    }
+}
+
+bool WaitTable::SignalAll() {
+    const Lock lock(*this, kClosePatience);
+    if (!lock) {
+        return false;
+    }
+    closing_ = true;
+    for (auto& [id, entry] : entries_) {
+        entry.aborted = false;
+        SetEvent(entry.abortEvent.Get());
+    }
+    return true;
+}
+
+// Ends the first thread of the table; false when there is none left. The lock is free while the
+// thread is waited for, because it needs the lock to come to its end.
+bool WaitTable::EndFirst() {
+    LONG id = 0;
+    HANDLE thread = nullptr;
+    {
+        const Lock lock(*this, kClosePatience);
+        if (!lock) {
+            KillAll();
+            return false;
+        }
+        if (entries_.empty()) {
+            return false;
+        }
+        const auto& [firstId, first] = *entries_.begin();
+        id = firstId;
+        thread = first.IsOwnThread() ? nullptr : first.thread.Get();
+    }
+    if (thread && !WaitWhilePumping(thread, kThreadPatience)) {
+        TerminateThread(thread, 1);
+    }
+    const Lock lock(*this, kClosePatience);
+    if (!lock) {
+        KillAll();
+        return false;
+    }
+    entries_.erase(id);
+    return true;
+}
+
+// The last resort when the lock cannot be had: whoever holds it is among the threads, and stuck.
+void WaitTable::KillAll() {
+    for (auto& [id, entry] : entries_) {
+        if (!entry.IsOwnThread()) {
+            TerminateThread(entry.thread.Get(), 1);
+        }
+    }
+    entries_.clear();
+}
+
+} // namespace tervane
