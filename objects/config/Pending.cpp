@@ -9,10 +9,6 @@ HRESULT ConfigureOutlookExpress(const ClassRow& row, IUnknown* outer, REFIID iid
     return CreatePendingObject(row, outer, iid, out);
 }
 
-HRESULT ConfigureIE(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingEventControl(row, outer, iid, out);
-}
-
 HRESULT PhoneBookEntry(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingObject(row, outer, iid, out);
 }

@@ -1,0 +1,96 @@
+#include "support/ScratchRegistry.h"
+
+namespace tervane::test {
+namespace {
+
+std::wstring refusedName;
+
+HKEY HandleOf(RegistryHive hive) {
+    const HKEY kHandles[] = {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE,
+                                 HKEY_USERS, HKEY_CURRENT_CONFIG};
+    return kHandles[static_cast<int>(hive)];
+}
+
+LSTATUS WINAPI SetValue(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
+                        DWORD size) {
+    return name == refusedName ? static_cast<LSTATUS>(ERROR_ACCESS_DENIED)
+                               : RegSetValueExW(key, name, reserved, type, data, size);
+}
+
+LSTATUS WINAPI DeleteValue(HKEY key, LPCWSTR name) {
+    return name == refusedName ? static_cast<LSTATUS>(ERROR_ACCESS_DENIED)
+                               : RegDeleteValueW(key, name);
+}
+
+LSTATUS WINAPI CreateKey(HKEY parent, LPCWSTR path, DWORD reserved, LPWSTR type, DWORD options,
+                         REGSAM access, LPSECURITY_ATTRIBUTES security, HKEY* key, DWORD* outcome) {
+    return std::wstring(path).ends_with(refusedName)
+               ? static_cast<LSTATUS>(ERROR_ACCESS_DENIED)
+               : RegCreateKeyExW(parent, path, reserved, type, options, access, security, key,
+                                 outcome);
+}
+
+// What refuses in its wide form must refuse in its narrow one as well.
+template <typename... Arguments>
+LSTATUS WINAPI Refuse(Arguments...) {
+    return ERROR_ACCESS_DENIED;
+}
+
+} // namespace
+
+ScratchHive::ScratchHive(RegistryHive hive)
+    : hive_(hive), handle_(HandleOf(hive)),
+      place_(L"Tervane tests\\" + std::to_wstring(static_cast<int>(hive))) {
+    DeleteTree(RegistryHive::kCurrentUser, place_);
+    UniqueRegistryKey key;
+    RegCreateKeyW(HKEY_CURRENT_USER, place_.c_str(), key.Put());
+    RegOverridePredefKey(handle_, key.Get());
+}
+
+ScratchHive::~ScratchHive() {
+    RegOverridePredefKey(handle_, nullptr);
+    DeleteTree(RegistryHive::kCurrentUser, place_);
+}
+
+RegistryKey ScratchHive::Open(const std::wstring& path) const {
+    return RegistryKey::Open(hive_, path);
+}
+
+RegistryKey ScratchHive::Create(const std::wstring& path) const {
+    return RegistryKey::Create(hive_, path);
+}
+
+void DeleteTree(RegistryHive hive, const std::wstring& path) {
+    for (const std::wstring& name : RegistryKey::Open(hive, path).SubKeyNames()) {
+        DeleteTree(hive, path + L"\\" + name);
+    }
+    RegistryKey::Delete(hive, path);
+}
+
+const RegistryApi& RefuseValue(const std::wstring& name) {
+    static const RegistryApi api = [] {
+        RegistryApi refusing = RegistryApi::System();
+        refusing.setValueWide = &SetValue;
+        refusing.setValueNarrow = &Refuse;
+        refusing.deleteValueWide = &DeleteValue;
+        refusing.deleteValueNarrow = &Refuse;
+        return refusing;
+    }();
+    refusedName = name;
+    return api;
+}
+
+const RegistryApi& RefuseKey(const std::wstring& end) {
+    static const RegistryApi api = [] {
+        RegistryApi refusing = RegistryApi::System();
+        refusing.createKeyWide = &CreateKey;
+        refusing.createKeyNarrow = &Refuse;
+        refusing.deleteKeyWide = &Refuse;
+        refusing.deleteKeyNarrow = &Refuse;
+        return refusing;
+    }();
+    refusedName = end;
+    return api;
+}
+
+} // namespace tervane::test
