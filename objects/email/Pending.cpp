@@ -13,8 +13,4 @@ HRESULT PopCtl(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingEventControl(row, outer, iid, out);
 }
 
-HRESULT EmailData(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingControl(row, outer, iid, out);
-}
-
 } // namespace tervane::create
