@@ -1,6 +1,8 @@
 #pragma once
 
-// Text for the narrow forms of Windows' functions, in the code page of the machine.
+// Names for the narrow forms of Windows' functions, in the code page of the machine.
+
+#include "ZelBase/AnsiText.h"
 
 #include <optional>
 #include <string>
@@ -10,6 +12,9 @@ namespace tervane {
 
 // nullopt when the code page lacks a character: an approximate name would name something else.
 std::optional<std::string> ToNarrow(std::wstring_view text);
-std::wstring FromNarrow(std::string_view text);
+
+inline std::wstring FromNarrow(std::string_view text) {
+    return ZelBase::AnsiToWide(text);
+}
 
 } // namespace tervane
