@@ -17,8 +17,4 @@ HRESULT RASMgr(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingEventObject(row, outer, iid, out);
 }
 
-HRESULT DisableFileAndPrintSharing(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingObject(row, outer, iid, out);
-}
-
 } // namespace tervane::create
