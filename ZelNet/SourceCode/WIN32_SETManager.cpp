@@ -117,16 +117,17 @@ bool WIN32_SETManager::Attach(const std::shared_ptr<WIN32_SocketEventThreadListe
         })) {
         return true;
     }
-    const auto thread = WIN32_SocketEventThread::Create(shared_from_this());
-    if (!thread) {
-        return false;
+    // The list's memory first: a thread that runs must not get lost.
+    auto& thread = threads_.emplace_back();
+    thread = WIN32_SocketEventThread::Create(shared_from_this());
+    if (thread && thread->AddSocket(listener, socket, place)) {
+        return true;
     }
-    if (!thread->AddSocket(listener, socket, place)) {
+    if (thread) {
         thread->Stop();
-        return false;
     }
-    threads_.push_back(thread);
-    return true;
+    threads_.pop_back();
+    return false;
 }
 
 void WIN32_SETManager::ReleaseThread(WIN32_SocketEventThread& thread) {

@@ -40,27 +40,23 @@ constexpr NetworkEvent kNetworkEvents[] = {
 
 std::atomic<std::uint64_t> lastPlaceId = 0;
 
-// Threads that have come to their end and wait to be deleted by another thread. Never destroyed,
-// because they may outlive all static objects.
-struct EndedThreads {
-    std::vector<std::shared_ptr<WIN32_SocketEventThread>> TakeAll() {
+// The thread that came to its end last and waits to be deleted by another one. Never destroyed,
+// because it may outlive all static objects.
+struct EndedThread {
+    // Returns the one before.
+    std::shared_ptr<WIN32_SocketEventThread>
+    Exchange(std::shared_ptr<WIN32_SocketEventThread> next) {
         CriticalSectionLock guard(lock);
-        return std::exchange(threads, {});
+        return std::exchange(last, std::move(next));
     }
 
     ZelBase::CriticalSection lock;
-    std::vector<std::shared_ptr<WIN32_SocketEventThread>> threads ZELBASE_GUARDED_BY(lock);
+    std::shared_ptr<WIN32_SocketEventThread> last ZELBASE_GUARDED_BY(lock);
 };
 
-EndedThreads& Ended() {
-    static EndedThreads& ended = *new EndedThreads;
+EndedThread& Ended() {
+    static EndedThread& ended = *new EndedThread;
     return ended;
-}
-
-void JoinAll(const std::vector<std::shared_ptr<WIN32_SocketEventThread>>& threads) {
-    for (const auto& thread : threads) {
-        thread->Join();
-    }
 }
 
 } // namespace
@@ -107,7 +103,7 @@ bool WIN32_SocketEventThread::Attach(
 }
 
 void WIN32_SocketEventThread::ReapEnded() {
-    JoinAll(Ended().TakeAll());
+    Retire(nullptr);
 }
 
 WIN32_SocketEventThread::WIN32_SocketEventThread(const std::shared_ptr<WIN32_SETManager>& manager)
@@ -174,6 +170,10 @@ bool WIN32_SocketEventThread::FillSlot(
     if (slot.inUse || !event) {
         return false;
     }
+    {
+        CriticalSectionLock guard(removedEventsLock_);
+        removedEvents_.reserve(removedEvents_.size() + kSlots);
+    }
     slot.listener = listener;
     slot.event = std::move(event);
     slot.socket = socket;
@@ -209,7 +209,7 @@ void WIN32_SocketEventThread::RemoveSocket(const SocketPlace& place) {
         }
         listener = std::move(slot.listener);
         slot.socket = INVALID_SOCKET;
-        slot.posted.clear();
+        slot.posted.count = 0;
         slot.inUse = false;
         left = --socketCount_;
     }
@@ -249,10 +249,11 @@ bool WIN32_SocketEventThread::Post(const SocketPlace& place, PostedEvent event) 
         return false;
     }
     MutexReleaser releaser(slot.mutex);
-    if (!slot.inUse || slot.id != place.id) {
+    PostedQueue& posted = slot.posted;
+    if (!slot.inUse || slot.id != place.id || posted.count == posted.events.size()) {
         return false;
     }
-    slot.posted.push_back(event);
+    posted.events[posted.count++] = event;
     SetEvent(changeEvent_.Get());
     return true;
 }
@@ -328,14 +329,15 @@ void WIN32_SocketEventThread::DeliverPosted() {
 }
 
 void WIN32_SocketEventThread::DeliverPosted(Slot& slot) {
-    std::deque<PostedEvent> posted;
+    PostedQueue posted;
     std::uint64_t id = 0;
     {
         MutexLock lock(&slot.mutex);
-        posted.swap(slot.posted);
+        posted = std::exchange(slot.posted, PostedQueue());
         id = slot.id;
     }
-    for (const PostedEvent event : posted) {
+    for (std::size_t index = 0; index < posted.count; ++index) {
+        const PostedEvent event = posted.events[index];
         logger_->Log("Run", LogLevel::kTrace, "Processing post event for event: %lu",
                      static_cast<unsigned long>(event.type));
         CallListener(slot, id, [&](WIN32_SocketEventThreadListener& listener) {
@@ -501,16 +503,11 @@ void WIN32_SocketEventThread::CloseRemainingSockets() {
     }
 }
 
-// A thread joins only those that came to their end before it, so that no two wait for each other.
+// A thread joins the one that came to its end before it, so that no two wait for each other.
 void WIN32_SocketEventThread::Retire(std::shared_ptr<WIN32_SocketEventThread> self) {
-    std::vector<std::shared_ptr<WIN32_SocketEventThread>> earlier;
-    {
-        EndedThreads& ended = Ended();
-        CriticalSectionLock guard(ended.lock);
-        earlier.push_back(std::move(self));
-        earlier.swap(ended.threads);
+    if (const auto previous = Ended().Exchange(std::move(self))) {
+        previous->Join();
     }
-    JoinAll(earlier);
 }
 
 } // namespace ZelNet

@@ -21,7 +21,6 @@
 
 #include <array>
 #include <atomic>
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -52,7 +51,7 @@ public:
     static bool Attach(const std::shared_ptr<WIN32_SocketEventThreadListener>& listener,
                        SOCKET socket, SocketPlace& place);
 
-    // Deletes the threads that have ended, except the calling one.
+    // Deletes the last thread that has ended.
     static void ReapEnded();
 
     // Use Create.
@@ -69,8 +68,8 @@ public:
     // waits for one that is running. A place that is no longer the socket's is ignored.
     void RemoveSocket(const SocketPlace& place);
 
-    // Queue a callback. False when the socket has left its place, or when the slot was busy for
-    // half a second.
+    // Queue a callback. False when the socket has left its place, when the slot was busy for half a
+    // second, and when the queue is full.
     bool PostOnClose(const SocketPlace& place);
     bool PostOnConnect(const SocketPlace& place);
     bool PostOnSend(const SocketPlace& place);
@@ -90,8 +89,14 @@ private:
 
     enum class PostedType { kClose = 1, kConnect = 2, kSend = 3, kFinishConnect = 4 };
     struct PostedEvent {
-        PostedType type;
-        std::uint32_t value;
+        PostedType type = PostedType::kClose;
+        std::uint32_t value = kNoValue;
+    };
+    // Of fixed size, so that a close can be posted even without memory. A socket never has more
+    // than a few posts under way.
+    struct PostedQueue {
+        std::array<PostedEvent, 8> events;
+        std::size_t count = 0;
     };
     struct Slot {
         ZelBase::WIN32_Mutex mutex;
@@ -101,7 +106,7 @@ private:
         UniqueWsaEvent event ZELBASE_GUARDED_BY(mutex);
         SOCKET socket ZELBASE_GUARDED_BY(mutex) = INVALID_SOCKET;
         std::uint64_t id ZELBASE_GUARDED_BY(mutex) = 0;
-        std::deque<PostedEvent> posted ZELBASE_GUARDED_BY(mutex);
+        PostedQueue posted ZELBASE_GUARDED_BY(mutex);
     };
     struct WaitList;
     struct Signalled;
@@ -139,7 +144,8 @@ private:
     std::atomic<std::size_t> socketCount_ = 0;
     std::array<Slot, kSlots> slots_;
     ZelBase::CriticalSection removedEventsLock_;
-    // Only the loop closes them, so that none is closed while it is waited for.
+    // Only the loop closes them, so that none is closed while it is waited for. There is always
+    // room for those of all slots.
     std::vector<UniqueWsaEvent> removedEvents_ ZELBASE_GUARDED_BY(removedEventsLock_);
     // Of the event thread alone: its last socket left during a callback.
     bool lastSocketLeft_ = false;

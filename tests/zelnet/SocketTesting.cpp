@@ -1,5 +1,7 @@
 #include "tests/zelnet/SocketTesting.h"
 
+#include "tests/support/HandleCount.h"
+
 #include <algorithm>
 #include <chrono>
 
@@ -64,8 +66,12 @@ void Connection::AwaitEnd() const {
     Receive(static_cast<std::size_t>(-1));
 }
 
-TcpServer::TcpServer(Script script, int connections)
+TcpServer::TcpServer(Script script, int connections, int receiveBuffer)
     : listening_(socket(AF_INET, SOCK_STREAM, 0)), port_(BindToLoopback(listening_.Get())) {
+    if (receiveBuffer != 0) {
+        setsockopt(listening_.Get(), SOL_SOCKET, SO_RCVBUF,
+                   reinterpret_cast<const char*>(&receiveBuffer), sizeof receiveBuffer);
+    }
     EXPECT_EQ(listen(listening_.Get(), SOMAXCONN), 0);
     thread_ = ZelBase::ModulePin::StartThread([this, script, connections] {
         for (int index = 0; index < connections; ++index) {
@@ -152,9 +158,7 @@ unsigned ThreadCountAtStart() {
 }
 
 unsigned HandleCount() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
+    return static_cast<unsigned>(tervane::test::OpenHandleCount());
 }
 
 unsigned Settled(unsigned (*count)(), unsigned limit) {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -30,6 +31,16 @@ public:
 class SocketLayerTest : public testing::Test {
 protected:
     SocketLayerScope layer_;
+};
+
+// For tests that need the network namespace of tests/network/zelnet.sh.
+class NamespaceTest : public SocketLayerTest {
+protected:
+    void SetUp() override {
+        if (!std::getenv("TERVANE_NAMESPACE")) {
+            GTEST_SKIP() << "run by tests/network/zelnet.sh, in a network of its own";
+        }
+    }
 };
 
 // One accepted connection, used with blocking calls from the server's script.
@@ -55,7 +66,8 @@ class TcpServer {
 public:
     using Script = std::function<void(Connection&)>;
 
-    explicit TcpServer(Script script, int connections = 1);
+    // `receiveBuffer` makes the system's buffer for what clients send that small.
+    explicit TcpServer(Script script, int connections = 1, int receiveBuffer = 0);
     // Waits for the script's end.
     ~TcpServer();
 

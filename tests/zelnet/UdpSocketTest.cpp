@@ -1,0 +1,55 @@
+#include "ZelNet/SourceCode/UdpNonBlockingClientSocket.h"
+#include "tests/zelnet/SocketTesting.h"
+
+namespace ZelNet {
+namespace {
+
+using UdpSocketTest = SocketLayerTest;
+
+class Echo : public UdpNonBlockingSocketListener {
+public:
+    void OnClose(void* context, int error) override { words_.OnClose(context, error); }
+    void OnReceive(void* context, int error) override { words_.OnReceive(context, error); }
+    void OnSend(void* context, int error) override { words_.OnSend(context, error); }
+
+    RecordingListener words_;
+};
+
+TEST_F(UdpSocketTest, SendsAndReceivesDatagrams) {
+    const UniqueSocket peer(socket(AF_INET, SOCK_DGRAM, 0));
+    const std::uint16_t port = BindToLoopback(peer.Get());
+    Echo listener;
+    const auto udp = UdpNonBlockingClientSocket::Create();
+    ASSERT_TRUE(udp->Create(&listener, 0, LoopbackAddress()));
+    EXPECT_FALSE(udp->Create(&listener, 0, LoopbackAddress()));
+    listener.words_.Await("send:0"); // datagrams can be sent at once
+    EXPECT_EQ(udp->SendTo("localhost", port, "ping", 4), 0u);
+    EXPECT_EQ(udp->SendTo("127.0.0.1", port, "ping", 4), 4u);
+    char buffer[10];
+    sockaddr_in from{};
+    int length = sizeof from;
+    ASSERT_EQ(
+        recvfrom(peer.Get(), buffer, sizeof buffer, 0, reinterpret_cast<sockaddr*>(&from), &length),
+        4);
+    for (const std::string datagram : {"pong", "much longer than the room for it", "again"}) {
+        sendto(peer.Get(), datagram.data(), static_cast<int>(datagram.size()), 0,
+               reinterpret_cast<sockaddr*>(&from), length);
+    }
+    listener.words_.Await("receive:0");
+    IpAddress sender;
+    std::uint16_t senderPort = 0;
+    EXPECT_EQ(udp->ReceiveFrom(buffer, sizeof buffer, sender, senderPort), 4u);
+    EXPECT_EQ(sender, LoopbackAddress());
+    EXPECT_EQ(senderPort, port);
+    EXPECT_EQ(udp->ReceiveFrom(buffer, sizeof buffer, sender, senderPort), 0u); // does not fit
+    listener.words_.Await("receive:0", 2);
+    EXPECT_EQ(udp->ReceiveFrom(buffer, sizeof buffer, sender, senderPort), 5u);
+    EXPECT_EQ(udp->ReceiveFrom(buffer, sizeof buffer, sender, senderPort), 0u); // none left
+    EXPECT_TRUE(udp->Close(false));
+    listener.words_.Await("close:0");
+    EXPECT_EQ(listener.words_.Count("close"), 1);
+    EXPECT_TRUE(udp->Create(&listener, 0, IpAddress()));
+}
+
+} // namespace
+} // namespace ZelNet
