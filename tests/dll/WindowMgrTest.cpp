@@ -13,9 +13,10 @@
 namespace tervane::test {
 namespace {
 
-constexpr DWORD kLong = 20000;  // milliseconds; how long an event is waited for
-constexpr DWORD kAtOnce = 5000; // far less than the pauses of the waits that use it
-constexpr int kQuick = 20;      // check interval of the waits
+constexpr DWORD kLong = 20000;     // milliseconds; how long an event is waited for
+constexpr DWORD kAtOnce = 15000;   // far less than the pauses of the waits that use it
+constexpr DWORD kManyLooks = 1500; // enough for every quick wait to have looked more than once
+constexpr int kQuick = 20;         // check interval of the waits
 constexpr int kSlow = 60000;
 
 enum Event : DISPID { kOnWaitOnWindow = 1, kOnWaitForWindow = 2, kOnComeAndGo = 3 };
@@ -70,11 +71,12 @@ TEST_F(WindowMgrTest, WaitsForAWindowToComeAndToGo) {
     const long cameAndWent = Number(L"WaitForWindowToComeAndGo", {title, L"Press", kQuick});
     EXPECT_EQ(1, came);
     EXPECT_EQ(2, cameAndWent);
-    WindowProgram program({L"--title", title, L"--appear-after", L"200", L"--vanish-after", L"1500",
-                           L"--button", L"Press me"});
+    WindowProgram program({L"--title", title, L"--appear-after", L"200", L"--button", L"Press me"});
     EXPECT_EQ(Ended(kOnWaitForWindow, 0), EndOf(came));
     const long went = Number(L"WaitOnWindow", {title, L"", kQuick});
     EXPECT_EQ(3, went);
+    EXPECT_FALSE(sink_.WaitFor(2, kManyLooks));
+    EXPECT_TRUE(Truth(L"SetWindowState", {3, title}));
     ASSERT_TRUE(sink_.WaitFor(3, kLong));
     std::map<long, DISPID> ended; // the two end in any order
     for (const size_t i : {1, 2}) {
@@ -93,7 +95,7 @@ TEST_F(WindowMgrTest, CountsPassesForTheTimeOut) {
     EXPECT_EQ(Ended(kOnWaitForWindow, 1), EndOf(absent));
     EXPECT_GE(GetTickCount() - start, 3 * 200u - 50); // the passes 0, 1 and 2
 
-    WindowProgram program({L"--title", title, L"--vanish-after", L"4000"});
+    WindowProgram program({L"--title", title});
     ASSERT_TRUE(program.Expect("ready"));
     const long stays = Number(L"WaitOnWindow", {title, L"", kQuick, true, 1});
     EXPECT_EQ(Ended(kOnWaitOnWindow, 1), EndOf(stays));
@@ -101,6 +103,8 @@ TEST_F(WindowMgrTest, CountsPassesForTheTimeOut) {
     const long counted = Number(L"WaitForWindowToComeAndGo", {title, L"", kQuick, true, 2, false});
     EXPECT_EQ(Ended(kOnComeAndGo, 1), EndOf(counted));
     const long uncounted = Number(L"WaitForWindowToComeAndGo", {title, L"", kQuick, true, 2, true});
+    EXPECT_FALSE(sink_.WaitFor(seen_ + 1, kManyLooks));
+    EXPECT_TRUE(Truth(L"SetWindowState", {3, title}));
     EXPECT_EQ(Ended(kOnComeAndGo, 0), EndOf(uncounted));
     // Below 1, there is none.
     const long negative = Number(L"WaitForWindow", {title, L"", kQuick, true, -5});

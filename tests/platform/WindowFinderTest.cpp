@@ -65,7 +65,7 @@ TEST(WindowTitle, IsReadFromThreadsThatDoNotAnswer) {
                   found[0] = WindowFinder(title + L" ours", L"").Find();
                   found[1] = WindowFinder(title + L" theirs", L"").Find();
               }),
-              2000u);
+              10000u);
     EXPECT_EQ(ours.Handle(), found[0]);
     EXPECT_EQ(theirs.ProcessId(), ProcessOf(found[1]));
     EXPECT_EQ(title + L" theirs", TitleOf(found[1]));
@@ -157,16 +157,19 @@ TEST(WindowFinder, ComesToAnEndWhileWindowsChangePlaces) {
     mover.join();
 }
 
-TEST(WindowFinder, WaitsForAWindowToCome) {
+TEST(WindowFinder, WaitsForAWindowToComeAndGo) {
     const ZelBase::UniqueHandle never = NewEvent();
     const std::wstring title = UniqueTitle(L"Late");
-    WindowProgram program({L"--title", title, L"--appear-after", L"700"});
+    WindowProgram program(
+        {L"--title", title, L"--appear-after", L"700", L"--vanish-after", L"2500"});
     WindowFinder finder(title, L"");
     finder.SetTimeLimit(1);
     EXPECT_EQ(nullptr, finder.WaitUntilPresent(never.Get()));
     finder.SetTimeLimit(0); // the default
     finder.SetCheckInterval(-5);
     EXPECT_EQ(program.ProcessId(), ProcessOf(finder.WaitUntilPresent(never.Get())));
+    EXPECT_TRUE(finder.WaitUntilGone(never.Get()));
+    EXPECT_TRUE(program.Expect("vanished"));
 }
 
 TEST(WindowFinder, TakesInvisibleWindowsOnlyWhenTheyCount) {
@@ -189,7 +192,7 @@ TEST(WindowFinder, BelievesThatAWindowIsGoneOnlyWhenItStaysAway) {
     const std::wstring title = UniqueTitle(L"Replaced");
     WindowFinder finder(title, L"");
     finder.SetTimeLimit(1);
-    finder.SetCheckInterval(1000);
+    finder.SetCheckInterval(1500);
     std::unique_ptr<OwnWindow> replacement;
     std::thread replacer([&] {
         Sleep(200);
@@ -218,7 +221,7 @@ TEST(WindowFinder, IsWokenByAnAbort) {
                       EXPECT_FALSE(finder.WaitUntilGone(abort.Get()));
                       EXPECT_EQ(isThere, finder.WaitUntilPresent(abort.Get()) != nullptr);
                   }),
-                  5000u);
+                  20000u);
         aborter.join();
     }
 }

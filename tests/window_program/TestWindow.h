@@ -8,6 +8,7 @@
 //   set-check ID STATE         BM_SETCHECK came to a button
 //   shown, hidden, closed      visibility changed; the window was closed and is gone
 //   vanished                   it is gone because its time was over
+//   hanging                    from now on it does not answer
 
 #include "Options.h"
 
