@@ -79,7 +79,7 @@ const Case kBasics[] = {
      "attempt(function () { WScript.DisconnectObject(5); });",
      "Could not locate automation class named \"no.such.class\".\n"
      "A time in milliseconds is needed.\nSubscript out of range\n"
-     "The exit code must be a number.\nCould not connect object: Error 0x80040200\n"
+     "The exit code must be a number.\nCould not connect object: it describes no events.\n"
      "An object is needed.\n",
      "", 0},
     {"object_without_events_vbs", L".vbs",

@@ -13,6 +13,7 @@
 
 #include <oaidl.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <span>
 #include <string>

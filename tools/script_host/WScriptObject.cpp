@@ -6,6 +6,8 @@
 #include "tools/script_host/ScriptHost.h"
 #include "tools/script_host/TextStream.h"
 
+#include <olectl.h>
+
 namespace tervane::scripthost {
 namespace {
 
@@ -139,6 +141,9 @@ CallOutcome WScriptObject::ConnectObject(const CallArguments& arguments, Variant
 
 CallOutcome WScriptObject::Connect(IUnknown* object, std::wstring prefix) {
     HRESULT code = host_->Events().Connect(object, std::move(prefix));
+    if (code == CONNECT_E_NOCONNECTION) {
+        return {code, L"Could not connect object: it describes no events."};
+    }
     if (FAILED(code)) {
         return {code, L"Could not connect object: " + ErrorText(code)};
     }
