@@ -92,7 +92,8 @@ bool Prepare(const DraftFile& draft, const std::wstring& path, const std::wstrin
     const DWORD attributes = GetFileAttributesW(path.c_str());
     const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
     const bool isLocked = exists && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    if (draft.Path().empty() || isLocked || (exists && !CopyFileW(path.c_str(), draft.Path().c_str(), FALSE)) ||
+    if (draft.Path().empty() || isLocked ||
+        (exists && !CopyFileW(path.c_str(), draft.Path().c_str(), FALSE)) ||
         (!exists && !ToNarrow(url) && !MakeWide(draft.Path()))) {
         return false;
     }
