@@ -5,10 +5,6 @@
 
 namespace tervane::create {
 
-HRESULT ConfigureOutlookExpress(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingObject(row, outer, iid, out);
-}
-
 HRESULT PhoneBookEntry(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingObject(row, outer, iid, out);
 }
