@@ -45,7 +45,12 @@ HRESULT DispatchInvoke(ITypeInfo* info, void* object, DISPID member, REFIID rese
     if (!info) {
         return TYPE_E_CANTLOADLIBRARY;
     }
-    return Guarded([&] {
+    return Guarded([&]() -> HRESULT {
+        // Not every system's Invoke minds arguments that nobody takes.
+        if (parameters->cArgs > 0 &&
+            parameters->cArgs > MostArguments(info, member, flags).value_or(parameters->cArgs)) {
+            return DISP_E_BADPARAMCOUNT;
+        }
         const auto invoke = [&](WORD kind) {
             return info->Invoke(object, member, kind, parameters, result, exception, argumentError);
         };

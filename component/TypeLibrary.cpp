@@ -4,6 +4,7 @@
 #include "component/ModuleState.h"
 #include "platform/RegistryKey.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <iterator>
 #include <map>
@@ -18,10 +19,14 @@ struct GuidLess {
     }
 };
 
+// By DISPID and how it is invoked.
+using ArgumentCounts = std::map<std::pair<DISPID, INVOKEKIND>, UINT>;
+
 struct TypeInfoCache {
     std::mutex mutex;
     ComPtr<ITypeLib> library;
     std::map<GUID, ComPtr<ITypeInfo>, GuidLess> infos;
+    std::map<ITypeInfo*, ArgumentCounts> counts;
 };
 
 // Never destroyed by the C++ runtime: at process exit the automation library that the pointers lead
@@ -29,6 +34,21 @@ struct TypeInfoCache {
 TypeInfoCache& Cache() {
     static auto* cache = new TypeInfoCache;
     return *cache;
+}
+
+ArgumentCounts CountArguments(ITypeInfo& info) {
+    ArgumentCounts counts;
+    FUNCDESC* function = nullptr;
+    for (UINT i = 0; SUCCEEDED(info.GetFuncDesc(i, &function)); ++i) {
+        UINT arguments = 0;
+        for (SHORT p = 0; p < function->cParams; ++p) {
+            const USHORT flags = function->lprgelemdescParam[p].paramdesc.wParamFlags;
+            arguments += (flags & (PARAMFLAG_FRETVAL | PARAMFLAG_FLCID)) == 0;
+        }
+        counts[{function->memid, function->invkind}] = arguments;
+        info.ReleaseFuncDesc(function);
+    }
+    return counts;
 }
 
 // Replaces what follows the last "." of the path; the whole path counts, as it always did here.
@@ -92,6 +112,24 @@ ITypeInfo* TypeInfoFor(REFGUID id) noexcept {
     } catch (...) {
         return nullptr;
     }
+}
+
+std::optional<UINT> MostArguments(ITypeInfo* info, DISPID member, WORD flags) {
+    TypeInfoCache& cache = Cache();
+    const std::lock_guard lock(cache.mutex);
+    auto counts = cache.counts.find(info);
+    if (counts == cache.counts.end()) {
+        counts = cache.counts.emplace(info, CountArguments(*info)).first;
+    }
+    std::optional<UINT> most;
+    for (const INVOKEKIND kind :
+         {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT, INVOKE_PROPERTYPUTREF}) {
+        const auto count = counts->second.find({member, kind});
+        if ((flags & kind) != 0 && count != counts->second.end()) {
+            most = std::max(most.value_or(0), count->second);
+        }
+    }
+    return most;
 }
 
 void ReleaseTypeInfo() noexcept {

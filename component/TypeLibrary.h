@@ -7,6 +7,7 @@
 #include "platform/Automation.h"
 
 #include <atomic>
+#include <optional>
 #include <string>
 
 namespace tervane {
@@ -27,6 +28,10 @@ ITypeInfo* TypeInfoOf() noexcept {
     }
     return info;
 }
+
+// The most arguments that a member of the interface takes when it is invoked with these DISPATCH_
+// flags; nullopt when it has no such member. Any thread.
+std::optional<UINT> MostArguments(ITypeInfo* info, DISPID member, WORD flags);
 
 // Gives up all type information; only when no object lives any more and the process goes on.
 void ReleaseTypeInfo() noexcept;

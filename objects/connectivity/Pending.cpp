@@ -5,10 +5,6 @@
 
 namespace tervane::create {
 
-HRESULT ConnectivityTester(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingEventObject(row, outer, iid, out);
-}
-
 HRESULT DHCP(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingEventObject(row, outer, iid, out);
 }

@@ -1,0 +1,63 @@
+' Tells, test by test, how far a connection to a server comes: name, ping, ports.
+' Run it with: cscript //nologo connectivity.vbs [HOST [PORT PORT ...]]
+'
+' One test at a time: start it, and sleep until its event has come.
+Option Explicit
+
+Const kTime = 1000 ' milliseconds per test
+
+Dim tester, host, i, ended, succeeded
+Set tester = WScript.CreateObject("Tervane.ConnectivityTester", "Tester_")
+host = "127.0.0.1"
+If WScript.Arguments.Count > 0 Then host = WScript.Arguments(0)
+
+Sub Tester_OnDNSLookupComplete(success)
+    Finish success
+End Sub
+
+Sub Tester_OnTCPPortTestComplete(success)
+    Finish success
+End Sub
+
+Sub Tester_OnPingComplete(success)
+    Finish success
+End Sub
+
+Sub Finish(success)
+    succeeded = (success <> 0)
+    ended = True
+End Sub
+
+Sub Await(what)
+    Do Until ended
+        WScript.Sleep 20
+    Loop
+    If succeeded Then
+        WScript.Echo "  ok      " & what
+    Else
+        WScript.Echo "  FAILED  " & what
+    End If
+End Sub
+
+Sub TestPort(port)
+    ended = False
+    tester.TestTCPPort host, port, kTime
+    Await "TCP port " & port
+End Sub
+
+WScript.Echo "Testing " & host
+ended = False
+tester.DNSLookup host, 0
+Await "name"
+ended = False
+tester.Ping host, kTime, 2
+Await "ping"
+If WScript.Arguments.Count > 1 Then
+    For i = 1 To WScript.Arguments.Count - 1
+        TestPort CLng(WScript.Arguments(i))
+    Next
+Else
+    TestPort 25
+    TestPort 80
+End If
+WScript.Echo "Done."

@@ -1,0 +1,103 @@
+#include "objects/connectivity/ConnectivityTester.h"
+
+#include "ZelBase/AnsiText.h"
+#include "component/ComEdge.h"
+#include "component/Creators.h"
+#include "component/Worker.h"
+#include "objects/connectivity/HostTests.h"
+#include "objects/connectivity/SocketLayerUse.h"
+#include "objects/connectivity/TcpConnectProbe.h"
+
+#include <memory>
+#include <string>
+
+namespace tervane {
+namespace {
+
+// Milliseconds.
+constexpr long kDnsTimeout = 10000;
+constexpr long kTcpTimeout = 4000;
+constexpr long kPingTimeout = 10000;
+
+bool RunGuarded(const std::function<bool()>& test) noexcept {
+    try {
+        return test();
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace
+
+// The three time-out rules differ, deliberately: here 0 means none.
+HRESULT ConnectivityTester::DNSLookup(BSTR name, long timeout) {
+    return Guarded([&] {
+        const auto limit = static_cast<std::uint32_t>(timeout < 0 ? kDnsTimeout : timeout);
+        return StartTest(
+            [name = ZelBase::WideToAnsi(TextOf(name)), limit] { return CanResolve(name, limit); },
+            &ConnectivityTester::Fire_OnDNSLookupComplete, WorkerEnd::GiveEverythingBack);
+    });
+}
+
+HRESULT ConnectivityTester::TestTCPPort(BSTR location, unsigned short port, long timeout) {
+    return Guarded([&] {
+        const auto limit = static_cast<std::uint32_t>(timeout < 1 ? kTcpTimeout : timeout);
+        return StartTest(
+            [location = ZelBase::WideToAnsi(TextOf(location)), port, limit] {
+                TcpConnectProbe probe;
+                return probe.Run(location, port, limit);
+            },
+            &ConnectivityTester::Fire_OnTCPPortTestComplete, WorkerEnd::KeepSocketLayerInUse);
+    });
+}
+
+HRESULT ConnectivityTester::Ping(BSTR name, long timeout, long retries) {
+    return Guarded([&] {
+        // The ping facility takes 16 bits; longer time-outs lose their high bits.
+        const auto limit = static_cast<std::uint16_t>(timeout < 1 ? kPingTimeout : timeout);
+        return StartTest([name = ZelBase::WideToAnsi(TextOf(name)), limit,
+                          retries] { return AnswersPing(name, limit, retries); },
+                         &ConnectivityTester::Fire_OnPingComplete, WorkerEnd::GiveEverythingBack);
+    });
+}
+
+HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
+                                      HRESULT (ConnectivityTester::*fire)(bool success) const,
+                                      WorkerEnd end) {
+    WorkerRequest request;
+    request.object = AddReference(Controlling());
+    request.work = [this, test = std::move(test), fire] { (this->*fire)(RunGuarded(test)); };
+    if (end == WorkerEnd::GiveEverythingBack) {
+        auto sockets = std::make_shared<std::unique_ptr<SocketLayerUse>>();
+        request.enter = [sockets] { *sockets = std::make_unique<SocketLayerUse>(); };
+        request.leave = [sockets] { sockets->reset(); };
+    } else {
+        // Deliberately never given back: once a port was tested, the socket layer stays for as
+        // long as the library is loaded.
+        request.enter = [] { ZelNet::InitializeSockets(); };
+        request.uninitializeCom = false;
+    }
+    StartWorker(std::move(request));
+    return S_OK;
+}
+
+HRESULT ConnectivityTester::Fire_OnDNSLookupComplete(bool success) const {
+    return FireEvent(*Sinks(), 1, {success});
+}
+
+HRESULT ConnectivityTester::Fire_OnTCPPortTestComplete(bool success) const {
+    return FireEvent(*Sinks(), 2, {success});
+}
+
+HRESULT ConnectivityTester::Fire_OnPingComplete(bool success) const {
+    return FireEvent(*Sinks(), 3, {success});
+}
+
+namespace create {
+
+HRESULT ConnectivityTester(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+    return CreateInstance<tervane::ConnectivityTester>(row, outer, iid, out);
+}
+
+} // namespace create
+} // namespace tervane
