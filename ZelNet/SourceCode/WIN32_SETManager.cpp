@@ -66,10 +66,12 @@ void WIN32_SETManager::RemoveUser() {
     }
 }
 
-WIN32_SETManager::WIN32_SETManager() : logger_(CreateLogger("WIN32_SETManager")) {}
+WIN32_SETManager::WIN32_SETManager()
+    : logger_(CreateLogger("WIN32_SETManager")),
+      noneLive_(CreateEventA(nullptr, TRUE, TRUE, nullptr)) {}
 
 bool WIN32_SETManager::Initialize() {
-    if (!logger_) {
+    if (!logger_ || !noneLive_) {
         return false;
     }
     WSADATA data;
@@ -83,51 +85,76 @@ bool WIN32_SETManager::Initialize() {
     return true;
 }
 
+// Afterwards no thread is left, unless it is one of them that calls: that one ends when the
+// callback that it is in is over.
 void WIN32_SETManager::Shutdown() {
-    std::list<std::shared_ptr<WIN32_SocketEventThread>> threads;
     {
         CriticalSectionLock guard(lock_);
         beingDestroyed_ = true;
-        threads.swap(threads_);
-    }
-    for (const auto& thread : threads) {
-        thread->Stop();
-    }
-    for (const auto& thread : threads) {
-        // The calling thread ends when the callback that it is in is over.
-        if (!thread->IsCurrentThread()) {
-            thread->Join();
+        for (const auto& thread : threads_) {
+            thread->Stop();
         }
+        threads_.clear();
     }
-    threads.clear();
-    WIN32_SocketEventThread::ReapEnded();
+    if (!IsOnAnyThread()) {
+        WaitForSingleObject(noneLive_.Get(), INFINITE);
+        WIN32_SocketEventThread::ReapEnded();
+    }
     if (std::exchange(winsockStarted_, false)) {
         WSACleanup();
     }
 }
 
+bool WIN32_SETManager::IsOnAnyThread() {
+    CriticalSectionLock guard(lock_);
+    return std::any_of(live_.begin(), live_.end(),
+                       [](const auto* thread) { return thread->IsCurrentThread(); });
+}
+
 bool WIN32_SETManager::Attach(const std::shared_ptr<WIN32_SocketEventThreadListener>& listener,
                               SOCKET socket, SocketPlace& place) {
     CriticalSectionLock guard(lock_);
+    const auto offer = [&](const auto& thread) {
+        return thread->AddSocket(listener, socket, place);
+    };
     if (beingDestroyed_) {
         return false;
     }
-    if (std::any_of(threads_.begin(), threads_.end(), [&](const auto& thread) {
-            return thread->AddSocket(listener, socket, place);
-        })) {
+    if (std::any_of(threads_.begin(), threads_.end(), offer)) {
         return true;
     }
-    // The list's memory first: a thread that runs must not get lost.
-    auto& thread = threads_.emplace_back();
-    thread = WIN32_SocketEventThread::Create(shared_from_this());
-    if (thread && thread->AddSocket(listener, socket, place)) {
+    if (!AddThread()) {
+        return false;
+    }
+    if (offer(threads_.back())) {
         return true;
     }
-    if (thread) {
-        thread->Stop();
-    }
+    threads_.back()->Stop();
     threads_.pop_back();
     return false;
+}
+
+bool WIN32_SETManager::AddThread() {
+    // The lists' memory first: a thread that runs must not get lost.
+    std::list<const WIN32_SocketEventThread*> live(1);
+    std::list<std::shared_ptr<WIN32_SocketEventThread>> added(1);
+    added.front() = WIN32_SocketEventThread::Create(shared_from_this());
+    if (!added.front()) {
+        return false;
+    }
+    live.front() = added.front().get();
+    live_.splice(live_.end(), live);
+    ResetEvent(noneLive_.Get());
+    threads_.splice(threads_.end(), added);
+    return true;
+}
+
+void WIN32_SETManager::ThreadHasEnded(const WIN32_SocketEventThread& thread) {
+    CriticalSectionLock guard(lock_);
+    live_.remove(&thread);
+    if (live_.empty()) {
+        SetEvent(noneLive_.Get());
+    }
 }
 
 void WIN32_SETManager::ReleaseThread(WIN32_SocketEventThread& thread) {

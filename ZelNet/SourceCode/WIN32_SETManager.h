@@ -26,14 +26,22 @@ public:
     void ReleaseThread(WIN32_SocketEventThread& thread);
     // Offers the thread no more sockets. Null if the manager has let it go before.
     std::shared_ptr<WIN32_SocketEventThread> Forget(const WIN32_SocketEventThread& thread);
+    // The last that a thread does.
+    void ThreadHasEnded(const WIN32_SocketEventThread& thread);
 
 private:
     bool Initialize();
     void Shutdown();
+    bool AddThread() ZELBASE_REQUIRES(lock_);
+    bool IsOnAnyThread() ZELBASE_EXCLUDES(lock_);
 
     std::unique_ptr<ZelBase::Logger> logger_;
     ZelBase::CriticalSection lock_;
+    // Those that take sockets.
     std::list<std::shared_ptr<WIN32_SocketEventThread>> threads_ ZELBASE_GUARDED_BY(lock_);
+    // Those that have not come to their very end; the event is set while there are none.
+    std::list<const WIN32_SocketEventThread*> live_ ZELBASE_GUARDED_BY(lock_);
+    ZelBase::UniqueHandle noneLive_;
     bool beingDestroyed_ ZELBASE_GUARDED_BY(lock_) = false;
     bool winsockStarted_ = false;
 };

@@ -274,8 +274,11 @@ std::uint32_t WIN32_SocketEventThread::Run() {
     }
     CloseRemainingSockets();
     CloseRemovedEvents();
-    threadId_ = 0;
     Retire(std::move(self));
+    threadId_ = 0;
+    if (const auto manager = manager_.lock()) {
+        manager->ThreadHasEnded(*this);
+    }
     return 0;
 }
 

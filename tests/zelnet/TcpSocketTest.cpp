@@ -280,9 +280,17 @@ TEST(SocketLayer, CountsItsUsers) {
     EXPECT_TRUE(UninitializeSockets());
     EXPECT_EQ(listener.Words(), "close:2");
     EXPECT_FALSE(early->Close(false));
-    ASSERT_TRUE(InitializeSockets());
-    EXPECT_TRUE(early->Create(&listener, 0, IpAddress(), false));
-    EXPECT_TRUE(UninitializeSockets());
+    // Nothing is left of it.
+    EXPECT_EQ(ThreadCount(), ThreadCountAtStart());
+    const unsigned handles = HandleCount();
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_TRUE(InitializeSockets());
+        EXPECT_TRUE(early->Create(&listener, 0, IpAddress(), false));
+        EXPECT_TRUE(early->Close(false));
+        EXPECT_TRUE(UninitializeSockets());
+        EXPECT_EQ(ThreadCount(), ThreadCountAtStart());
+    }
+    EXPECT_LE(HandleCount(), handles);
 }
 
 TEST(SocketLayer, CanBeShutDownFromACallback) {
