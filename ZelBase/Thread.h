@@ -73,8 +73,9 @@ public:
     virtual bool Suspend() = 0;
     virtual bool Resume() = 0;
     // Tells the thread to end and waits for it: 10 ms when `hard`, else the terminate time-out.
-    // Then it is killed. True for an orderly end, false for a forced one. The thread itself may
-    // call it: it then returns at once, and the next wait throws.
+    // Then it is killed, unless it is only just starting, or on its way out already: that gets two
+    // seconds more. True for an orderly end, false for a forced one. The thread itself may call it:
+    // it then returns at once, and the next wait throws.
     virtual bool Terminate(bool hard) = 0;
     virtual bool IsRunning() const = 0;
     virtual bool IsSuspended() const = 0;

@@ -10,13 +10,8 @@ namespace ZelBase {
 namespace {
 
 constexpr DWORD kHardTerminateMs = 10;
-// A routine that has returned leaves one log record and the system's own clean-up to be done. To
-// kill a thread in there could leave the system's locks behind; it is waited for instead.
-constexpr DWORD kLeaveMs = 2000;
-
-void WaitUntilLeft(HANDLE thread) noexcept {
-    WaitForSingleObject(thread, kLeaveMs);
-}
+// A thread that is still starting, or that is ending as it was told to, gets this much more.
+constexpr DWORD kGraceMs = 2000;
 
 } // namespace
 
@@ -37,6 +32,7 @@ void WIN32_Thread::Sleep(std::uint32_t ms) {
     WaitForSingleObject(terminateEvent_.Get(), ms);
     GuardObject guard(this);
     if (terminateRequested_) {
+        AcknowledgeTermination();
         throw ThreadTerminateException();
     }
 }
@@ -63,6 +59,7 @@ bool WIN32_Thread::TakeEvent(std::string& name, const char* terminationMessage) 
     GuardObject guard(this);
     if (events_.empty() || terminateRequested_) {
         Trace("WaitForEvent", LogLevel::kTrace, terminationMessage);
+        AcknowledgeTermination();
         throw ThreadTerminateException();
     }
     name = std::move(events_.front());
@@ -157,7 +154,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     auto thread = std::make_shared<UniqueHandle>();
     terminateRequested_ = false;
     if (thread_) {
-        WaitUntilLeft(thread_->Get());
+        WaitForSingleObject(thread_->Get(), kGraceMs); // it may be on its last steps
         thread_.reset();
     }
     events_.clear();
@@ -165,6 +162,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     ResetEvent(terminateEvent_.Get());
     running_ = true;
     finished_ = false;
+    phase_ = Phase::kStarting;
     *thread = ModulePin::StartThread(&ThreadWrapper, this, ModulePin::Start::kAtOnce, &threadId_);
     if (!*thread) {
         running_ = false;
@@ -182,7 +180,9 @@ DWORD WINAPI WIN32_Thread::ThreadWrapper(void* thread) {
 std::uint32_t WIN32_Thread::RunRoutine() {
     Trace("ThreadWrapper", LogLevel::kTrace, "Started thread Executing.");
     try {
+        phase_ = Phase::kInRoutine;
         const std::uint32_t result = function_(this, argument_);
+        phase_ = Phase::kEnding;
         GuardObject guard(this);
         exitCode_ = result;
     } catch (const ThreadTerminateException&) {
@@ -234,14 +234,15 @@ bool WIN32_Thread::Terminate(bool hard) {
     if (run.isCaller) {
         return true;
     }
-    if (!run.thread) {
-        return EndRun(nullptr, true);
+    if (run.thread && !WaitForEnd(run.thread->Get(), run.timeoutMs)) {
+        return false;
     }
-    const HANDLE thread = run.thread->Get();
-    const bool inTime = WaitForSingleObject(thread, run.timeoutMs) != WAIT_TIMEOUT;
-    const bool orderly = EndRun(thread, inTime);
-    WaitUntilLeft(thread);
-    return orderly;
+    GuardObject guard(this);
+    if (terminateRequested_) { // else that run has ended and someone has executed the thread anew
+        running_ = false;
+        finished_ = true;
+    }
+    return true;
 }
 
 WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard) {
@@ -256,21 +257,45 @@ WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard) {
     return {thread_, hard ? kHardTerminateMs : terminateTimeoutMs_, IsCaller()};
 }
 
-// The lock is held while the thread is killed, so that it never takes the lock with it.
-bool WIN32_Thread::EndRun(HANDLE thread, bool inTime) {
+// False when the thread had to be killed. One that is leaving after its routine is at worst left
+// alone: it touches nothing of the object any more.
+bool WIN32_Thread::WaitForEnd(HANDLE thread, DWORD timeoutMs) {
+    DWORD result = WaitForSingleObject(thread, timeoutMs);
+    for (DWORD graceMs = kGraceMs; result == WAIT_TIMEOUT && graceMs > 0;) {
+        graceMs -= kHardTerminateMs;
+        if (Kill(thread, graceMs == 0)) {
+            return false;
+        }
+        result = WaitForSingleObject(thread, kHardTerminateMs);
+    }
+    return true;
+}
+
+// False, and nothing done, when the thread has come to its end or, unless this is the `lastTry`, is
+// starting or ending. The lock is held, so that the thread does not take it along.
+bool WIN32_Thread::Kill(HANDLE thread, bool lastTry) {
     GuardObject guard(this);
-    if (!terminateRequested_) {
-        return true; // that run has ended, and someone has executed the thread anew
+    const auto isSpared = [&] { return phase_ != Phase::kInRoutine && !lastTry; };
+    if (finished_ || !terminateRequested_ || isSpared()) {
+        return false;
     }
-    const bool killed = !inTime && !finished_;
-    if (killed) {
-        Trace("Terminate", LogLevel::kError, "Hard Terminate.");
-        TerminateThread(thread, 0);
-        exitCode_ = kKilledExitCode;
+    Trace("Terminate", LogLevel::kError, "Hard Terminate.");
+    // It may have understood meanwhile; once halted it cannot any more. Only to ask for its context
+    // makes sure that it stands still.
+    CONTEXT context = {};
+    context.ContextFlags = CONTEXT_CONTROL;
+    SuspendThread(thread);
+    GetThreadContext(thread, &context);
+    if (isSpared()) {
+        ResumeThread(thread);
+        return false;
     }
+    TerminateThread(thread, 0);
+    WaitForSingleObject(thread, kGraceMs); // it dies a moment later
+    exitCode_ = kKilledExitCode;
     running_ = false;
     finished_ = true;
-    return !killed;
+    return true;
 }
 
 bool WIN32_Thread::IsRunning() const {

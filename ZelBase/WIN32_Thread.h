@@ -4,6 +4,8 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/Thread.h"
 
+#include <atomic>
+
 namespace ZelBase {
 
 class WIN32_Thread final : public Thread {
@@ -36,7 +38,13 @@ public:
     // For waits that shall end with the thread, see WaitTiedToThread.
     HANDLE TerminateEvent() const noexcept { return terminateEvent_.Get(); }
 
+    // Says, before throwing ThreadTerminateException on this thread, that it has understood.
+    void AcknowledgeTermination() noexcept { phase_ = Phase::kEnding; }
+
 private:
+    // How far a run has come. While it starts and ends, a thread holds locks of the system (its
+    // loader's, its heap's), so that to kill it there may leave the whole process standing still.
+    enum class Phase { kStarting, kInRoutine, kEnding };
     enum class StartResult { kStarted, kRefused, kNoThread };
     // Shared with those who wait for the thread's end, so that Execute may put a new one in place.
     using SharedHandle = std::shared_ptr<const UniqueHandle>;
@@ -51,7 +59,8 @@ private:
     std::uint32_t RunRoutine();
     StartResult Start();
     Run RequestTermination(bool hard);
-    bool EndRun(HANDLE thread, bool inTime);
+    bool WaitForEnd(HANDLE thread, DWORD timeoutMs);
+    bool Kill(HANDLE thread, bool lastTry);
     bool TakeEvent(std::string& name, const char* terminationMessage);
     bool IsCaller() const ZELBASE_REQUIRES(this);
 
@@ -60,6 +69,7 @@ private:
     UniqueHandle queueEvent_;
     mutable CriticalSection section_;
     DWORD threadId_ ZELBASE_GUARDED_BY(this) = 0;
+    std::atomic<Phase> phase_ = Phase::kEnding;
 };
 
 } // namespace ZelBase

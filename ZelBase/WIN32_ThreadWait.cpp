@@ -37,6 +37,7 @@ TiedWait WaitTiedToThread(HANDLE object, std::uint32_t timeoutMs, Thread* thread
     case WAIT_TIMEOUT:
         return TiedWait::kTimedOut;
     default:
+        win32Thread->AcknowledgeTermination();
         throw ThreadTerminateException();
     }
 }

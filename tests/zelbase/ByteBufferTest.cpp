@@ -127,12 +127,20 @@ double SecondsForQueue(std::size_t size) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+// The best of several runs, as other programs want the processor too.
+double BestSecondsForQueue(std::size_t size) {
+    double best = SecondsForQueue(size);
+    for (int i = 1; i < 5; ++i) {
+        best = std::min(best, SecondsForQueue(size));
+    }
+    return best;
+}
+
 // Eight times the bytes: about eight times the time, where moving or searching all that is there
 // for each piece would make it sixty-four.
 TEST(ADynaByteBuffer, CostsTimeLinearInItsBytes) {
-    const double small = std::min(SecondsForQueue(2 << 20), SecondsForQueue(2 << 20));
-    const double large = SecondsForQueue(16 << 20);
-    EXPECT_LT(large, 30 * small) << small;
+    const double small = BestSecondsForQueue(4 << 20);
+    EXPECT_LT(BestSecondsForQueue(32 << 20), 32 * small) << small;
 }
 
 } // namespace

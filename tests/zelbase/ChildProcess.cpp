@@ -66,6 +66,9 @@ ChildProcess::~ChildProcess() {
 std::optional<std::string> ChildProcess::ReadLine() {
     size_t end = 0;
     while ((end = buffer_.find('\n')) == std::string::npos) {
+        if (!WaitForOutput()) {
+            return std::nullopt;
+        }
         char chunk[4096];
         DWORD count = 0;
         if (!ReadFile(output_.Get(), chunk, sizeof chunk, &count, nullptr) || count == 0) {
@@ -79,6 +82,20 @@ std::optional<std::string> ChildProcess::ReadLine() {
         line.pop_back();
     }
     return line;
+}
+
+// Anonymous pipes cannot be waited for, hence the looking. True at the end of the output, too.
+bool ChildProcess::WaitForOutput() const {
+    const DWORD start = GetTickCount();
+    DWORD available = 0;
+    while (PeekNamedPipe(output_.Get(), nullptr, 0, nullptr, &available, nullptr) &&
+           available == 0) {
+        if (GetTickCount() - start > 60000) {
+            return false;
+        }
+        Sleep(1);
+    }
+    return true;
 }
 
 std::optional<DWORD> ChildProcess::Wait(DWORD milliseconds) {

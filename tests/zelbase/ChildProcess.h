@@ -24,13 +24,15 @@ public:
     ChildProcess& operator=(ChildProcess&&) = delete;
 
     bool HasStarted() const { return static_cast<bool>(process_); }
-    // The next line of its output without line end; empty at the end of the output.
+    // The next line of its output without line end; empty at the end of the output, and when a
+    // minute brings nothing.
     std::optional<std::string> ReadLine();
     // Its exit code; empty when it has not ended in time.
     std::optional<DWORD> Wait(DWORD milliseconds = 60000);
 
 private:
     explicit ChildProcess(std::string commandLine);
+    bool WaitForOutput() const;
 
     UniqueHandle process_;
     UniqueHandle output_;
