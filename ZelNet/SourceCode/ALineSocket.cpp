@@ -93,6 +93,11 @@ template <typename Operation, typename Result>
 Result ATcpNonBlockingLineSocket::InternalListener::WithLock(Operation operation, Result failure,
                                                              int line) {
     try {
+        // In a callback the thread has the mutex already. Locking it once more for every line would
+        // cost more than reading the line.
+        if (mutex_.OwnerThreadId() == GetCurrentThreadId()) {
+            return operation();
+        }
         MutexLock lock(&mutex_);
         return operation();
     } catch (const ThreadTerminateException&) {
