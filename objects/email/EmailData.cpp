@@ -3,6 +3,7 @@
 #include "ZelNet/SourceCode/MailDate.h"
 #include "component/ComEdge.h"
 #include "component/Creators.h"
+#include "objects/email/StoredText.h"
 
 namespace tervane {
 namespace {
@@ -13,13 +14,6 @@ constexpr VARIANT_BOOL kDone = 1;
 
 HRESULT ReadBody(const std::wstring& body, BSTR* text) noexcept {
     return text ? ReturnText(body, text) : S_FALSE;
-}
-
-HRESULT WriteBody(std::wstring& body, BSTR text) noexcept {
-    return Guarded([&] {
-        body = std::wstring(TextOf(text)); // gives the old body's memory back
-        return S_OK;
-    });
 }
 
 // Out of range for every list when `index` is negative.
@@ -114,7 +108,7 @@ HRESULT EmailData::get_TextMessage(BSTR* text) {
 }
 
 HRESULT EmailData::put_TextMessage(BSTR text) {
-    return WriteBody(textMessage_, text);
+    return StoreText(textMessage_, text);
 }
 
 HRESULT EmailData::get_HtmlMessage(BSTR* text) {
@@ -122,7 +116,7 @@ HRESULT EmailData::get_HtmlMessage(BSTR* text) {
 }
 
 HRESULT EmailData::put_HtmlMessage(BSTR text) {
-    return WriteBody(htmlMessage_, text);
+    return StoreText(htmlMessage_, text);
 }
 
 HRESULT EmailData::AddHeader(BSTR line, VARIANT_BOOL* result) {

@@ -1,0 +1,39 @@
+#include "objects/email/EnvelopeAddress.h"
+
+#include "ZelBase/TextConversion.h"
+#include "objects/email/TrimmedText.h"
+
+namespace tervane {
+namespace {
+
+// Where the first "<" is that no quoted display name contains (RFC 5322, section 3.2.4).
+std::size_t FindBracket(std::wstring_view header) {
+    bool quoted = false;
+    for (std::size_t i = 0; i < header.size(); ++i) {
+        if (header[i] == L'"') {
+            quoted = !quoted;
+        } else if (header[i] == L'\\' && quoted) {
+            ++i;
+        } else if (header[i] == L'<' && !quoted) {
+            return i;
+        }
+    }
+    return std::wstring_view::npos;
+}
+
+} // namespace
+
+std::optional<std::string> EnvelopeAddress(std::wstring_view header) {
+    const std::size_t open = FindBracket(header);
+    const std::size_t close = open == header.npos ? header.npos : header.find(L'>', open);
+    if (close != header.npos) {
+        header = header.substr(open + 1, close - open - 1);
+    }
+    header = Trimmed(header, L" \t");
+    if (header.find_first_of(L"\r\n") != header.npos) {
+        return std::nullopt;
+    }
+    return ZelBase::Utf16ToBytes(header);
+}
+
+} // namespace tervane

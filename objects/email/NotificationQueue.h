@@ -1,0 +1,74 @@
+#pragma once
+
+// How a worker waits for its protocol client: the client's notifications are put in on a socket
+// event thread and taken out, in their order, by the worker, which sleeps meanwhile.
+
+#include "ZelBase/LocalMutex.h"
+#include "ZelBase/WIN32_Event.h"
+#include "objects/email/StepDeadline.h"
+
+#include <deque>
+#include <utility>
+
+namespace tervane {
+
+enum class WaitResult { kNotified, kAborted, kTimedOut };
+
+template <typename Notification>
+class NotificationQueue {
+public:
+    // Any thread.
+    void Put(Notification notification) {
+        const ZelBase::LocalMutexLock lock(mutex_);
+        queue_.push_back(std::move(notification));
+        arrived_.Set();
+    }
+    // Ends the wait that runs, and later ones, until Clear. Any thread.
+    void Abort() {
+        const ZelBase::LocalMutexLock lock(mutex_);
+        aborted_ = true;
+        arrived_.Set();
+    }
+    bool IsAborted() {
+        const ZelBase::LocalMutexLock lock(mutex_);
+        return aborted_;
+    }
+    // Forgets notifications and abort; while nobody waits.
+    void Clear() {
+        const ZelBase::LocalMutexLock lock(mutex_);
+        queue_.clear();
+        aborted_ = false;
+    }
+    // Takes the oldest notification, waiting for one. What has arrived comes before an abort, and
+    // both come before the end of the time.
+    WaitResult Wait(const StepDeadline& deadline, Notification& notification) {
+        for (;;) {
+            {
+                const ZelBase::LocalMutexLock lock(mutex_);
+                if (!queue_.empty()) {
+                    notification = std::move(queue_.front());
+                    queue_.pop_front();
+                    return WaitResult::kNotified;
+                }
+                if (aborted_) {
+                    return WaitResult::kAborted;
+                }
+                arrived_.Reset();
+            }
+            const DWORD remaining = deadline.Remaining();
+            if (remaining == 0) {
+                return WaitResult::kTimedOut;
+            }
+            arrived_.Wait(remaining, nullptr);
+        }
+    }
+
+private:
+    ZelBase::LocalMutex mutex_;
+    std::deque<Notification> queue_ ZELBASE_GUARDED_BY(mutex_);
+    bool aborted_ ZELBASE_GUARDED_BY(mutex_) = false;
+    // Set when there may be something to take.
+    ZelBase::WIN32_Event arrived_;
+};
+
+} // namespace tervane

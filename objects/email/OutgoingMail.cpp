@@ -1,0 +1,129 @@
+#include "objects/email/OutgoingMail.h"
+
+#include "ZelBase/TextConversion.h"
+#include "objects/email/EnvelopeAddress.h"
+#include "objects/email/HeaderList.h"
+#include "objects/email/TrimmedText.h"
+#include "platform/Automation.h"
+
+namespace tervane {
+namespace {
+
+using ZelBase::Utf16ToUtf8;
+using ZelNet::AMIME;
+using ZelNet::MimeContentType;
+using ZelNet::MimeMultipartMode;
+using ZelNet::MimeTransferEncoding;
+
+constexpr wchar_t kBlanks[] = L" \t\r\n";
+constexpr char kCharset[] = "utf-8";
+constexpr wchar_t kDefaultMailer[] = L"<AnonymousMailer>";
+
+using Getter = HRESULT (STDMETHODCALLTYPE IEmailData::*)(BSTR*);
+
+// Empty when the property cannot be read.
+std::optional<UniqueBstr> Read(IEmailData& emailData, Getter property) {
+    UniqueBstr text;
+    if (FAILED((emailData.*property)(text.Put()))) {
+        return std::nullopt;
+    }
+    return text;
+}
+
+bool IsEmpty(IEmailData& emailData, Getter property) {
+    const auto text = Read(emailData, property);
+    return text && TextOf(text->Get()).empty();
+}
+
+void FillIn(IEmailData& emailData) {
+    if (IsEmpty(emailData, &IEmailData::get_Date)) {
+        emailData.SetDateToNow();
+    }
+    if (IsEmpty(emailData, &IEmailData::get_XMailer)) {
+        emailData.put_XMailer(MakeBstr(kDefaultMailer).Get());
+    }
+}
+
+// A line without a name, the continuation of the one before for instance, goes out whole.
+void AddHeaderLine(AMIME& message, std::wstring_view line) {
+    const auto parts = SplitHeader(line);
+    const std::wstring_view name = parts ? Trimmed(parts->name, kBlanks) : std::wstring_view();
+    if (!name.empty()) {
+        message.AddHeader(Utf16ToUtf8(name), Utf16ToUtf8(Trimmed(parts->value, kBlanks)));
+        return;
+    }
+    line = line.substr(0, line.find_last_not_of(L"\r\n") + 1);
+    if (!line.empty()) {
+        message.AddHeader({}, Utf16ToUtf8(line));
+    }
+}
+
+bool AddHeaders(IEmailData& emailData, AMIME& message) {
+    long count = 0;
+    if (FAILED(emailData.get_NumHeaders(&count))) {
+        return false;
+    }
+    for (long index = 0; index < count; ++index) {
+        UniqueBstr line;
+        if (FAILED(emailData.GetHeader(index, line.Put()))) {
+            return false;
+        }
+        AddHeaderLine(message, TextOf(line.Get()));
+    }
+    return true;
+}
+
+void SetContent(AMIME& message, MimeContentType type, std::string body) {
+    message.SetContentType(type, kCharset);
+    message.SetTransferEncoding(MimeTransferEncoding::kBase64);
+    message.SetBody(std::move(body), true);
+}
+
+void AddPart(AMIME& message, MimeContentType type, std::string body) {
+    auto part = std::make_unique<AMIME>(AMIME::Level::kPart);
+    SetContent(*part, type, std::move(body));
+    message.AddPart(std::move(part));
+}
+
+void SetContents(AMIME& message, std::string text, std::string html) {
+    if (html.empty()) {
+        SetContent(message, MimeContentType::kPlainText, std::move(text));
+    } else if (text.empty()) {
+        SetContent(message, MimeContentType::kHtml, std::move(html));
+    } else {
+        // Deliberate: the HTML comes first, although RFC 2046 section 5.1.4 wants the plainest
+        // first, and the whole is called base64, although only its parts are.
+        message.SetMultipart(MimeMultipartMode::kAlternative);
+        message.SetTransferEncoding(MimeTransferEncoding::kBase64);
+        AddPart(message, MimeContentType::kHtml, std::move(html));
+        AddPart(message, MimeContentType::kPlainText, std::move(text));
+    }
+}
+
+std::optional<std::string> ReadBody(IEmailData& emailData, Getter property) {
+    const auto body = Read(emailData, property);
+    return body ? std::optional(Utf16ToUtf8(TextOf(body->Get()))) : std::nullopt;
+}
+
+std::optional<std::string> ReadAddress(IEmailData& emailData, Getter property) {
+    const auto header = Read(emailData, property);
+    return header ? EnvelopeAddress(TextOf(header->Get())) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<OutgoingMail> ReadOutgoingMail(IEmailData& emailData) {
+    FillIn(emailData);
+    auto sender = ReadAddress(emailData, &IEmailData::get_From);
+    auto recipient = ReadAddress(emailData, &IEmailData::get_To);
+    auto text = ReadBody(emailData, &IEmailData::get_TextMessage);
+    auto html = ReadBody(emailData, &IEmailData::get_HtmlMessage);
+    auto message = std::make_unique<AMIME>();
+    if (!sender || !recipient || !text || !html || !AddHeaders(emailData, *message)) {
+        return std::nullopt;
+    }
+    SetContents(*message, std::move(*text), std::move(*html));
+    return OutgoingMail{std::move(*sender), std::move(*recipient), std::move(message)};
+}
+
+} // namespace tervane
