@@ -26,12 +26,39 @@ judge() {
     esac
 }
 
+declare -A running=()
+
+# Starts a command with a time limit beside what follows; its process is then in $started.
+start() {
+    local seconds=$1
+    shift
+    timeout -k 60 "$seconds" "$@" </dev/null &
+    started=$!
+    running[$started]=1
+}
+
+# Waits for a started process; its exit status is then in $status.
+finish_started() {
+    status=0
+    wait "$1" || status=$?
+    unset "running[$1]"
+}
+
+# Ends what is still running; for the script's own end, however it comes.
+stop_running() {
+    local process
+    for process in "${!running[@]}"; do
+        kill "$process" 2>/dev/null && wait "$process"
+    done
+}
+
 # step NAME SECONDS COMMAND...: runs a command as one test with a time limit.
 step() {
-    local name=$1 seconds=$2 log status=0
-    shift 2
+    local name=$1 log
+    shift
     log=$(mktemp)
-    timeout -k 30 "$seconds" "$@" >"$log" 2>&1 </dev/null || status=$?
+    start "$@" >"$log" 2>&1
+    finish_started "$started"
     judge "$name" "$status" "$log"
     rm -f "$log"
 }
