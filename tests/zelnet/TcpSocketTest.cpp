@@ -71,7 +71,6 @@ TEST_F(TcpSocketTest, ConnectsSendsAndReceives) {
     EXPECT_EQ(received, "hello");
     EXPECT_EQ(listener.Count("connect:0"), 1);
     EXPECT_EQ(listener.Count("close:0"), 1);
-    EXPECT_FALSE(socket->Close(false));
 }
 
 TEST_F(TcpSocketTest, TellsHowConnectionsEnd) {
