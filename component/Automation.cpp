@@ -30,7 +30,13 @@ HRESULT DispatchGetIDsOfNames(ITypeInfo* info, REFIID reserved, LPOLESTR* names,
     if (!names || !ids || count == 0) {
         return E_INVALIDARG;
     }
-    return info ? info->GetIDsOfNames(names, count, ids) : TYPE_E_CANTLOADLIBRARY;
+    if (!info) {
+        return TYPE_E_CANTLOADLIBRARY;
+    }
+    return Guarded([&] {
+        return count == 1 && names[0] ? MemberId(info, names[0], ids)
+                                      : info->GetIDsOfNames(names, count, ids);
+    });
 }
 
 HRESULT DispatchInvoke(ITypeInfo* info, void* object, DISPID member, REFIID reserved, WORD flags,

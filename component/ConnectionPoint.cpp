@@ -149,7 +149,10 @@ HRESULT FireEvent(SinkArray& sinks, DISPID event,
                   std::initializer_list<EventArgument> arguments) noexcept {
     constexpr size_t kMostArguments = 8;
     VARIANT reversed[kMostArguments];
-    const size_t count = std::min(arguments.size(), kMostArguments);
+    const size_t count = arguments.size();
+    if (count > kMostArguments) {
+        return E_INVALIDARG;
+    }
     std::transform(arguments.begin(), arguments.begin() + count,
                    std::reverse_iterator(reversed + count),
                    [](const EventArgument& argument) { return argument.Get(); });

@@ -1,7 +1,7 @@
 #include "component/PostbackWindow.h"
 
-#include <atomic>
 #include <cstdio>
+#include <mutex>
 
 namespace tervane {
 namespace {
@@ -30,29 +30,33 @@ HINSTANCE ProcedureModule() noexcept {
     return static_cast<HINSTANCE>(memory.AllocationBase);
 }
 
-// Names once registered stay so (see the destructor), so the search need not begin at 0 each time.
-std::string FreeClassName(HINSTANCE module) {
-    static std::atomic<unsigned> firstPossible = 0;
+// Finds a free class name and registers it. Names once registered stay so (see the destructor), so
+// the search need not begin at 0 each time. Two threads must not find the same name free.
+ATOM RegisterNextClass(HINSTANCE module, std::string& className) {
+    static std::mutex mutex;
+    static unsigned firstPossible = 0;
+    const std::lock_guard lock(mutex);
     char name[32];
     WNDCLASSA existing;
     for (unsigned number = firstPossible;; ++number) {
         snprintf(name, sizeof name, "ZELHIDDENWINDOW%u", number);
         if (!GetClassInfoA(module, name, &existing)) {
             firstPossible = number;
-            return name;
+            break;
         }
     }
+    className = name;
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = PostbackProcedure;
+    windowClass.hInstance = module;
+    windowClass.lpszClassName = name;
+    return RegisterClassA(&windowClass);
 }
 
 } // namespace
 
 PostbackWindow::PostbackWindow(PostbackOwner& owner)
-    : module_(ProcedureModule()), className_(FreeClassName(module_)) {
-    WNDCLASSA windowClass = {};
-    windowClass.lpfnWndProc = PostbackProcedure;
-    windowClass.hInstance = module_;
-    windowClass.lpszClassName = className_.c_str();
-    class_ = RegisterClassA(&windowClass);
+    : module_(ProcedureModule()), class_(RegisterNextClass(module_, className_)) {
     if (class_) {
         window_ = CreateWindowExA(0, className_.c_str(), "PostbackWindow", 0, 0, 0, 0, 0, nullptr,
                                   nullptr, module_, nullptr);
@@ -64,8 +68,11 @@ PostbackWindow::PostbackWindow(PostbackOwner& owner)
 
 PostbackWindow::~PostbackWindow() {
     if (class_) {
+        // The last release may come on another thread, which cannot destroy the window: nothing
+        // that is still posted to it may reach the owner.
+        SetWindowLongPtrA(window_, GWLP_USERDATA, 0);
         // Deliberately in this order, although a class cannot be unregistered while its window
-        // lives: class names count up for the life of the process, and viewers rely on that.
+        // lives: it stays for the life of the process, and the next window takes the next number.
         UnregisterClassA(className_.c_str(), module_);
         DestroyWindow(window_);
     }

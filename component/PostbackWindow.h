@@ -21,8 +21,9 @@ protected:
 
 class PostbackWindow {
 public:
-    // Creates the window on the calling thread, which must also destroy it. `owner` must outlive
-    // it. When no window can be created, posts are lost.
+    // Creates the window on the calling thread, which should also destroy it: destroyed elsewhere,
+    // the window stays until its thread ends, and no longer reaches anybody. `owner` must outlive
+    // this object. When no window can be created, posts are lost.
     explicit PostbackWindow(PostbackOwner& owner);
     ~PostbackWindow();
     PostbackWindow(const PostbackWindow&) = delete;
@@ -38,8 +39,8 @@ public:
 
 private:
     HINSTANCE module_;
-    std::string className_;
-    ATOM class_ = 0;
+    std::string className_; // before class_, whose making fills it
+    ATOM class_;
     HWND window_ = nullptr;
 };
 

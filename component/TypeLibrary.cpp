@@ -9,6 +9,7 @@
 #include <iterator>
 #include <map>
 #include <mutex>
+#include <unordered_map>
 
 namespace tervane {
 namespace {
@@ -27,6 +28,7 @@ struct TypeInfoCache {
     ComPtr<ITypeLib> library;
     std::map<GUID, ComPtr<ITypeInfo>, GuidLess> infos;
     std::map<ITypeInfo*, ArgumentCounts> counts;
+    std::map<ITypeInfo*, std::unordered_map<std::wstring, DISPID>> names;
 };
 
 // Never destroyed by the C++ runtime: at process exit the automation library that the pointers lead
@@ -112,6 +114,23 @@ ITypeInfo* TypeInfoFor(REFGUID id) noexcept {
     } catch (...) {
         return nullptr;
     }
+}
+
+HRESULT MemberId(ITypeInfo* info, LPOLESTR name, DISPID* id) {
+    // Names may be spelled in any case; whoever tries them all must not fill the memory.
+    constexpr size_t kMostSpellings = 500;
+    TypeInfoCache& cache = Cache();
+    const std::lock_guard lock(cache.mutex);
+    auto& known = cache.names[info];
+    if (const auto found = known.find(name); found != known.end()) {
+        *id = found->second;
+        return S_OK;
+    }
+    const HRESULT result = info->GetIDsOfNames(&name, 1, id);
+    if (SUCCEEDED(result) && known.size() < kMostSpellings) {
+        known.emplace(name, *id);
+    }
+    return result;
 }
 
 std::optional<UINT> MostArguments(ITypeInfo* info, DISPID member, WORD flags) {

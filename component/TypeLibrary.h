@@ -29,6 +29,10 @@ ITypeInfo* TypeInfoOf() noexcept {
     return info;
 }
 
+// The DISPID of a member's name, remembered as it was written: scripts ask for the same few names
+// over and over. DISP_E_UNKNOWNNAME when the interface has no such member. Any thread.
+HRESULT MemberId(ITypeInfo* info, LPOLESTR name, DISPID* id);
+
 // The most arguments that a member of the interface takes when it is invoked with these DISPATCH_
 // flags; nullopt when it has no such member. Any thread.
 std::optional<UINT> MostArguments(ITypeInfo* info, DISPID member, WORD flags);

@@ -44,11 +44,11 @@ ArraySource LookBehindReferences(const VARIANT& value) noexcept {
     case kArrayOfVariants:
         return {.array = plain.parray};
     case VT_BYREF | kArrayOfVariants:
-        return {.array = *plain.pparray};
+        return {.array = plain.pparray ? *plain.pparray : nullptr};
     case VT_DISPATCH:
         return {.object = plain.pdispVal};
     case VT_BYREF | VT_DISPATCH:
-        return {.object = *plain.ppdispVal};
+        return {.object = plain.ppdispVal ? *plain.ppdispVal : nullptr};
     default:
         return {};
     }

@@ -39,10 +39,12 @@ bool WaitWhilePumping(HANDLE handle, DWORD milliseconds) noexcept {
     for (;;) {
         const DWORD elapsed = GetTickCount() - start;
         if (elapsed >= milliseconds) {
-            // Messages may have come without a pause.
             return WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
         }
         if (pump.DispatchOne()) {
+            if (WaitForSingleObject(handle, 0) == WAIT_OBJECT_0) { // messages need not ever pause
+                return true;
+            }
             continue;
         }
         switch (MsgWaitForMultipleObjects(1, &handle, FALSE, milliseconds - elapsed, QS_ALLINPUT)) {

@@ -1,6 +1,6 @@
 #include "objects/config/Registry2.h"
 
-#include "component/ComEdge.h"
+#include "component/Answers.h"
 #include "component/Creators.h"
 #include "platform/Automation.h"
 #include "platform/RegistryKey.h"
@@ -112,58 +112,30 @@ std::vector<std::wstring> MatchingSubKeys(const RegistryKey& key, std::wstring_v
     return matching;
 }
 
-// Runs `test` for a method that answers with a flag.
-template <typename Test>
-HRESULT ReturnFlag(VARIANT_BOOL* result, Test test) noexcept {
-    if (result == nullptr) {
-        return E_POINTER;
-    }
-    *result = VARIANT_FALSE;
-    return Guarded([&] {
-        *result = test() ? VARIANT_TRUE : VARIANT_FALSE;
-        return S_OK;
-    });
-}
-
-// Runs `list` for a method that answers with an array of texts.
-template <typename List>
-HRESULT ReturnTexts(VARIANT* result, List list) noexcept {
-    if (result == nullptr) {
-        return E_POINTER;
-    }
-    VariantInit(result);
-    return Guarded([&] { return ReturnValue(MakeTextArray(list()), result); });
-}
-
 } // namespace
 
 HRESULT Registry2::DoesKeyExist(short hive, BSTR path, VARIANT_BOOL* result) {
-    return ReturnFlag(result, [&] { return OpenKey(hive, path, KEY_QUERY_VALUE).IsOpen(); });
+    return AnswerFlag(result, [&] { return OpenKey(hive, path, KEY_QUERY_VALUE).IsOpen(); });
 }
 
 HRESULT Registry2::DoesValueExist(short hive, BSTR path, BSTR name, VARIANT_BOOL* result) {
-    return ReturnFlag(result, [&] {
+    return AnswerFlag(result, [&] {
         return OpenKey(hive, path, KEY_QUERY_VALUE).TypeOf(TextOf(name)).has_value();
     });
 }
 
 HRESULT Registry2::GetSubKeyNames(short hive, BSTR path, VARIANT* result) {
-    return ReturnTexts(result,
+    return AnswerTexts(result,
                        [&] { return OpenKey(hive, path, KEY_ENUMERATE_SUB_KEYS).SubKeyNames(); });
 }
 
 HRESULT Registry2::GetValueNames(short hive, BSTR path, VARIANT* result) {
-    return ReturnTexts(result, [&] { return OpenKey(hive, path, KEY_QUERY_VALUE).ValueNames(); });
+    return AnswerTexts(result, [&] { return OpenKey(hive, path, KEY_QUERY_VALUE).ValueNames(); });
 }
 
 HRESULT Registry2::GetValueType(short hive, BSTR path, BSTR name, long* result) {
-    if (result == nullptr) {
-        return E_POINTER;
-    }
-    *result = kNone;
-    return Guarded([&] {
-        *result = TypeCodeOf(OpenKey(hive, path, KEY_QUERY_VALUE).TypeOf(TextOf(name)));
-        return S_OK;
+    return AnswerNumber(result, [&] {
+        return TypeCodeOf(OpenKey(hive, path, KEY_QUERY_VALUE).TypeOf(TextOf(name)));
     });
 }
 
@@ -180,25 +152,25 @@ HRESULT Registry2::GetValue(short hive, BSTR path, BSTR name, VARIANT* result) {
 }
 
 HRESULT Registry2::SetValue(short hive, BSTR path, BSTR name, VARIANT value, VARIANT_BOOL* result) {
-    return ReturnFlag(result, [&] {
+    return AnswerFlag(result, [&] {
         return WriteVariant(OpenKey(hive, path, KEY_SET_VALUE), TextOf(name), value);
     });
 }
 
 HRESULT Registry2::DeleteValue(short hive, BSTR path, BSTR name, VARIANT_BOOL* result) {
-    return ReturnFlag(result,
+    return AnswerFlag(result,
                       [&] { return OpenKey(hive, path, KEY_SET_VALUE).DeleteValue(TextOf(name)); });
 }
 
 HRESULT Registry2::DeleteKey(short hive, BSTR path, VARIANT_BOOL* result) {
-    return ReturnFlag(result, [&] {
+    return AnswerFlag(result, [&] {
         std::optional<RegistryHive> known = RegistryHiveOf(hive);
         return known && RegistryKey::Delete(*known, TextOf(path));
     });
 }
 
 HRESULT Registry2::CreateKey(short hive, BSTR path, VARIANT_BOOL* result) {
-    return ReturnFlag(result, [&] {
+    return AnswerFlag(result, [&] {
         std::optional<RegistryHive> known = RegistryHiveOf(hive);
         return known && RegistryKey::Create(*known, TextOf(path), KEY_QUERY_VALUE).IsOpen();
     });
@@ -206,7 +178,7 @@ HRESULT Registry2::CreateKey(short hive, BSTR path, VARIANT_BOOL* result) {
 
 HRESULT Registry2::GetMatchingSubKeys(short hive, BSTR path, BSTR name, BSTR pattern,
                                       VARIANT* result) {
-    return ReturnTexts(result, [&] {
+    return AnswerTexts(result, [&] {
         return MatchingSubKeys(OpenKey(hive, path, KEY_ENUMERATE_SUB_KEYS), TextOf(name),
                                RegularExpression::WholeTextMatch(TextOf(pattern)));
     });

@@ -1,6 +1,6 @@
 #include "objects/config/WindowMgr.h"
 
-#include "component/ComEdge.h"
+#include "component/Answers.h"
 #include "component/Creators.h"
 #include "objects/config/WindowActions.h"
 #include "platform/Automation.h"
@@ -9,23 +9,6 @@
 
 namespace tervane {
 namespace {
-
-// Stores what `body` computes in an `[out,retval]` place.
-template <typename Value, typename Body>
-HRESULT Return(Value* place, Body&& body) noexcept {
-    if (!place) {
-        return E_POINTER;
-    }
-    *place = 0;
-    return Guarded([&] {
-        *place = static_cast<Value>(body());
-        return S_OK;
-    });
-}
-
-VARIANT_BOOL Flag(bool truth) noexcept {
-    return truth ? VARIANT_TRUE : VARIANT_FALSE;
-}
 
 // A null string is an empty pattern, which every title matches.
 WindowFinder FinderFor(BSTR topLevelPattern, BSTR childPattern) noexcept {
@@ -71,7 +54,7 @@ private:
 
 HRESULT WindowMgr::WaitOnWindow(BSTR topLevelPattern, BSTR childPattern, long checkInterval,
                                 VARIANT_BOOL includeInvisible, long timeout, long* waitId) {
-    return Return(waitId, [&] {
+    return AnswerNumber(waitId, [&] {
         return StartWait(RequestFor(WindowWait::Kind::kGone, topLevelPattern, childPattern,
                                     checkInterval, includeInvisible, timeout),
                          &Fire_OnWaitOnWindowComplete);
@@ -80,7 +63,7 @@ HRESULT WindowMgr::WaitOnWindow(BSTR topLevelPattern, BSTR childPattern, long ch
 
 HRESULT WindowMgr::WaitForWindow(BSTR topLevelPattern, BSTR childPattern, long checkInterval,
                                  VARIANT_BOOL includeInvisible, long timeout, long* waitId) {
-    return Return(waitId, [&] {
+    return AnswerNumber(waitId, [&] {
         return StartWait(RequestFor(WindowWait::Kind::kPresent, topLevelPattern, childPattern,
                                     checkInterval, includeInvisible, timeout),
                          &Fire_OnWaitForWindowComplete);
@@ -91,7 +74,7 @@ HRESULT WindowMgr::WaitForWindowToComeAndGo(BSTR topLevelPattern, BSTR childPatt
                                             long checkInterval, VARIANT_BOOL includeInvisible,
                                             long timeout, VARIANT_BOOL timeoutForAppearanceOnly,
                                             long* waitId) {
-    return Return(waitId, [&] {
+    return AnswerNumber(waitId, [&] {
         return StartWait(RequestFor(WindowWait::Kind::kComeAndGo, topLevelPattern, childPattern,
                                     checkInterval, includeInvisible, timeout,
                                     timeoutForAppearanceOnly),
@@ -108,7 +91,7 @@ long WindowMgr::StartWait(const WindowWait::Request& request, Fire fire) {
 }
 
 HRESULT WindowMgr::GetWindowState(BSTR topLevelPattern, BSTR childPattern, long* state) {
-    return Return(state, [&] {
+    return AnswerNumber(state, [&] {
         WindowFinder finder = FinderFor(topLevelPattern, childPattern);
         return StateOf(finder);
     });
@@ -116,8 +99,8 @@ HRESULT WindowMgr::GetWindowState(BSTR topLevelPattern, BSTR childPattern, long*
 
 HRESULT WindowMgr::SetWindowState(long state, BSTR topLevelPattern, BSTR childPattern,
                                   VARIANT_BOOL* found) {
-    return Return(found,
-                  [&] { return Flag(TrySetWindowState(state, topLevelPattern, childPattern)); });
+    return AnswerFlag(found,
+                      [&] { return TrySetWindowState(state, topLevelPattern, childPattern); });
 }
 
 bool WindowMgr::TrySetWindowState(long state, BSTR topLevelPattern, BSTR childPattern) noexcept {
@@ -140,37 +123,33 @@ bool WindowMgr::TrySetWindowState(long state, BSTR topLevelPattern, BSTR childPa
 
 HRESULT WindowMgr::GetMatchingWindowTitleText(BSTR topLevelPattern, BSTR childPattern,
                                               BSTR* title) {
-    if (!title) {
-        return E_POINTER;
-    }
-    *title = nullptr;
-    return Guarded([&] {
+    return AnswerText(title, [&] {
         WindowFinder finder = FinderFor(topLevelPattern, childPattern);
-        return ReturnText(TitleOf(finder), title);
+        return TitleOf(finder);
     });
 }
 
 HRESULT WindowMgr::ClickButton(BSTR topLevelPattern, BSTR buttonPattern, VARIANT_BOOL* clicked) {
-    return Return(clicked, [&] {
+    return AnswerFlag(clicked, [&] {
         WindowFinder finder = FinderFor(topLevelPattern, buttonPattern);
-        return Flag(tervane::ClickButton(finder));
+        return tervane::ClickButton(finder);
     });
 }
 
 HRESULT WindowMgr::SetButtonCheckState(BSTR topLevelPattern, BSTR buttonPattern,
                                        VARIANT_BOOL checked, VARIANT_BOOL* done) {
-    return Return(done, [&] {
+    return AnswerFlag(done, [&] {
         WindowFinder finder = FinderFor(topLevelPattern, buttonPattern);
-        return Flag(ClickAndCheck(finder, checked != VARIANT_FALSE));
+        return ClickAndCheck(finder, checked != VARIANT_FALSE);
     });
 }
 
 HRESULT WindowMgr::get_LastErrorCode(long* code) {
-    return Return(code, [&] { return lastErrorCode_.load(); });
+    return AnswerNumber(code, [&] { return lastErrorCode_.load(); });
 }
 
 HRESULT WindowMgr::AbortWait(long waitId, VARIANT_BOOL* aborted) {
-    return Return(aborted, [&] { return Flag(TryAbortWait(waitId)); });
+    return AnswerFlag(aborted, [&] { return TryAbortWait(waitId); });
 }
 
 bool WindowMgr::TryAbortWait(long waitId) {

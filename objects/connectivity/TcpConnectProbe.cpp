@@ -32,8 +32,11 @@ bool TcpConnectProbe::Connect(const std::string& location, std::uint16_t port) {
     return address.IsValid() ? socket_->Connect(address, port) : socket_->Connect(location, port);
 }
 
-void TcpConnectProbe::OnConnect(void*, int error) {
-    if (error == 0 && socket_->IsConnected()) {
+// The context is the socket. The probe's own pointer may be given up at this very moment, when the
+// time runs out just as the connection is made.
+void TcpConnectProbe::OnConnect(void* context, int error) {
+    auto* socket = static_cast<ZelNet::TcpNonBlockingClientSocket*>(context);
+    if (error == 0 && socket->IsConnected()) {
         failed_ = false;
         connected_->Set();
     }

@@ -14,6 +14,9 @@ needs_script_host() {
     grep -qE 'WScript\.(Sleep|ConnectObject|DisconnectObject|CreateObject)' "$1"
 }
 
+# Whether the output in this file is that of an example that has come to its end.
+came_through() { [ "$(tr -d '\r' <"$1" | tail -n 1)" = "Done." ]; }
+
 # run_example HOST ARCH SECONDS FILE, with HOST cscript or script_host; the output goes to stdout.
 run_example() {
     local host=$1 arch=$2 seconds=$3 file=$4

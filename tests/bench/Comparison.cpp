@@ -10,8 +10,6 @@ namespace bench {
 
 namespace {
 
-constexpr int kTurns = 31;
-
 double Microseconds() {
     LARGE_INTEGER now;
     LARGE_INTEGER perSecond;
@@ -41,7 +39,7 @@ void Compare(const Comparison& comparison, const std::function<void()>& ours,
     std::vector<double> oursTimes;
     std::vector<double> theirsTimes;
     // The first turn of each side warms up and is not counted.
-    for (int turn = 0; turn <= kTurns; ++turn) {
+    for (int turn = 0; turn <= comparison.turns; ++turn) {
         double mine = TimeOfTurn(ours, comparison.repetitions);
         double other = TimeOfTurn(theirs, comparison.repetitions);
         if (turn > 0) {

@@ -14,6 +14,8 @@ struct Comparison {
     double aim;
     // How often a side does its work in one turn.
     int repetitions;
+    // Turns of each side that count; the first, which warms up, comes on top.
+    int turns = 31;
 };
 
 // Runs both sides and prints one line: time of each per repetition, and their ratio.

@@ -3,7 +3,9 @@
 
 #include "tests/bench/Comparison.h"
 #include "tests/bench/LateBound.h"
+#include "tests/bench/LogBench.h"
 #include "tests/bench/ManyWindows.h"
+#include "tests/bench/NetworkBench.h"
 #include "tests/bench/ServerLoad.h"
 
 #include <cstdio>
@@ -108,6 +110,10 @@ int main(int argumentCount, char** arguments) {
     if (auto status = bench::ManyWindows::RunIfAsked(argumentCount, arguments)) {
         return *status;
     }
+    if (argumentCount > 2 && std::string(arguments[1]) == "look-ups") {
+        bench::CompareLookUps(arguments[2]);
+        return 0;
+    }
     HRESULT result = CoInitialize(nullptr);
     if (FAILED(result)) {
         bench::Fail("starting COM", result);
@@ -117,6 +123,8 @@ int main(int argumentCount, char** arguments) {
     ComparePropertyRead();
     CompareRegistryRead();
     CompareWindowSearch();
+    bench::CompareLogging();
+    bench::CompareLineSocket();
     CoUninitialize();
     return 0;
 }

@@ -180,8 +180,9 @@ TEST(Registration, WritesEveryClassAndTheTypeLibraryAndTakesThemAway) {
     const CopiedModule module(L"it's a long folder name");
     ASSERT_EQ(S_OK, module.Register());
     ASSERT_EQ(S_OK, module.Register()) << "registering again";
-    // The registered path is the short form, which still has the apostrophe where the file system
-    // keeps one in short names.
+    // The registered path is the short form, in which the apostrophe stays.
+    ASSERT_NE(module.Path(), module.ShortPath());
+    ASSERT_NE(std::wstring::npos, module.ShortPath().find(L'\''));
     for (const ScriptCase& script : kScripts) {
         EXPECT_EQ(Expected(script, module.ShortPath()), Registered(script)) << script.name;
     }

@@ -1,0 +1,53 @@
+#include "tests/bench/LogBench.h"
+
+#include "ZelBase/Handles.h"
+#include "ZelBase/LogLayout.h"
+#include "ZelBase/Logger.h"
+#include "tests/bench/Comparison.h"
+
+#include <cstring>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace bench {
+namespace {
+
+constexpr int kRecords = 500;
+
+void OnThreads(int threads, const std::function<void()>& work) {
+    std::vector<std::thread> running;
+    for (int i = 0; i < threads; ++i) {
+        running.emplace_back(work);
+    }
+    for (std::thread& thread : running) {
+        thread.join();
+    }
+}
+
+} // namespace
+
+void CompareLogging() {
+    const auto logger = ZelBase::Logger::Create();
+    const ZelBase::UniqueHandle mutex(CreateMutexA(nullptr, FALSE, "TervaneBench::Mutex"));
+    static ZelBase::LogRecord source;
+    static ZelBase::LogRecord target;
+    const auto ours = [&] {
+        for (int i = 0; i < kRecords; ++i) {
+            logger->Log("Bench", ZelBase::LogLevel::kTrace, "record %d", i);
+        }
+    };
+    const auto theirs = [&] {
+        for (int i = 0; i < kRecords; ++i) {
+            WaitForSingleObject(mutex.Get(), INFINITE);
+            std::memcpy(&target, &source, sizeof target);
+            ReleaseMutex(mutex.Get());
+        }
+    };
+    Compare({"500 log records, one writer : mutex and memcpy", 1.5, 1, 9}, ours, theirs);
+    Compare(
+        {"500 log records each, four writers : mutex and memcpy", 1.5, 1, 9},
+        [&] { OnThreads(4, ours); }, [&] { OnThreads(4, theirs); });
+}
+
+} // namespace bench

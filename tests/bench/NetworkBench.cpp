@@ -1,0 +1,194 @@
+#include <winsock2.h>
+
+#include "tests/bench/NetworkBench.h"
+
+#include "ZelBase/Handles.h"
+#include "ZelBase/LogRing.h"
+#include "ZelBase/Logger.h"
+#include "ZelNet/SourceCode/ALineSocket.h"
+#include "ZelNet/SourceCode/InitializeSockets.h"
+#include "ZelNet/SourceCode/NetworkInfo.h"
+#include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "tests/bench/Comparison.h"
+#include "tests/bench/LateBound.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+namespace bench {
+namespace {
+
+constexpr size_t kMegabyte = 1000000;
+const std::string kLine = std::string(78, 'x') + "\r\n"; // a mail's usual line
+constexpr int kPiece = 512;
+
+void Require(bool held, const char* what) {
+    if (!held) {
+        Fail(what, E_UNEXPECTED);
+    }
+}
+
+// A server for one connection, which it fills with lines or empties.
+class LoopbackServer {
+public:
+    enum class Does { SendLines, Receive };
+
+    LoopbackServer(Does does, size_t bytes) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in address = {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        int size = sizeof address;
+        bind(socket_, reinterpret_cast<sockaddr*>(&address), size);
+        listen(socket_, 1);
+        getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
+        port_ = ntohs(address.sin_port);
+        thread_ = std::thread([this, does, bytes] { Serve(does, bytes); });
+    }
+    ~LoopbackServer() {
+        thread_.join();
+        closesocket(socket_);
+    }
+    std::uint16_t Port() const { return port_; }
+
+private:
+    void Serve(Does does, size_t bytes) const {
+        const SOCKET connection = accept(socket_, nullptr, nullptr);
+        std::string block;
+        while (block.size() < 64000) {
+            block += kLine;
+        }
+        while (bytes > 0) {
+            const int part = static_cast<int>(std::min(bytes, block.size()));
+            const int done = does == Does::SendLines ? send(connection, block.data(), part, 0)
+                                                     : recv(connection, block.data(), part, 0);
+            Require(done > 0, "serving over loopback");
+            bytes -= static_cast<size_t>(done);
+        }
+        closesocket(connection);
+    }
+
+    SOCKET socket_;
+    std::uint16_t port_ = 0;
+    std::thread thread_;
+};
+
+// Our side: takes all lines, or sends all data, and signals the end.
+class LineClient final : public ZelNet::TcpNonBlockingLineSocketListener {
+public:
+    void Run(LoopbackServer::Does does, size_t bytes) {
+        const LoopbackServer server(does, bytes);
+        sending_ = does == LoopbackServer::Does::Receive ? bytes : 0;
+        socket_ = ZelNet::ATcpNonBlockingLineSocket::Create();
+        Require(socket_ && socket_->Create(this, 0, ZelNet::IpAddress(), false) &&
+                    socket_->Connect("127.0.0.1", server.Port()),
+                "connecting the line socket");
+        WaitForSingleObject(ended_.Get(), INFINITE);
+        Require(sending_ > 0 || lines_ == bytes / kLine.size(), "receiving every line");
+        socket_.reset();
+    }
+
+    void OnConnect(void*, int error) override {
+        Require(error == 0, "connecting the line socket");
+        if (sending_ > 0) {
+            const std::string all(sending_, 'x');
+            socket_->Send(all.data(), static_cast<std::uint32_t>(all.size()));
+        }
+    }
+    void OnReceiveLine(void*, int) override { lines_ += socket_->ReceiveLine(line_) == 78; }
+    void OnReceive(void*, int) override {}
+    void OnSend(void*, int) override {}
+    void OnClose(void*, int) override { SetEvent(ended_.Get()); }
+
+private:
+    std::unique_ptr<ZelNet::ATcpNonBlockingLineSocket> socket_;
+    const ZelBase::UniqueHandle ended_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    std::string line_;
+    size_t sending_ = 0;
+    size_t lines_ = 0;
+};
+
+// Their side, `records` trace records spread over the pieces.
+void BlockingClient(LoopbackServer::Does does, size_t bytes, std::uint32_t records) {
+    const LoopbackServer server(does, bytes);
+    const auto logger = ZelBase::Logger::Create();
+    const SOCKET connection = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(server.Port());
+    Require(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0,
+            "connecting the bare socket");
+    char piece[kPiece] = {};
+    std::uint32_t written = 0;
+    for (size_t moved = 0; moved < bytes;) {
+        const int part = static_cast<int>(std::min<size_t>(kPiece, bytes - moved));
+        const int done = does == LoopbackServer::Does::SendLines ? recv(connection, piece, part, 0)
+                                                                 : send(connection, piece, part, 0);
+        Require(done > 0, "moving bytes over the bare socket");
+        moved += static_cast<size_t>(done);
+        const auto due = static_cast<std::uint32_t>(1.0 * records * moved / bytes);
+        for (; written < due; ++written) {
+            logger->Log("Bench", ZelBase::LogLevel::kTrace, "Read %d bytes from socket", done);
+        }
+    }
+    closesocket(connection);
+}
+
+double Seconds(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void CompareDirection(const char* name, LoopbackServer::Does does) {
+    const ZelBase::LogRing ring;
+    const auto written = [&] { return ring.Section().written; };
+    constexpr size_t kBytes = 10 * kMegabyte;
+    const std::uint32_t before = written();
+    const double small = Seconds([&] { LineClient().Run(does, kBytes); });
+    const std::uint32_t records = written() - before;
+    const double large = Seconds([&] { LineClient().Run(does, 10 * kBytes); });
+    std::printf(
+        "line socket %s: %.0f lines/s, %.1f MB/s with %u records per 10 MB; 100 MB take %.1f "
+        "times as long as 10 MB\n",
+        name, kBytes / kLine.size() / small, kBytes / small / kMegabyte, records, large / small);
+    std::string title = std::string("10 MB ") + name + " : bare loop";
+    Compare(
+        {title.c_str(), 0, 1, 5}, [&] { LineClient().Run(does, kBytes); },
+        [&] { BlockingClient(does, kBytes, 0); });
+    title += " with as many records";
+    Compare(
+        {title.c_str(), 1.3, 1, 5}, [&] { LineClient().Run(does, kBytes); },
+        [&] { BlockingClient(does, kBytes, records); });
+}
+
+} // namespace
+
+void CompareLineSocket() {
+    Require(ZelNet::InitializeSockets(), "starting the socket layer");
+    CompareDirection("received", LoopbackServer::Does::SendLines);
+    CompareDirection("sent", LoopbackServer::Does::Receive);
+    ZelNet::UninitializeSockets();
+}
+
+void CompareLookUps(const char* server) {
+    constexpr int kNames = 1000;
+    constexpr std::uint32_t kTimeout = 5000; // ms
+    Require(ZelNet::InitializeSockets(), "starting the socket layer");
+    const auto network = ZelNet::NetworkInfo::Create();
+    int next = 0;
+    const auto name = [&next] { return "name" + std::to_string(next++) + ".bench.example"; };
+    Compare(
+        {"DNSLookup : gethostbyname", 1.0, 1, kNames},
+        [&] {
+            std::vector<ZelNet::IpAddress> found;
+            Require(network->DNSLookup(server, name(), kTimeout, found) && found.size() == 1,
+                    "looking a name up");
+        },
+        [&] { Require(gethostbyname(name().c_str()) != nullptr, "gethostbyname"); });
+    ZelNet::UninitializeSockets();
+}
+
+} // namespace bench
