@@ -12,6 +12,8 @@ using ZelBase::MutexLock;
 // RFC 1939 section 3 knows status lines of 512 bytes; some servers are more talkative.
 constexpr std::uint32_t kLongestStatusLine = 1 << 20;
 constexpr std::uint32_t kHighestPort = 65535;
+// What it takes to keep a line, besides its text.
+constexpr std::size_t kLineOverhead = sizeof(std::string);
 
 } // namespace
 
@@ -178,7 +180,7 @@ void APop3Client::HandleMessageLine(const std::string& line, Consequences& conse
     // Lines that begin with a dot keep the one that the server has put before it, unlike in RFC
     // 1939 section 3: deliberate, scripts get what was received.
     messageLines_.push_back(line);
-    messageSize_ += static_cast<std::uint32_t>(sizeof line + line.size());
+    messageSize_ += static_cast<std::uint32_t>(kLineOverhead + line.size());
     if (messageSize_ > kLongestMessage) {
         logger_->Log("OnReceiveLine", LogLevel::kTrace, "Message too long.  Closing the socket.");
         consequences.close = true;

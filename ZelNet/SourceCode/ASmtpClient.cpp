@@ -39,34 +39,34 @@ ASmtpClient::~ASmtpClient() {
 }
 
 bool ASmtpClient::SetServer(const char* server) {
-    return Set(server_, server);
+    return Set(&ASmtpClient::server_, server);
 }
 
 bool ASmtpClient::SetLogin(const char* login) {
-    return Set(login_, login);
+    return Set(&ASmtpClient::login_, login);
 }
 
 bool ASmtpClient::SetPassword(const char* password) {
-    return Set(password_, password);
+    return Set(&ASmtpClient::password_, password);
 }
 
 bool ASmtpClient::SetFrom(const char* from) {
-    return Set(from_, from);
+    return Set(&ASmtpClient::from_, from);
 }
 
 bool ASmtpClient::SetTo(const char* to) {
-    return Set(to_, to);
+    return Set(&ASmtpClient::to_, to);
 }
 
 bool ASmtpClient::SetSubject(const char* subject) {
-    return Set(subject_, subject);
+    return Set(&ASmtpClient::subject_, subject);
 }
 
 bool ASmtpClient::SetBody(const char* body) {
-    return Set(body_, body);
+    return Set(&ASmtpClient::body_, body);
 }
 
-bool ASmtpClient::Set(std::string& field, const char* value) {
+bool ASmtpClient::Set(std::string ASmtpClient::*field, const char* value) {
     MutexLock lock(&mutex_);
     if (!value) {
         return Refuse(SmtpStatus::kInvalidArguments);
@@ -74,7 +74,7 @@ bool ASmtpClient::Set(std::string& field, const char* value) {
     if (listener_) {
         return Refuse(SmtpStatus::kBusy);
     }
-    field = value;
+    this->*field = value;
     return true;
 }
 

@@ -49,7 +49,7 @@ public:
 private:
     ASmtpClient();
 
-    bool Set(std::string& field, const char* value) ZELBASE_EXCLUDES(mutex_);
+    bool Set(std::string ASmtpClient::*field, const char* value) ZELBASE_EXCLUDES(mutex_);
     SmtpStatus CheckSettings(bool useAuth) const ZELBASE_REQUIRES(mutex_);
     bool Refuse(SmtpStatus reason) ZELBASE_REQUIRES(mutex_);
     void ChangeState(SmtpClientState state) ZELBASE_REQUIRES(mutex_);
