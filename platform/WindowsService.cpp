@@ -138,20 +138,23 @@ DWORD WindowsService::StopDependents(const Handle& manager, const Handle& servic
     return error;
 }
 
+// ERROR_SERVICE_CANNOT_ACCEPT_CTRL from one that is just starting and does not listen yet.
+DWORD WindowsService::AskToStop(const Handle& service) const {
+    SERVICE_STATUS status = {};
+    return api_.control(service.Get(), SERVICE_CONTROL_STOP, &status) ? ERROR_SUCCESS
+                                                                      : GetLastError();
+}
+
 DWORD WindowsService::StopOne(const Handle& service, DWORD& budget) const {
-    for (bool asked = false;;) {
-        SERVICE_STATUS status = {};
-        if (!asked) {
-            asked = api_.control(service.Get(), SERVICE_CONTROL_STOP, &status);
-            const DWORD error = asked ? ERROR_SUCCESS : GetLastError();
-            if (error == ERROR_SERVICE_NOT_ACTIVE) {
-                return ERROR_SUCCESS;
-            }
-            // One that is just starting does not listen yet.
-            if (!asked && error != ERROR_SERVICE_CANNOT_ACCEPT_CTRL) {
-                return error;
-            }
+    DWORD asked = ERROR_SERVICE_CANNOT_ACCEPT_CTRL;
+    for (;;) {
+        if (asked == ERROR_SERVICE_CANNOT_ACCEPT_CTRL) {
+            asked = AskToStop(service);
         }
+        if (asked != ERROR_SUCCESS && asked != ERROR_SERVICE_CANNOT_ACCEPT_CTRL) {
+            return asked == ERROR_SERVICE_NOT_ACTIVE ? static_cast<DWORD>(ERROR_SUCCESS) : asked;
+        }
+        SERVICE_STATUS status = {};
         if (!api_.queryStatus(service.Get(), &status)) {
             return GetLastError();
         }

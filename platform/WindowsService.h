@@ -31,6 +31,7 @@ public:
 private:
     class Handle;
 
+    DWORD AskToStop(const Handle& service) const;
     DWORD StopOne(const Handle& service, DWORD& budget) const;
     DWORD StopDependents(const Handle& manager, const Handle& service, DWORD& budget) const;
 

@@ -255,7 +255,8 @@ class ThrowingSink final : public RecordingSink {
 
 TEST_F(WindowMgrTest, CallsEverySinkWhenOneThrows) {
     if (sizeof(void*) == 4) {
-        GTEST_SKIP() << "the compiler's 32-bit exceptions cannot leave the module they are thrown in";
+        GTEST_SKIP()
+            << "the compiler's 32-bit exceptions cannot leave the module they are thrown in";
     }
     ThrowingSink throwing;
     RecordingSink last;
