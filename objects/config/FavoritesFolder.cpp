@@ -23,7 +23,7 @@ std::wstring FavoritesFolder(bool create) {
         return {};
     }
     // A path with a character that the code page lacks tells so by one that no path can contain.
-    const std::wstring path = FromNarrow(narrowPath);
+    std::wstring path = FromNarrow(narrowPath);
     if (path.find(L'?') == std::wstring::npos) {
         return path;
     }
