@@ -1,0 +1,42 @@
+#pragma once
+
+// One installed network adapter as the registry configures it, whether or not it is up. What the
+// registry does not say, or says in a wrong type, keeps the value given here.
+
+#include <string>
+#include <vector>
+
+namespace tervane {
+
+struct StaticAdapter {
+    std::wstring name;
+    std::wstring driver;
+    std::wstring adapterType;
+    // Unique on this machine and the same from call to call; other objects find the adapter by it.
+    std::wstring cookie;
+    std::wstring serviceName;
+    // Six two-digit hexadecimal bytes joined by "-".
+    std::wstring hardwareAddress = L"00-00-00-00-00-00";
+    // Dotted decimal.
+    std::wstring ipAddress = L"0.0.0.0";
+    std::wstring subnetMask = L"0.0.0.0";
+    std::wstring defaultGateway = L"0.0.0.0";
+    std::wstring domainName;
+    std::vector<std::wstring> nameServers;
+    std::vector<std::wstring> winsServers;
+    long winsState = 0;
+    bool usingDhcp = false;
+    bool boundToTcpip = false;
+    bool boundIndirectlyOrDirectlyToTcpip = false;
+    bool isEnabled = false;
+    bool isFunctional = false;
+    bool isDnsStatic = false;
+    bool isEthernet = false;
+    bool isPpp = false;
+};
+
+// Every installed adapter, in the registry's order. May be called on any thread; an adapter that
+// vanishes meanwhile is left out or keeps what was read of it. Throws std::bad_alloc only.
+std::vector<StaticAdapter> ListStaticAdapters();
+
+} // namespace tervane
