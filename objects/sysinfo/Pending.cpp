@@ -13,10 +13,6 @@ HRESULT StaticAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void
     return CreatePendingControl(row, outer, iid, out);
 }
 
-HRESULT LiveAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingControl(row, outer, iid, out);
-}
-
 HRESULT DriveInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingControl(row, outer, iid, out);
 }
