@@ -13,14 +13,19 @@ constexpr DWORD kLongestRun = 60'000; // ms
 // A copy of this program, so that the version that Wine tells it is told to nobody else.
 class Copy {
 public:
-    explicit Copy(const std::wstring& version) {
+    Copy(const std::wstring& version, const std::wstring& missingLibrary) {
         wchar_t program[MAX_PATH] = {};
         GetModuleFileNameW(nullptr, program, MAX_PATH);
         path_ = std::wstring(program) + L"." + version + L".exe";
         CopyFileW(program, path_.c_str(), FALSE);
         RegistryKey::Create(RegistryHive::kCurrentUser, Settings()).WriteText(L"Version", version);
+        if (!missingLibrary.empty()) {
+            RegistryKey::Create(RegistryHive::kCurrentUser, Overrides())
+                .WriteText(missingLibrary, L"");
+        }
     }
     ~Copy() {
+        RegistryKey::Delete(RegistryHive::kCurrentUser, Overrides());
         RegistryKey::Delete(RegistryHive::kCurrentUser, Settings());
         DeleteFileW(path_.c_str());
     }
@@ -52,8 +57,14 @@ private:
         return L"Software\\Wine\\AppDefaults\\" + path_.substr(path_.find_last_of(L"\\/") + 1);
     }
 
+    std::wstring Overrides() const { return Settings() + L"\\DllOverrides"; }
+
     std::wstring path_;
 };
+
+std::wstring Widen(const std::string& text) {
+    return std::wstring(text.begin(), text.end());
+}
 
 } // namespace
 
@@ -61,11 +72,13 @@ bool IsWine() {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
-std::optional<int> ValueOn(const std::string& version, const std::string& test) {
-    const auto status = static_cast<int>(
-        Copy(std::wstring(version.begin(), version.end()))
-            .Run(L"--gtest_also_run_disabled_tests --gtest_brief=1 --gtest_filter=" +
-                 std::wstring(test.begin(), test.end())));
+std::optional<int> ValueOn(const std::string& version, const std::string& test,
+                           const std::string& missingLibrary) {
+    const Copy program(Widen(version), Widen(missingLibrary));
+    const auto status =
+        static_cast<int>(program.Run(L"--gtest_also_run_disabled_tests --gtest_brief=1 "
+                                     L"--gtest_filter=" +
+                                     Widen(test)));
     const bool isValue = status >= kFirstValue && status < kFirstValue + kValues;
     return isValue ? std::optional(status - kFirstValue) : std::nullopt;
 }

@@ -1,0 +1,102 @@
+' Dial-up networking: lists the devices, the phone-book entries and the connections; where there is a
+' device it also creates an entry, changes it and deletes it again. It dials nothing. Run it with:
+' cscript //nologo dial-up.vbs
+'
+' Every step tells what it found; the script ends with code 1 when something is not as expected.
+
+Option Explicit
+
+Const NOT_CONNECTED = 8193
+Const NO_DIAL_UP_NETWORKING = 126
+Const INVALID_PARAMETER = 87
+Const EXAMPLE = "Tervane Example"
+
+Dim manager, mismatches
+Set manager = CreateObject("Tervane.RASMgr")
+mismatches = 0
+
+Sub Expect(what, found, expected)
+    If CStr(found) = CStr(expected) Then
+        WScript.Echo "  ok   " & what & ": " & found
+    Else
+        WScript.Echo "  BAD  " & what & ": " & found & "  (expected " & expected & ")"
+        mismatches = mismatches + 1
+    End If
+End Sub
+
+Function OrNone(text)
+    OrNone = text
+    If text = "" Then OrNone = "(none)"
+End Function
+
+Sub ListDevices()
+    Dim device
+    WScript.Echo "Devices"
+    For Each device In manager.FindDevices(".*")
+        WScript.Echo "  " & device & " (" & manager.GetDeviceType(device) & ")"
+    Next
+End Sub
+
+Sub ListEntries()
+    Dim name, entry
+    WScript.Echo "Entries, by default: " & OrNone(manager.DefaultConnection)
+    For Each name In manager.Entries
+        Set entry = manager.GetEntry(name)
+        WScript.Echo "  " & name & ": " & OrNone(entry.PhoneNumber) & " by " & entry.DeviceName
+        WScript.Echo "    user " & OrNone(entry.UserName) & ", password stored: " & _
+                     CStr(entry.HasPassword)
+        WScript.Echo "    address " & OrNone(entry.IpAddress) & ", name server " & _
+                     OrNone(entry.PrimaryDnsServer)
+        WScript.Echo "    state " & manager.GetConnectionState(name)
+    Next
+End Sub
+
+Sub ListConnections()
+    Dim name
+    WScript.Echo "Connected or connecting"
+    For Each name In manager.ActiveConnections
+        WScript.Echo "  " & name
+    Next
+End Sub
+
+Sub CreateChangeAndDelete()
+    Dim entry
+    WScript.Echo "Creating an entry, changing it and deleting it"
+    Expect "created", manager.CreateEntry(EXAMPLE, "5550100"), True
+    Set entry = manager.GetEntry(EXAMPLE)
+    Expect "number", entry.PhoneNumber, "5550100"
+    entry.PrimaryDnsServer = "192.0.2.53"
+    entry.UserName = "jane"
+    entry.IpAddress = "nonsense"
+    Expect "address that is none", entry.LastErrorCode, INVALID_PARAMETER
+    Expect "saved", entry.Save(), True
+    Set entry = manager.GetEntry(EXAMPLE)
+    Expect "name server", entry.PrimaryDnsServer, "192.0.2.53"
+    Expect "user", entry.UserName, "jane"
+    Expect "address", entry.IpAddress, ""
+    Expect "state", manager.GetConnectionState(EXAMPLE), NOT_CONNECTED
+    Expect "deleted", manager.DeleteEntry(EXAMPLE), True
+    Expect "exists", manager.DoesEntryExist(EXAMPLE), False
+End Sub
+
+ListDevices
+If manager.LastErrorCode = NO_DIAL_UP_NETWORKING Then
+    WScript.Echo "This system has no dial-up networking: " & manager.LastError
+Else
+    ListEntries
+    ListConnections
+    ' An array without elements ends at -1.
+    If UBound(manager.FindDevices(".*")) < 0 Then
+        WScript.Echo "There is no device to dial with."
+        Expect "entry without a device", manager.CreateEntry(EXAMPLE, "5550100"), False
+    ElseIf Not manager.DoesEntryExist(EXAMPLE) Then
+        CreateChangeAndDelete
+    End If
+    Expect "unknown entry exists", manager.DoesEntryExist("No such " & EXAMPLE), False
+End If
+
+If mismatches > 0 Then
+    WScript.Echo mismatches & " not as expected."
+    WScript.Quit 1
+End If
+WScript.Echo "Done."
