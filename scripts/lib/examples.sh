@@ -14,19 +14,54 @@ needs_script_host() {
     grep -qE 'WScript\.(Sleep|ConnectObject|DisconnectObject|CreateObject)' "$1"
 }
 
-# Whether the output in this file is that of an example that has come to its end.
-came_through() { [ "$(tr -d '\r' <"$1" | tail -n 1)" = "Done." ]; }
-
-# run_example HOST ARCH SECONDS FILE, with HOST cscript or script_host; the output goes to stdout.
-run_example() {
+# run_in_host HOST ARCH SECONDS FILE [ARGUMENT]...
+run_in_host() {
     local host=$1 arch=$2 seconds=$3 file=$4
+    shift 4
     case $host in
-    cscript) wine_run "$arch" "$seconds" cscript.exe //nologo "$(wine_path "$file")" ;;
+    cscript) wine_run "$arch" "$seconds" cscript.exe //nologo "$(wine_path "$file")" "$@" ;;
     script_host)
         wine_run "$arch" "$seconds" "build/$arch/tools/script_host.exe" //nologo \
-            "$(wine_path "$file")"
+            "$(wine_path "$file")" "$@"
         ;;
     esac
+}
+
+# The examples that send and fetch mail get a mail server of their own for that time.
+run_with_mail_server() {
+    local server smtpPort popPort status=0
+    exec 6< <(exec scripts/lib/mail_server.py)
+    server=$!
+    read -r -t 30 smtpPort popPort <&6 || true
+    case $4 in
+    *send-mail.*) run_in_host "$@" 127.0.0.1 "$smtpPort" || status=$? ;;
+    *read-mail.*) run_in_host "$@" 127.0.0.1 someone secret "$popPort" || status=$? ;;
+    esac
+    kill "$server" 2>/dev/null || true
+    exec 6<&-
+    return $status
+}
+
+example_in_host() {
+    case $4 in
+    *-mail.*) run_with_mail_server "$@" ;;
+    *) run_in_host "$@" ;;
+    esac
+}
+
+# run_example HOST ARCH SECONDS FILE, with HOST cscript or script_host: shows what the example
+# prints. False, with a reason, also if the example did not come to its end.
+run_example() {
+    local log status
+    log=$(mktemp)
+    example_in_host "$@" 2>&1 | tr -d '\r' | tee "$log"
+    status=${PIPESTATUS[0]}
+    if [ "$status" -eq 0 ] && [ "$(tail -n 1 "$log")" != Done. ]; then
+        echo "The example stopped before its end."
+        status=1
+    fi
+    rm -f "$log"
+    return "$status"
 }
 
 # Register or, with /u as second argument, unregister the built DLL with Wine's own regsvr32.
