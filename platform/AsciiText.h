@@ -1,0 +1,38 @@
+#pragma once
+
+// Names that Windows and its programs spell in ASCII and compare without regard to case.
+
+#include <algorithm>
+#include <string_view>
+
+namespace tervane {
+
+constexpr wchar_t LowerAscii(wchar_t letter) noexcept {
+    return letter >= L'A' && letter <= L'Z' ? static_cast<wchar_t>(letter + (L'a' - L'A')) : letter;
+}
+
+constexpr bool SameAscii(wchar_t one, wchar_t other) noexcept {
+    return LowerAscii(one) == LowerAscii(other);
+}
+
+constexpr bool EqualsIgnoringCase(std::wstring_view one, std::wstring_view other) noexcept {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(), SameAscii);
+}
+
+constexpr bool StartsIgnoringCase(std::wstring_view text, std::wstring_view start) noexcept {
+    return EqualsIgnoringCase(text.substr(0, start.size()), start);
+}
+
+constexpr bool EndsIgnoringCase(std::wstring_view text, std::wstring_view end) noexcept {
+    return text.size() >= end.size() &&
+           EqualsIgnoringCase(text.substr(text.size() - end.size()), end);
+}
+
+// npos when it does not occur.
+constexpr size_t FindIgnoringCase(std::wstring_view text, std::wstring_view part) noexcept {
+    const auto found = std::search(text.begin(), text.end(), part.begin(), part.end(), SameAscii);
+    return found == text.end() && !part.empty() ? std::wstring_view::npos
+                                                : static_cast<size_t>(found - text.begin());
+}
+
+} // namespace tervane
