@@ -1,0 +1,40 @@
+#pragma once
+
+// An agent that has been started, and the questions to it. Any number of users may share one; an
+// extension agent is made for one caller at a time, so their questions take turns.
+
+#include "ZelBase/CriticalSection.h"
+#include "ZelNet/SourceCode/SnmpAgent.h"
+#include "ZelNet/SourceCode/VarBind.h"
+
+namespace ZelNet {
+
+class SnmpSession {
+public:
+    enum class Request : BYTE { kGet = SNMP_PDU_GET, kGetNext = SNMP_PDU_GETNEXT };
+
+    // Starts the agent. Null when there is none, it refuses, or memory is exhausted.
+    static std::shared_ptr<SnmpSession> Open(std::unique_ptr<SnmpAgent> agent);
+    ~SnmpSession();
+    SnmpSession(const SnmpSession&) = delete;
+    SnmpSession& operator=(const SnmpSession&) = delete;
+
+    // The variable with that name, or the one after it; nothing when the agent has no answer or
+    // one that cannot be read. Any thread. Throws std::bad_alloc.
+    std::optional<VarBind> Ask(Request request, const Oid& oid);
+
+private:
+    explicit SnmpSession(std::unique_ptr<SnmpAgent> agent) : agent_(std::move(agent)) {}
+
+    bool Start();
+    SnmpVarBind& Entry() const { return *static_cast<SnmpVarBind*>(entries_); }
+    void FreeEntry();
+
+    std::unique_ptr<SnmpAgent> agent_;
+    ZelBase::CriticalSection lock_;
+    // What every question is put into, in the agent's memory.
+    SnmpVarBindList* bindings_ = nullptr;
+    void* entries_ = nullptr;
+};
+
+} // namespace ZelNet
