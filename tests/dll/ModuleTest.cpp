@@ -91,7 +91,7 @@ TEST_P(ClassTest, IsCreatedWithItsDefaultInterfaceAndTellsWhatItIs) {
     EXPECT_EQ(QueryFor<IUnknown>(object.Get()).Get(), QueryFor<IUnknown>(dual.Get()).Get());
 
     ComPtr<ITypeInfo> info;
-    ASSERT_EQ(S_OK, object->GetTypeInfo(0, 0, info.Put()));
+    ASSERT_EQ(S_OK, dual->GetTypeInfo(0, 0, info.Put()));
     TYPEATTR* attributes = nullptr;
     ASSERT_EQ(S_OK, info->GetTypeAttr(&attributes));
     EXPECT_TRUE(IsEqualGUID(row.interfaceId, attributes->guid));
