@@ -9,7 +9,7 @@ HRESULT GeneralSysInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** 
     return CreatePendingEventControl(row, outer, iid, out);
 }
 
-HRESULT StaticAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
+HRESULT LiveAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingControl(row, outer, iid, out);
 }
 
