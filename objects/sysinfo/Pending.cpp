@@ -9,10 +9,6 @@ HRESULT GeneralSysInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** 
     return CreatePendingEventControl(row, outer, iid, out);
 }
 
-HRESULT LiveAdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingControl(row, outer, iid, out);
-}
-
 HRESULT DriveInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingControl(row, outer, iid, out);
 }
