@@ -21,6 +21,8 @@ public:
     virtual ~IpHelper() = default;
     // Whether the library is there at all.
     virtual bool IsAvailable() const = 0;
+    // Whether leases can be listed, released and renewed: the last three functions.
+    virtual bool HasLeaseFunctions() const = 0;
     virtual DWORD GetAdaptersInfo(IP_ADAPTER_INFO* adapters, ULONG* size) const = 0;
     virtual DWORD GetNetworkParams(FIXED_INFO* parameters, ULONG* size) const = 0;
     virtual DWORD GetIpForwardTable(MIB_IPFORWARDTABLE* table, ULONG* size, BOOL sorted) const = 0;
@@ -42,15 +44,17 @@ public:
     template <typename Read>
     explicit IpHelperTable(Read read) {
         ULONG size = kFirstSize;
-        DWORD result = ERROR_BUFFER_OVERFLOW;
-        for (int attempt = 0; attempt < kAttempts && NeedsMore(result); ++attempt) {
+        for (int attempt = 0; attempt < kAttempts && NeedsMore(result_); ++attempt) {
             bytes_.assign(size, 0);
-            result = read(reinterpret_cast<Table*>(bytes_.data()), &size);
+            result_ = read(reinterpret_cast<Table*>(bytes_.data()), &size);
         }
-        if (result != NO_ERROR) {
+        if (result_ != NO_ERROR) {
             bytes_.clear();
         }
     }
+
+    // What the function returned at last.
+    DWORD Result() const { return result_; }
 
     // Null when the function failed.
     const Table* Get() const {
@@ -66,6 +70,7 @@ private:
         return result == ERROR_BUFFER_OVERFLOW || result == ERROR_INSUFFICIENT_BUFFER;
     }
 
+    DWORD result_ = ERROR_BUFFER_OVERFLOW;
     std::vector<unsigned char> bytes_;
 };
 

@@ -29,6 +29,10 @@ bool WIN32_IpHelper::IsAvailable() const {
     return static_cast<bool>(library_);
 }
 
+bool WIN32_IpHelper::HasLeaseFunctions() const {
+    return getInterfaceInfo_ && ipReleaseAddress_ && ipRenewAddress_;
+}
+
 DWORD WIN32_IpHelper::GetAdaptersInfo(IP_ADAPTER_INFO* adapters, ULONG* size) const {
     return CallIfThere(getAdaptersInfo_, adapters, size);
 }

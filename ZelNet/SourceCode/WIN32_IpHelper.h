@@ -10,6 +10,7 @@ public:
     WIN32_IpHelper();
 
     bool IsAvailable() const override;
+    bool HasLeaseFunctions() const override;
     DWORD GetAdaptersInfo(IP_ADAPTER_INFO* adapters, ULONG* size) const override;
     DWORD GetNetworkParams(FIXED_INFO* parameters, ULONG* size) const override;
     DWORD GetIpForwardTable(MIB_IPFORWARDTABLE* table, ULONG* size, BOOL sorted) const override;

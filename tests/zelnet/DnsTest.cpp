@@ -70,6 +70,7 @@ public:
         return NO_ERROR;
     }
     bool IsAvailable() const override { return true; }
+    bool HasLeaseFunctions() const override { return false; }
     DWORD GetAdaptersInfo(IP_ADAPTER_INFO*, ULONG*) const override { return kMissing; }
     DWORD GetIpForwardTable(MIB_IPFORWARDTABLE*, ULONG*, BOOL) const override { return kMissing; }
     DWORD GetInterfaceInfo(IP_INTERFACE_INFO*, ULONG*) const override { return kMissing; }

@@ -1,0 +1,35 @@
+#pragma once
+
+// What a source of live interfaces knows of one: the adapter as far as the running stack describes
+// it, before it is matched with the installed adapters and judged.
+
+#include "platform/LiveAdapter.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tervane {
+
+// The types that matter here, by the numbers that all sources share (IANAifType-MIB).
+enum class InterfaceType : std::uint32_t {
+    kEthernet = 6,
+    kPpp = 23,
+    kLoopback = 24,
+    kWireless = 71,
+};
+
+struct LiveInterface {
+    // Name, addresses and, where the source knows them, interface name and lease.
+    LiveAdapter adapter;
+    InterfaceType type{};
+    // The stack's number for it.
+    std::uint32_t index = 0;
+    // Whether the source knows of leases at all.
+    bool knowsLease = false;
+};
+
+// Six bytes in their text form; for any other number of bytes, that of no address.
+std::wstring HardwareAddressText(std::string_view bytes);
+
+} // namespace tervane
