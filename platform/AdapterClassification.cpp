@@ -13,15 +13,7 @@
 namespace tervane {
 namespace {
 
-// All patterns and names are ASCII, so that other letters need no lower case.
-std::wstring LowerAsciiOf(std::wstring_view text) {
-    std::wstring lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](wchar_t letter) { return LowerAscii(letter); });
-    return lower;
-}
-
-// Patterns for whole texts in lower case.
+// Patterns for whole texts in lower case. They are ASCII, so that other letters may keep theirs.
 class PatternTable {
 public:
     PatternTable(std::initializer_list<const wchar_t*> patterns) {
@@ -31,7 +23,7 @@ public:
     }
 
     bool Matches(std::wstring_view text) const {
-        const std::wstring lower = LowerAsciiOf(text);
+        const std::wstring lower = LowerAscii(text);
         return std::any_of(patterns_.begin(), patterns_.end(),
                            [&](const RegularExpression& pattern) {
                                // The table outlives every operation; each text is one.

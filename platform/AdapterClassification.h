@@ -30,4 +30,13 @@ bool IsNonEthernetAdapter(std::wstring_view hardwareAddress, std::wstring_view d
 // card: by its description, and by its driver or service. Either may be empty.
 bool IsPppAdapter(std::wstring_view description, std::wstring_view driver);
 
+// What users are told: "PPP", "Ethernet" or "Other". An adapter may be both of the first, by its
+// names; then it dials.
+constexpr std::wstring_view AdapterTypeText(bool isEthernet, bool isPpp) noexcept {
+    if (isPpp) {
+        return L"PPP";
+    }
+    return isEthernet ? L"Ethernet" : L"Other";
+}
+
 } // namespace tervane

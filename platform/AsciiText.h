@@ -3,12 +3,21 @@
 // Names that Windows and its programs spell in ASCII and compare without regard to case.
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace tervane {
 
 constexpr wchar_t LowerAscii(wchar_t letter) noexcept {
     return letter >= L'A' && letter <= L'Z' ? static_cast<wchar_t>(letter + (L'a' - L'A')) : letter;
+}
+
+inline std::wstring LowerAscii(std::wstring_view text) {
+    std::wstring lower(text);
+    for (wchar_t& letter : lower) {
+        letter = LowerAscii(letter);
+    }
+    return lower;
 }
 
 constexpr bool SameAscii(wchar_t one, wchar_t other) noexcept {

@@ -27,6 +27,8 @@ HKEY HandleOf(RegistryHive hive) noexcept {
         return HKEY_USERS;
     case RegistryHive::kCurrentConfig:
         return HKEY_CURRENT_CONFIG;
+    case RegistryHive::kDynamicData:
+        return HKEY_DYN_DATA;
     }
     return nullptr;
 }
@@ -38,9 +40,20 @@ public:
         : isUsable_(text.find(L'\0') == std::wstring_view::npos), wide_(text) {}
 
     // Calls `wide` with the name; when that fails, `narrow`. Both return a Windows error code, and
-    // so does this. A name that cannot exist is not found.
+    // so does this, which also makes a failure the thread's last error. A name that cannot exist is
+    // not found.
     template <typename Wide, typename Narrow>
     LSTATUS Try(Wide wide, Narrow narrow) const {
+        const LSTATUS status = TryBoth(wide, narrow);
+        if (status != ERROR_SUCCESS) {
+            SetLastError(static_cast<DWORD>(status));
+        }
+        return status;
+    }
+
+private:
+    template <typename Wide, typename Narrow>
+    LSTATUS TryBoth(Wide wide, Narrow narrow) const {
         if (!isUsable_) {
             return ERROR_FILE_NOT_FOUND;
         }
@@ -52,7 +65,6 @@ public:
         return inCodePage ? narrow(inCodePage->c_str()) : status;
     }
 
-private:
     bool isUsable_;
     std::wstring wide_;
 };

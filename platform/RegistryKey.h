@@ -6,7 +6,8 @@
 // would become the name of another key or value.
 //
 // A key that could not be opened is an ordinary object in which nothing is found and nothing can be
-// written, so callers need not ask before each read.
+// written, so callers need not ask before each read. Whatever the registry refuses leaves its
+// reason in GetLastError; for a key that is not open, ERROR_INVALID_HANDLE.
 
 #include "ZelBase/UniqueResource.h"
 #include "platform/RegistryApi.h"
@@ -35,8 +36,10 @@ enum class RegistryHive : short {
     kUsers = 3,
     // HKEY_PERFORMANCE_DATA lies between these two in Windows and has no number, on purpose.
     kCurrentConfig = 4,
+    // What the 9x family knows of its devices while it runs; no hive for scripts.
+    kDynamicData = 5,
 };
-// nullopt for a number that stands for no hive.
+// nullopt for a number that stands for no hive of scripts.
 std::optional<RegistryHive> RegistryHiveOf(short number) noexcept;
 
 // A value as it is stored, its text in wide characters.

@@ -15,6 +15,8 @@ struct StaticAdapter {
     // Unique on this machine and the same from call to call; other objects find the adapter by it.
     std::wstring cookie;
     std::wstring serviceName;
+    // Where its own TCP/IP settings lie below HKEY_LOCAL_MACHINE; empty when it has none.
+    std::wstring settingsKey;
     // Six two-digit hexadecimal bytes joined by "-".
     std::wstring hardwareAddress = L"00-00-00-00-00-00";
     // Dotted decimal.

@@ -6,8 +6,8 @@ namespace {
 std::wstring refusedName;
 
 HKEY HandleOf(RegistryHive hive) {
-    const HKEY kHandles[] = {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_USERS,
-                             HKEY_CURRENT_CONFIG};
+    const HKEY kHandles[] = {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER,   HKEY_LOCAL_MACHINE,
+                             HKEY_USERS,        HKEY_CURRENT_CONFIG, HKEY_DYN_DATA};
     return kHandles[static_cast<int>(hive)];
 }
 

@@ -1,0 +1,38 @@
+#pragma once
+
+// What the device installation of Windows 2000 and later knows of network adapters, asked through
+// SETUPAPI.DLL. The library is optional: without it nothing is known.
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace tervane {
+
+struct NetworkDevice {
+    // Its place in the device tree, "PCI\VEN_8086&DEV_1229\4&1A2B".
+    std::wstring instance;
+    std::wstring description;
+    std::wstring service;
+    // CONFIGFLAG_ constants of the registry.
+    DWORD configFlags = 0;
+    // Whether the device is plugged in and started up, as far as the installation can tell.
+    bool isPresent = false;
+};
+
+class NetworkDevices {
+public:
+    // Every network device that was ever installed and not removed. Any thread.
+    static NetworkDevices Read();
+
+    // Null when there is none. `driverKey` names the device's key below the class keys:
+    // "{4D36E972-E325-11CE-BFC1-08002BE10318}\0007", in any case.
+    const NetworkDevice* Find(std::wstring_view driverKey) const;
+
+private:
+    std::unordered_map<std::wstring, NetworkDevice> byDriverKey_;
+};
+
+} // namespace tervane
