@@ -13,6 +13,8 @@ using ZelBase::MutexLock;
 
 // How long a notification waits for the mutex before it is dropped.
 constexpr std::uint32_t kPatienceMs = 250;
+// The beginning of a line that is never too long.
+constexpr std::uint32_t kShortLine = 1 << 16;
 
 bool Send(ATcpNonBlockingLineSocket& socket, std::string_view data) {
     const auto size = static_cast<std::uint32_t>(data.size());
@@ -32,7 +34,10 @@ void AMailClient::OnConnect(void* context, int error) {
 }
 
 void AMailClient::OnReceive(void* context, int error) {
-    React(&AMailClient::ReactToData, context, error);
+    // This comes for every piece of a message, so it must not cost the mutex each time.
+    if (static_cast<ATcpNonBlockingLineSocket*>(context)->Available() > kShortLine) {
+        React(&AMailClient::ReactToData, context, error);
+    }
 }
 
 void AMailClient::OnSend(void* context, int error) {

@@ -98,8 +98,14 @@ class Server(socketserver.ThreadingTCPServer):
     daemon_threads = True
 
 
-servers = [Server(("127.0.0.1", 0), conversation) for conversation in (Smtp, Pop)]
-for server in servers:
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-print(*(server.server_address[1] for server in servers), flush=True)
-threading.Event().wait()
+def start(*conversations):
+    """Starts a server for each, and returns their ports."""
+    servers = [Server(("127.0.0.1", 0), conversation) for conversation in conversations]
+    for server in servers:
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+    return [server.server_address[1] for server in servers]
+
+
+if __name__ == "__main__":
+    print(*start(Smtp, Pop), flush=True)
+    threading.Event().wait()

@@ -40,6 +40,17 @@ tervane::Variant LateBound::Get(DISPID property) const {
     return Invoke(property, DISPATCH_PROPERTYGET, none);
 }
 
+void LateBound::Set(const wchar_t* property, const tervane::Variant& value) const {
+    VARIANT argument = value.Get();
+    DISPID name = DISPID_PROPERTYPUT;
+    DISPPARAMS arguments = {&argument, &name, 1, 1};
+    Invoke(NumberOf(property), DISPATCH_PROPERTYPUT, arguments);
+}
+
+tervane::Variant LateBound::AsValue() const {
+    return tervane::Variant::FromObject(tervane::AddReference(object_.Get()));
+}
+
 tervane::Variant LateBound::Call(const wchar_t* method,
                                  std::initializer_list<const tervane::Variant*> arguments) const {
     // IDispatch takes arguments from the last to the first; they stay the caller's.

@@ -4,11 +4,11 @@
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/LogRing.h"
-#include "ZelBase/Logger.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
 #include "ZelNet/SourceCode/InitializeSockets.h"
 #include "ZelNet/SourceCode/NetworkInfo.h"
 #include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "tests/bench/BareTransfer.h"
 #include "tests/bench/Comparison.h"
 #include "tests/bench/LateBound.h"
 
@@ -22,13 +22,6 @@ namespace {
 
 constexpr size_t kMegabyte = 1000000;
 const std::string kLine = std::string(78, 'x') + "\r\n"; // a mail's usual line
-constexpr int kPiece = 512;
-
-void Require(bool held, const char* what) {
-    if (!held) {
-        Fail(what, E_UNEXPECTED);
-    }
-}
 
 // A server for one connection, which it fills with lines or empties.
 class LoopbackServer {
@@ -109,31 +102,11 @@ private:
     size_t lines_ = 0;
 };
 
-// Their side, `records` trace records spread over the pieces.
-void BlockingClient(LoopbackServer::Does does, size_t bytes, std::uint32_t records) {
+void BareClient(LoopbackServer::Does does, size_t bytes, std::uint32_t records) {
     const LoopbackServer server(does, bytes);
-    const auto logger = ZelBase::Logger::Create();
-    const SOCKET connection = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(server.Port());
-    Require(connect(connection, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0,
-            "connecting the bare socket");
-    char piece[kPiece] = {};
-    std::uint32_t written = 0;
-    for (size_t moved = 0; moved < bytes;) {
-        const int part = static_cast<int>(std::min<size_t>(kPiece, bytes - moved));
-        const int done = does == LoopbackServer::Does::SendLines ? recv(connection, piece, part, 0)
-                                                                 : send(connection, piece, part, 0);
-        Require(done > 0, "moving bytes over the bare socket");
-        moved += static_cast<size_t>(done);
-        const auto due = static_cast<std::uint32_t>(1.0 * records * moved / bytes);
-        for (; written < due; ++written) {
-            logger->Log("Bench", ZelBase::LogLevel::kTrace, "Read %d bytes from socket", done);
-        }
-    }
-    closesocket(connection);
+    BareConnection connection(server.Port());
+    does == LoopbackServer::Does::SendLines ? connection.Receive(bytes, records)
+                                            : connection.Send(bytes, records);
 }
 
 double Seconds(const std::function<void()>& work) {
@@ -157,11 +130,11 @@ void CompareDirection(const char* name, LoopbackServer::Does does) {
     std::string title = std::string("10 MB ") + name + " : bare loop";
     Compare(
         {title.c_str(), 0, 1, 5}, [&] { LineClient().Run(does, kBytes); },
-        [&] { BlockingClient(does, kBytes, 0); });
+        [&] { BareClient(does, kBytes, 0); });
     title += " with as many records";
     Compare(
         {title.c_str(), 1.3, 1, 5}, [&] { LineClient().Run(does, kBytes); },
-        [&] { BlockingClient(does, kBytes, records); });
+        [&] { BareClient(does, kBytes, records); });
 }
 
 } // namespace

@@ -4,12 +4,15 @@
 #include "tests/bench/Comparison.h"
 #include "tests/bench/LateBound.h"
 #include "tests/bench/LogBench.h"
+#include "tests/bench/MailBench.h"
 #include "tests/bench/ManyWindows.h"
 #include "tests/bench/NetworkBench.h"
 #include "tests/bench/ServerLoad.h"
 
 #include <cstdio>
 #include <string>
+#include <string_view>
+#include <utility>
 
 using tervane::Variant;
 
@@ -104,6 +107,27 @@ void CompareWindowSearch() {
                    bareLoop);
 }
 
+// Whether the arguments ask for one of the benchmarks with mail servers, which has then been run.
+bool RunMailBench(int argumentCount, char** arguments) {
+    constexpr std::pair<std::string_view, void (*)(const bench::MailPorts&)> kBenches[] = {
+        {"mail", bench::CompareMail},
+        {"mail-memory-send", bench::MeasureSendingMemory},
+        {"mail-memory-fetch", bench::MeasureFetchingMemory}};
+    if (argumentCount < 5) {
+        return false;
+    }
+    const auto port = [arguments](int index) {
+        return static_cast<std::uint16_t>(std::stoi(arguments[index]));
+    };
+    for (const auto& [name, run] : kBenches) {
+        if (arguments[1] == name) {
+            run({port(2), port(3), port(4)});
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -117,6 +141,9 @@ int main(int argumentCount, char** arguments) {
     HRESULT result = CoInitialize(nullptr);
     if (FAILED(result)) {
         bench::Fail("starting COM", result);
+    }
+    if (RunMailBench(argumentCount, arguments)) {
+        return 0;
     }
     CompareLoading();
     CompareCreation();

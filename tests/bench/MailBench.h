@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+
+namespace bench {
+
+// The ports of tests/bench/mail_server.py.
+struct MailPorts {
+    std::uint16_t smtp;
+    std::uint16_t pop;
+    std::uint16_t timekeeper;
+};
+
+// SmtpCtl and PopCtl with messages of several sizes, each against curl with the same message and
+// server, and against the floor: the same bytes moved by a bare blocking socket in the pieces and
+// with the trace records that the design sets.
+void CompareMail(const MailPorts& ports);
+
+// How much memory it takes to send, or to fetch, a message, as a multiple of its size. Each needs a
+// process of its own.
+void MeasureSendingMemory(const MailPorts& ports);
+void MeasureFetchingMemory(const MailPorts& ports);
+
+} // namespace bench
