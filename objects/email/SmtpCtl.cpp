@@ -88,10 +88,12 @@ void SmtpCtl::Publish(SmtpStatus status) noexcept {
 
 HRESULT SmtpCtl::Abort(VARIANT_BOOL* result) {
     return AnswerFlag(result, [&] {
-        if (session_) {
+        // A send that has ended, and only waits for its event, is running no more.
+        const bool isRunning = session_ && working_;
+        if (isRunning) {
             session_->Abort();
         }
-        return session_ != nullptr;
+        return isRunning;
     });
 }
 

@@ -187,6 +187,29 @@ TEST_F(MailServers, NameWhatIsWrong) {
     EXPECT_LT(GetTickCount() - start, 3000u);
 }
 
+TEST_F(MailServers, AreGivenUpBeforeTheyAnswer) {
+    // A connection that is still being made, and a name that is still being looked up.
+    for (const wchar_t* server : {L"10.55.0.9", L"slow.example"}) {
+        Write(smtp.Get(), L"SmtpServer", server);
+        Write(pop.Get(), L"PopServer", server);
+        for (const DWORD wait : {0, 200}) {
+            const size_t before = sent.Count();
+            const size_t readBefore = read.Count();
+            EXPECT_EQ(Call(smtp.Get(), L"SendMail").Number(), 1);
+            EXPECT_EQ(Call(pop.Get(), L"Connect").Number(), VARIANT_TRUE);
+            Sleep(wait);
+            const DWORD start = GetTickCount();
+            EXPECT_EQ(Call(smtp.Get(), L"Abort").Number(), VARIANT_TRUE);
+            EXPECT_EQ(Call(pop.Get(), L"AbortCurrentAction").Number(), VARIANT_TRUE);
+            EXPECT_TRUE(sent.WaitFor(before + 1, kPatience));
+            EXPECT_TRUE(read.WaitFor(readBefore + 1, kPatience));
+            EXPECT_LT(GetTickCount() - start, 2000u);
+            EXPECT_EQ(Read(smtp.Get(), L"StatusCode").Text(), L"SMTP_ABORTED");
+            EXPECT_EQ(Read(pop.Get(), L"LastError").Text(), L"POP_TERMINATED");
+        }
+    }
+}
+
 // Judged by mail_check.py, which knows these texts too.
 TEST_F(MailServers, LeaveMessagesForOtherParsers) {
     const std::wstring text =

@@ -209,6 +209,41 @@ TEST_F(SmtpCtlTest, NamesTheOutcomeOfEachStep) {
     }
 }
 
+// Replies in advance may be taken for those of the commands that follow, or be lost: what matters
+// is that there is one end, and in time.
+TEST_F(SmtpCtlTest, ComesToAnEndWhenTheServerTalksAhead) {
+    for (size_t step = 0; step < kCount; ++step) {
+        std::string replies = "S:";
+        for (size_t ahead = step; ahead < kCount; ++ahead) {
+            replies += std::string(kSteps[ahead].reply) + "\r\n";
+        }
+        ScriptedServer server({ScriptWith(step, replies)});
+        Prepare();
+        Write(smtp.Get(), L"Timeout", 1);
+        const DWORD start = GetTickCount();
+        const std::wstring status = Outcome(server.Port());
+        EXPECT_TRUE(status == L"SMTP_SUCCESS" || status == L"SMTP_TIMEOUT_ERR") << status << step;
+        EXPECT_LT(GetTickCount() - start, 4000u) << step;
+        PumpUntil([] { return false; }, 20);
+        EXPECT_EQ(sink->Count(), 1u) << step;
+    }
+}
+
+TEST_F(SmtpCtlTest, SendsLongHeadersAndBrokenCharactersAsTheyAre) {
+    ScriptedServer server({ScriptWith()});
+    const std::wstring longText(1 << 20, L'h');
+    Call(mail.Get(), L"AddHeader", {L"X-Long: " + longText});
+    Write(mail.Get(), L"Subject", L"a\xD800z\xDC00");
+    Write(mail.Get(), L"TextMessage", L"\xDBFF");
+    EXPECT_EQ(Outcome(server.Port()), L"SMTP_SUCCESS");
+    const std::string text = server.Texts().at(0);
+    EXPECT_NE(text.find("X-Long: " + std::string(longText.size(), 'h') + "\r\n"),
+              std::string::npos);
+    // Half a character is the sign for one that cannot be shown.
+    EXPECT_NE(text.find("Subject: a\xEF\xBF\xBDz\xEF\xBF\xBD\r\n"), std::string::npos);
+    EXPECT_TRUE(text.ends_with("\r\n\r\n77+9")) << text.substr(text.size() - 40);
+}
+
 TEST_F(SmtpCtlTest, LeavesOutAuthenticationWithoutPassword) {
     ScriptedServer server({{"S:220 hi\r\n", "C:HELO *", "S:250 ok\r\n", "C:MAIL*", "S:550 no\r\n",
                             "C:QUIT", "S:221 bye\r\n"}});

@@ -3,8 +3,9 @@
 #
 # In a network namespace that is gone afterwards, Postfix takes mail (port 25 from everybody, port
 # 587 only after AUTH LOGIN) and delivers it into mailboxes that Dovecot serves by POP3; dnsmasq
-# knows their name, and an address is there that never answers. The messages that the tests leave
-# behind are then read by Python's mail parser and sent again by curl and swaks.
+# knows their name, and there are an address that never answers and a name that is looked up in
+# vain. The messages that the tests leave behind are then read by Python's mail parser and sent again
+# by curl and swaks.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . scripts/lib/wine.sh
@@ -38,7 +39,7 @@ make_network() {
 start_name_server() {
     dnsmasq --keep-in-foreground --conf-file=/dev/null --pid-file= --no-resolv --no-hosts \
         --listen-address=$nameServer --bind-interfaces --local=/example/ \
-        --host-record=mail.example,127.0.0.1 &
+        --host-record=mail.example,127.0.0.1 --server=/slow.example/10.55.0.9 &
     servers+=($!)
 }
 
