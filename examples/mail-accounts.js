@@ -1,5 +1,5 @@
 // The accounts of Outlook Express: lists the identities of this user with their mail and news
-// accounts, adds an account, changes it and removes it again. Run it with:
+// accounts, adds accounts, changes them and removes them again. Run it with:
 // cscript //nologo mail-accounts.js
 //
 // Where Outlook Express has never been used there are no accounts to list; the example then makes
@@ -92,10 +92,41 @@ function addChangeAndRemove() {
     expect("error", mail.LastError, "INVALID_VALUE");
     expect("password", typeof mail.GetAccountSetting(account, "Pop3Password"), "undefined");
 
+    WScript.Echo("Everything that is known of it");
+    var settings = toArray(mail.AccountSettingNames);
+    for (var i = 0; i < settings.length; i++) {
+        var value = mail.GetAccountSetting(account, settings[i]);
+        if (mail.LastErrorCode == 0) { // else accounts of this kind do not have it
+            WScript.Echo("    " + settings[i] + ": " + value);
+        }
+    }
+
+    WScript.Echo("Making it the default one");
+    var before = mail.GetDefaultMailAccount();
+    expect("made", mail.SetDefaultMailAccount(account), true);
+    expect("default", mail.GetDefaultMailAccount(), account);
+    if (before && before != account) {
+        expect("as before", mail.SetDefaultMailAccount(before), true);
+    }
+
     WScript.Echo("Removing it");
     expect("removed", mail.RemoveAccount(account), true);
     expect("removed once more", mail.RemoveAccount(account), false);
     expect("error", mail.LastError, "UNKNOWN_ACCOUNT");
+}
+
+function addAndRemoveNews() {
+    WScript.Echo("Adding a news account");
+    var before = mail.GetDefaultNewsAccount();
+    expect("added", mail.AddNewsAccount(account, "news.example.org", "jane@example.org"), true);
+    expect("made the default one", mail.SetDefaultNewsAccount(account), true);
+    expect("default", mail.GetDefaultNewsAccount(), account);
+    expect("mail account of that name", mail.SetDefaultMailAccount(account), false);
+    expect("removed", mail.RemoveAccount(account), true);
+    expect("default", mail.GetDefaultNewsAccount(), "");
+    if (before) {
+        expect("as before", mail.SetDefaultNewsAccount(before), true);
+    }
 }
 
 list();
@@ -105,6 +136,7 @@ if (isFresh) {
 }
 try {
     addChangeAndRemove();
+    addAndRemoveNews();
 } finally {
     mail.RemoveAccount(account);
     if (isFresh) {
