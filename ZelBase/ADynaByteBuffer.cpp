@@ -48,7 +48,7 @@ bool ADynaByteBuffer::ReadUntil(char delimiter, char* dest, std::size_t destSize
     }
     const std::size_t before = searched_;
     const std::size_t count = includeDelimiter ? before + 1 : before;
-    if (count > destSize) {
+    if (count > destSize || (!dest && count > 0)) {
         return false;
     }
     CopyOut(dest, count);

@@ -32,8 +32,8 @@ public:
     bool Read(void* dest, std::size_t count, bool peek);
     // Copies the bytes before the first `delimiter` to `dest`, with `includeDelimiter` that too,
     // and sets `length` to how many these are (no NUL is added). Unless `peek`, takes them and the
-    // delimiter off. False, and nothing changed, when there is no delimiter or the result is longer
-    // than `destSize`.
+    // delimiter off. False, and nothing changed, when there is no delimiter, or the result is
+    // longer than `destSize` or has nowhere to go for a null `dest`.
     bool ReadUntil(char delimiter, char* dest, std::size_t destSize, std::size_t* length,
                    bool includeDelimiter, bool peek);
     // Where the first `delimiter` is, in bytes from the front; false when there is none.

@@ -69,7 +69,8 @@ public:
     // Starts the routine with an empty queue. False when it has none or is running already, or when
     // the system cannot make a thread.
     virtual bool Execute() = 0;
-    // Halts the thread wherever it is, and lets it go on. Always true.
+    // Halts the thread wherever it is, and lets it go on. A thread that was suspended twice must be
+    // resumed twice, which Terminate does. Always true.
     virtual bool Suspend() = 0;
     virtual bool Resume() = 0;
     // Tells the thread to end and waits for it: 10 ms when `hard`, else the terminate time-out.

@@ -9,6 +9,15 @@
 namespace ZelBase {
 namespace {
 
+// A thread that was suspended several times goes on only when it was resumed as often.
+void ResumeFully(HANDLE thread) {
+    constexpr DWORD kFailed = static_cast<DWORD>(-1);
+    DWORD count = 0;
+    do {
+        count = ResumeThread(thread);
+    } while (count > 1 && count != kFailed);
+}
+
 constexpr DWORD kHardTerminateMs = 10;
 // A thread that is still starting, or that is ending as it was told to, gets this much more.
 constexpr DWORD kGraceMs = 2000;
@@ -29,9 +38,9 @@ bool WIN32_Thread::IsValid() const {
 }
 
 void WIN32_Thread::Sleep(std::uint32_t ms) {
-    WaitForSingleObject(terminateEvent_.Get(), ms);
+    const bool failed = WaitForSingleObject(terminateEvent_.Get(), ms) == WAIT_FAILED;
     GuardObject guard(this);
-    if (terminateRequested_) {
+    if (terminateRequested_ || failed) {
         AcknowledgeTermination();
         throw ThreadTerminateException();
     }
@@ -161,7 +170,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     ResetEvent(queueEvent_.Get());
     ResetEvent(terminateEvent_.Get());
     running_ = true;
-    finished_ = false;
+    finished_ = suspended_ = false;
     phase_ = Phase::kStarting;
     *thread = ModulePin::StartThread(&ThreadWrapper, this, ModulePin::Start::kAtOnce, &threadId_);
     if (!*thread) {
@@ -248,9 +257,10 @@ bool WIN32_Thread::Terminate(bool hard) {
 WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard) {
     GuardObject guard(this);
     terminateRequested_ = true;
-    if (suspended_) {
-        Resume();
+    if (thread_) {
+        ResumeFully(thread_->Get());
     }
+    suspended_ = false;
     Trace("Terminate", LogLevel::kTrace, "Terminating thread.");
     SetEvent(terminateEvent_.Get());
     SetEvent(queueEvent_.Get());

@@ -163,5 +163,46 @@ TEST(LogViewer, SaysHowManyRecordsItMissed) {
     EXPECT_GE(shown + missedInAll, kRecords); // more, when others write too
 }
 
+// The next line that shows a record of that component.
+std::string NextOf(ChildProcess& viewer, const std::string& component) {
+    while (const auto line = viewer.ReadLine()) {
+        if (Columns(*line)[3] == component) {
+            return Columns(*line)[7];
+        }
+        unsigned missed = 0;
+        std::sscanf(line->c_str(), "--- %u records missed ---", &missed);
+        EXPECT_LT(missed, 100000u); // others may write, too
+    }
+    return "nothing";
+}
+
+// A writer that is killed in the middle of its record, and a damaged counter, neither end the
+// following nor make up losses.
+TEST(LogViewer, GoesOnWhenWritersDie) {
+    const auto logger = Logger::Create();
+    logger->SetComponent("ViewerGoesOn");
+    auto viewer = StartFollowing("");
+    logger->Log("before");
+    EXPECT_EQ(NextOf(viewer, "ViewerGoesOn"), "before");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(ChildProcess::Self("die-with-mutex").Wait(), 7u);
+        logger->Log("after a death");
+        EXPECT_EQ(NextOf(viewer, "ViewerGoesOn"), "after a death");
+    }
+    RingView ring;
+    ring.Lock();
+    ring.Header(8) -= 1000;
+    ring.Unlock();
+    std::string text;
+    for (int i = 0; i < 100 && text != "after the damage"; ++i) {
+        // What is written before the viewer has noticed cannot be told from what it knows.
+        logger->Log("unnoticed");
+        Sleep(20);
+        logger->Log("after the damage");
+        text = NextOf(viewer, "ViewerGoesOn");
+    }
+    EXPECT_EQ(text, "after the damage");
+}
+
 } // namespace
 } // namespace ZelBase::test

@@ -3,6 +3,7 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/Mutex.h"
 #include "ZelBase/ThreadTerminateException.h"
+#include "tests/support/HandleCount.h"
 #include "tests/zelbase/RingView.h"
 
 #include <gtest/gtest.h>
@@ -229,9 +230,23 @@ TEST(Thread, StopsWhileSuspendedAndCanStillBeEnded) {
     EXPECT_TRUE(thread->Resume());
     EXPECT_FALSE(thread->IsSuspended());
     EXPECT_TRUE(WaitUntil([&] { return turns > before; }));
-    EXPECT_TRUE(thread->Suspend());
+    // However often it was halted.
+    for (int resumed : {0, 1}) {
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(thread->Suspend());
+        }
+        for (int i = 0; i < resumed; ++i) {
+            EXPECT_TRUE(thread->Resume());
+        }
+        EXPECT_TRUE(thread->Terminate(false));
+        EXPECT_FALSE(thread->IsSuspended());
+        EXPECT_TRUE(thread->Suspend()); // which means nothing to the next run
+        ASSERT_TRUE(thread->Execute());
+        EXPECT_FALSE(thread->IsSuspended());
+        const int atStart = turns;
+        EXPECT_TRUE(WaitUntil([&] { return turns > atStart; }));
+    }
     EXPECT_TRUE(thread->Terminate(false));
-    EXPECT_FALSE(thread->IsSuspended());
 }
 
 TEST(Thread, MayTellItselfToEnd) {
@@ -288,8 +303,6 @@ TEST(Thread, TracesWhatItDoes) {
 }
 
 TEST(Thread, GivesBackWhatThousandsOfRunsTook) {
-    DWORD before = 0;
-    DWORD after = 0;
     std::atomic<int> runs = 0;
     const Function count = [&](Thread*, std::uint32_t) -> std::uint32_t {
         ++runs;
@@ -306,9 +319,9 @@ TEST(Thread, GivesBackWhatThousandsOfRunsTook) {
         EXPECT_TRUE(thread->Terminate(false));
     };
     round(10);
-    GetProcessHandleCount(GetCurrentProcess(), &before);
+    const size_t before = tervane::test::OpenHandleCount();
     round(1990);
-    GetProcessHandleCount(GetCurrentProcess(), &after);
+    const size_t after = tervane::test::OpenHandleCount();
     EXPECT_EQ(runs, 2000);
     EXPECT_EQ(after, before);
 }

@@ -13,6 +13,9 @@ constexpr DWORD kLockTimeoutMs = 2000;
 // wait in the same call that unlocks the ring, which all but closes the gap; as the system does not
 // promise that nothing happens in between, it also looks once in a while.
 constexpr DWORD kLookMs = 1000;
+// A counter that has advanced by more than this has been set back by whoever damaged it: nothing
+// can be said about what was missed, and the reader goes on from there.
+constexpr std::uint32_t kHighestAdvance = 0x7FFFFFFF;
 
 } // namespace
 
@@ -40,7 +43,10 @@ bool LogReader::WaitForNew(LogBatch& batch) {
     batch = {};
     while (Lock()) {
         const std::uint32_t count = ring_.Section().written - seen_; // right across the wrap, too
-        if (count == 0) {
+        if (count > kHighestAdvance) {
+            seen_ = ring_.Section().written;
+        }
+        if (count == 0 || count > kHighestAdvance) {
             WaitForPulse();
             continue;
         }
