@@ -9,8 +9,4 @@ HRESULT DHCP(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingEventObject(row, outer, iid, out);
 }
 
-HRESULT DHCPConfiguration(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingObject(row, outer, iid, out);
-}
-
 } // namespace tervane::create
