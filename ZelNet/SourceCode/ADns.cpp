@@ -4,6 +4,8 @@
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/MutexReleaser.h"
 
+#include <algorithm>
+
 namespace ZelNet {
 namespace {
 
@@ -31,6 +33,11 @@ ADns::~ADns() {
     if (socket_) {
         Report(false, {});
     }
+}
+
+bool ADns::HasUsableServer(const std::vector<std::string>& servers) {
+    return std::any_of(servers.begin(), servers.end(),
+                       [](const std::string& server) { return server != kUnknownServer; });
 }
 
 bool ADns::SetDnsServers(const std::vector<std::string>& servers) {
@@ -100,12 +107,17 @@ void ADns::OnSend(void* /*context*/, int error) {
         return;
     }
     bool failed = false;
+    bool aborted = false;
     {
         MutexReleaser releaser(mutex_);
-        failed = !reported_ && !querySent_ && !SendQuery(error);
+        aborted = reported_;
+        failed = !aborted && !querySent_ && !SendQuery(error);
     }
     if (failed) {
         Report(false, {});
+    }
+    if (aborted) {
+        socket_->Close(true); // the abort came before there was a socket to close
     }
 }
 
@@ -200,40 +212,52 @@ std::vector<DnsRecord> ADns::TakeRecords(DnsReply& reply) const {
     return records;
 }
 
-// Ends the look-up and calls the callback, if nobody has before. Nothing of the object is touched
-// after the callback, which may have released it.
+// Ends the look-up and calls the callback, if nobody has before.
 bool ADns::Report(bool success, const std::vector<DnsRecord>& records) {
-    Callback callback = nullptr;
-    void* parameter = nullptr;
+    Recipient recipient{};
     {
         MutexLock lock(&mutex_);
-        if (std::exchange(reported_, true)) {
-            return false;
-        }
-        callback = callback_;
-        parameter = parameter_;
+        recipient = TakeRecipient();
     }
-    const auto logger = logger_;
+    if (!recipient.callback) {
+        return false;
+    }
     socket_->Close(true);
-    logger->Log("Report", LogLevel::kTrace,
-                success ? "Socket has been closed." : "Socket is closed");
-    callback(success, parameter, records);
-    logger->Log("Report", LogLevel::kTrace,
-                success ? "Callback has been notified of success."
-                        : "Callback has been notified of error.");
+    Tell(recipient, success, records);
     return true;
 }
 
+ADns::Recipient ADns::TakeRecipient() {
+    return {std::exchange(reported_, true) ? nullptr : callback_, parameter_};
+}
+
+// Nothing of the object is touched after the callback, which may have released it.
+void ADns::Tell(const Recipient& recipient, bool success, const std::vector<DnsRecord>& records) {
+    const auto logger = logger_;
+    logger->Log("Report", LogLevel::kTrace,
+                success ? "Socket has been closed." : "Socket is closed");
+    recipient.callback(success, recipient.parameter, records);
+    logger->Log("Report", LogLevel::kTrace,
+                success ? "Callback has been notified of success."
+                        : "Callback has been notified of error.");
+}
+
+// This event alone is never dropped, because nothing else would let the next look-up begin; the
+// mutex is held for moments only.
 void ADns::OnClose(void* /*context*/, int error) {
-    if (mutex_.Lock(kCallbackTimeoutMs, nullptr)) {
-        MutexReleaser releaser(mutex_);
+    Recipient recipient{};
+    {
+        MutexLock lock(&mutex_);
         logger_->Log("OnClose", LogLevel::kTrace,
                      "The socket is closed, no longer pending (Error Code = %lu)",
                      static_cast<unsigned long>(error));
         busy_ = false;
+        recipient = TakeRecipient();
     }
     // The layer may close the socket under a look-up that has not ended.
-    Report(false, {});
+    if (recipient.callback) {
+        Tell(recipient, false, {});
+    }
 }
 
 } // namespace ZelNet

@@ -38,6 +38,9 @@ public:
     ADns(const ADns&) = delete;
     ADns& operator=(const ADns&) = delete;
 
+    // Whether any of the servers can be asked: systems without one may name "0.0.0.0".
+    static bool HasUsableServer(const std::vector<std::string>& servers);
+
     // The servers' dotted addresses; "0.0.0.0" is left out. False during a look-up.
     bool SetDnsServers(const std::vector<std::string>& servers);
     // Starts a look-up. False, without a callback, when there is no server, when no question can be
@@ -59,7 +62,15 @@ private:
     enum class Progress { kWaiting, kSucceeded, kFailed };
     Progress ReadAnswer(int error, std::vector<DnsRecord>& records) ZELBASE_REQUIRES(mutex_);
     std::vector<DnsRecord> TakeRecords(DnsReply& reply) const;
+    // Who is to be told of the look-up's end; the callback is null when that has happened before.
+    struct Recipient {
+        Callback callback;
+        void* parameter;
+    };
+    Recipient TakeRecipient() ZELBASE_REQUIRES(mutex_);
     bool Report(bool success, const std::vector<DnsRecord>& records) ZELBASE_EXCLUDES(mutex_);
+    void Tell(const Recipient& recipient, bool success, const std::vector<DnsRecord>& records)
+        ZELBASE_EXCLUDES(mutex_);
 
     // Shared, because the callback may release this object before the last record is logged.
     std::shared_ptr<ZelBase::Logger> logger_;

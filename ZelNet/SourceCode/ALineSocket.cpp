@@ -68,10 +68,14 @@ private:
     template <typename Operation, typename Result>
     Result WithLock(Operation operation, Result failure, int line = __builtin_LINE());
 
+    // The socket may be closed in any call of the listener, and even be opened again there.
+    bool IsOver(unsigned life) const { return closing_ || life_ != life; }
     bool ReceiveChunk(int error);
     bool AnnounceLines(const char* chunk, std::size_t size, int error);
     void SendData(int error);
     bool SendChunk();
+    // Calls the listener, unless the socket is closed.
+    void Tell(void (TcpNonBlockingLineSocketListener::*callback)(void*, int), int error);
 
     ATcpNonBlockingLineSocket* const owner_;
     // Owned by the owner. Callbacks may use it: it outlives them.
@@ -79,7 +83,11 @@ private:
     std::unique_ptr<ZelBase::Logger> logger_;
     // Guards the buffers and the use of the socket.
     ZelBase::WIN32_Mutex mutex_;
-    TcpNonBlockingLineSocketListener* listener_ = nullptr;
+    // Null while the socket is closed. Not under the mutex: the callbacks that tell of connections
+    // do not wait for user calls.
+    std::atomic<TcpNonBlockingLineSocketListener*> listener_ = nullptr;
+    // Counts how often the socket was opened.
+    unsigned life_ = 0;
     ADynaByteBuffer receiveBuffer_{kBufferSize, kBufferGrowth};
     ADynaByteBuffer sendBuffer_{kBufferSize, kBufferGrowth};
     std::array<char, kChunkSize> staging_;
@@ -113,10 +121,17 @@ bool ATcpNonBlockingLineSocket::InternalListener::Create(TcpNonBlockingLineSocke
                                                          bool secure) {
     return WithLock(
         [&] {
-            if (!socket_->Create(this, localPort, localAddress, secure)) {
+            // Before the socket is open, because from then on it may close.
+            TcpNonBlockingLineSocketListener* none = nullptr;
+            if (!listener_.compare_exchange_strong(none, listener)) {
+                logger_->Log("Create", LogLevel::kError, "Socket already created.");
                 return false;
             }
-            listener_ = listener;
+            if (!socket_->Create(this, localPort, localAddress, secure)) {
+                listener_ = nullptr;
+                return false;
+            }
+            ++life_;
             receiveBuffer_.Clear();
             sendBuffer_.Clear();
             lineMode_ = true;
@@ -157,7 +172,7 @@ std::uint32_t ATcpNonBlockingLineSocket::InternalListener::Peek(void* dest, std:
     return WithLock(
         [&] {
             receiveBuffer_.Read(dest, size, true); // all or nothing, on purpose
-            return dest ? std::min(size, Count(receiveBuffer_.Size())) : 0u;
+            return std::min(size, Count(receiveBuffer_.Size()));
         },
         0u);
 }
@@ -204,19 +219,21 @@ void ATcpNonBlockingLineSocket::InternalListener::SetLineMode(bool lineMode) {
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnAccept(void* /*context*/, int error) {
-    listener_->OnAccept(owner_, error);
+    Tell(&TcpNonBlockingLineSocketListener::OnAccept, error);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnClose(void* /*context*/, int error) {
-    listener_->OnClose(owner_, error);
+    if (auto* listener = listener_.exchange(nullptr)) {
+        listener->OnClose(owner_, error);
+    }
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnConnect(void* /*context*/, int error) {
-    listener_->OnConnect(owner_, error);
+    Tell(&TcpNonBlockingLineSocketListener::OnConnect, error);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnOutOfBandData(void* /*context*/, int error) {
-    listener_->OnOutOfBandData(owner_, error);
+    Tell(&TcpNonBlockingLineSocketListener::OnOutOfBandData, error);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnReceive(void* /*context*/, int error) {
@@ -233,6 +250,7 @@ void ATcpNonBlockingLineSocket::InternalListener::OnReceive(void* /*context*/, i
 // False when there is no more to do.
 bool ATcpNonBlockingLineSocket::InternalListener::ReceiveChunk(int error) {
     char chunk[kChunkSize];
+    const unsigned life = life_;
     const std::uint32_t size = closing_ ? 0 : socket_->Receive(chunk, sizeof chunk);
     if (size == 0) {
         return false;
@@ -248,26 +266,27 @@ bool ATcpNonBlockingLineSocket::InternalListener::ReceiveChunk(int error) {
     if (lineMode_ && !AnnounceLines(chunk, size, error)) {
         return false;
     }
-    if (!closing_) {
-        listener_->OnReceive(owner_, error);
+    if (!IsOver(life)) {
+        Tell(&TcpNonBlockingLineSocketListener::OnReceive, error);
     }
-    return !closing_;
+    return !IsOver(life);
 }
 
 // False when the listener has closed the socket.
 bool ATcpNonBlockingLineSocket::InternalListener::AnnounceLines(const char* chunk, std::size_t size,
                                                                 int error) {
+    const unsigned life = life_;
     const char* const end = chunk + size;
-    for (const char* position = chunk; position < end && !closing_; ++position) {
+    for (const char* position = chunk; position < end && !IsOver(life); ++position) {
         position = std::find(position, end, '\n');
         if (position == end) {
             break;
         }
         logger_->Log("ReceiveData", LogLevel::kTrace, "NL found at index %lu",
                      static_cast<unsigned long>(position - chunk));
-        listener_->OnReceiveLine(owner_, error);
+        Tell(&TcpNonBlockingLineSocketListener::OnReceiveLine, error);
     }
-    return !closing_;
+    return !IsOver(life);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnSend(void* /*context*/, int error) {
@@ -288,7 +307,7 @@ void ATcpNonBlockingLineSocket::InternalListener::SendData(int error) {
     if (sendBuffer_.Size() == 0) {
         logger_->Log("SendData", LogLevel::kTrace,
                      "No data in the send buffer.  Passing OnSend to caller.");
-        listener_->OnSend(owner_, error);
+        Tell(&TcpNonBlockingLineSocketListener::OnSend, error);
         return;
     }
     while (sendBuffer_.Size() != 0 && SendChunk() && !closing_) {
@@ -324,6 +343,13 @@ bool ATcpNonBlockingLineSocket::InternalListener::SendChunk() {
         return false;
     }
     return true;
+}
+
+void ATcpNonBlockingLineSocket::InternalListener::Tell(
+    void (TcpNonBlockingLineSocketListener::*callback)(void*, int), int error) {
+    if (auto* listener = listener_.load()) {
+        (listener->*callback)(owner_, error);
+    }
 }
 
 std::unique_ptr<ATcpNonBlockingLineSocket> ATcpNonBlockingLineSocket::Create() {

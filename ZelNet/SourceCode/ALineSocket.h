@@ -35,7 +35,7 @@ public:
     // Takes up to `size` bytes and returns how many.
     std::uint32_t Receive(void* dest, std::uint32_t size);
     // Returns how many of `size` bytes there are, and copies them if there are all of them. When
-    // there are fewer nothing is copied, unlike in Receive: this is deliberate.
+    // there are fewer, or `dest` is null, nothing is copied: this is deliberate, unlike in Receive.
     std::uint32_t Peek(void* dest, std::uint32_t size);
     // Queues the data and starts to send it. Returns `size`; 0 for a null or empty request, and
     // without memory.

@@ -48,11 +48,12 @@ bool WIN32_NetworkInfo::DNSLookup(const std::string& server, const std::string& 
 
 std::vector<std::string> WIN32_NetworkInfo::FindServers() {
     auto servers = DnsServers();
+    if (!ADns::HasUsableServer(servers)) {
+        logger_->Log("DNSLookup", LogLevel::kWarning, "Failed to find servers.");
+        return {};
+    }
     for (const std::string& server : servers) {
         logger_->Log("DNSLookup", LogLevel::kTrace, "Found Server %s.", server.c_str());
-    }
-    if (servers.empty()) {
-        logger_->Log("DNSLookup", LogLevel::kWarning, "Failed to find servers.");
     }
     return servers;
 }
@@ -84,8 +85,11 @@ void WIN32_NetworkInfo::ADnsCallBack(bool success, void* parameter,
     auto& lookUp = *static_cast<LookUp*>(parameter);
     lookUp.logger->Log("ADnsCallBack", LogLevel::kTrace, "Success = %s, pParam = %lx",
                        success ? "Ok" : "Failed", LogNumber(parameter));
-    lookUp.success = success;
-    lookUp.records = records;
+    try {
+        lookUp.records = records;
+        lookUp.success = success;
+    } catch (const std::bad_alloc&) { // a failure, but one that the waiting thread must hear of
+    }
     lookUp.logger->Log("ADnsCallBack", LogLevel::kTrace, "Signaling ZelBase::Event.");
     lookUp.done->Set(); // from here on the look-up may be gone
 }

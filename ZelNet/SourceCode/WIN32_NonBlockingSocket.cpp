@@ -21,7 +21,7 @@ WIN32_NonBlockingSocket::WIN32_NonBlockingSocket(const char* component)
     : logger_(CreateLogger(component)) {}
 
 bool WIN32_NonBlockingSocket::IsValid() const {
-    return logger_ && mutex_.IsValid() && closed_.IsValid() && idle_.IsValid();
+    return logger_ && mutex_.IsValid() && closed_.IsValid() && alone_.IsValid();
 }
 
 void WIN32_NonBlockingSocket::Abandon() noexcept {
@@ -30,13 +30,13 @@ void WIN32_NonBlockingSocket::Abandon() noexcept {
         {
             MutexLock lock(&mutex_);
             ForgetListener();
-            wait = deliveries_ != 0 && deliveringThread_ != GetCurrentThreadId();
+            wait = IsDeliveredBesides(GetCurrentThreadId());
             if (wait) {
-                idleAwaited_ = true;
+                awaitingThread_ = GetCurrentThreadId();
             }
         }
         if (wait) {
-            idle_.Wait(nullptr);
+            alone_.Wait(nullptr);
         }
         CloseSocket(true);
     } catch (...) {
@@ -47,15 +47,19 @@ void WIN32_NonBlockingSocket::Abandon() noexcept {
 void WIN32_NonBlockingSocket::AwaitClosing() {
     {
         MutexLock lock(&mutex_);
-        if (!closing_ || deliveringThread_ == GetCurrentThreadId()) {
+        const auto isInThatClose = [life = life_](const Delivery& delivery) {
+            return delivery.life == life && delivery.thread == GetCurrentThreadId();
+        };
+        if (!closing_ || AnyDelivery(isInThatClose)) {
             return;
         }
     }
     closed_.Wait(kCloseTimeoutMs, nullptr);
 }
 
-bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort,
-                                   const IpAddress& localAddress) {
+bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort, const IpAddress& localAddress,
+                                   unsigned& life) {
+    life = kNoLife;
     if (handle_ != INVALID_SOCKET) {
         logger_->Log("Create", LogLevel::kError, "Socket already created.");
         return false;
@@ -67,17 +71,14 @@ bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort,
     }
     logger_->Log("Create", LogLevel::kTrace, "Socket creation succeeded.  handle: %lu",
                  LogNumber(handle_));
-    ++life_;
-    closeRequested_ = false;
+    life = ++life_;
+    closing_ = closeRequested_ = false;
     closed_.Reset();
     created_ = SelectEvents();
     const bool bind = localPort != 0 || !(localAddress == IpAddress()) || !localAddress.IsValid();
     if (created_ && bind && !BindHandle(localPort, localAddress)) {
         logger_->Log("Create", LogLevel::kError, "Bind failed.");
         created_ = false;
-    }
-    if (!created_) {
-        Discard();
     }
     return created_;
 }
@@ -124,11 +125,20 @@ bool WIN32_NonBlockingSocket::ShutdownHandle(int how) {
 }
 
 bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
-    SocketPlace place;
+    unsigned life = kNoLife;
     {
         MutexLock lock(&mutex_);
         TraceCall("Close");
-        if (handle_ == INVALID_SOCKET) {
+        life = life_;
+    }
+    return CloseLife(life, fromEvent);
+}
+
+bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
+    SocketPlace place;
+    {
+        MutexLock lock(&mutex_);
+        if (!IsLiving(life)) {
             return false;
         }
         logger_->Log("Close", LogLevel::kTrace, "Calling Shutdown() on socket %d.",
@@ -137,7 +147,7 @@ bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
         const bool onEventThread = place_.thread && place_.thread->IsCurrentThread();
         if (place_.thread && !(fromEvent && onEventThread)) {
             closeRequested_ = true;
-            if (deliveries_ != 0) {
+            if (IsDelivered(life)) {
                 return true; // the delivery closes the socket at its end
             }
             place = place_;
@@ -147,20 +157,37 @@ bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
     if (place.thread) {
         place.thread->PostOnClose(place);
     } else {
-        CloseNow();
+        CloseNow(life);
     }
     return true;
 }
 
 // Calls the close handler until it could do its work; it drops the call when the mutex is busy.
-void WIN32_NonBlockingSocket::CloseNow() {
+// Only the thread that does this can end the life and let the next begin.
+void WIN32_NonBlockingSocket::CloseNow(unsigned life) {
     do {
         OnClose(0);
-    } while (!closed_.Wait(kCloseTimeoutMs, nullptr));
+    } while (!IsOver(life) && !closed_.Wait(kCloseTimeoutMs, nullptr));
+}
+
+bool WIN32_NonBlockingSocket::IsOver(unsigned life) {
+    MutexLock lock(&mutex_);
+    return !IsLiving(life);
 }
 
 bool WIN32_NonBlockingSocket::Enter() {
     return mutex_.Lock(kCallbackTimeoutMs, nullptr);
+}
+
+bool WIN32_NonBlockingSocket::Enter(unsigned life) {
+    if (!Enter()) {
+        return false;
+    }
+    if (!IsLiving(life)) {
+        mutex_.Unlock();
+        return false;
+    }
+    return true;
 }
 
 bool WIN32_NonBlockingSocket::EnterClose(unsigned& life) {
@@ -180,14 +207,26 @@ bool WIN32_NonBlockingSocket::EnterClose(unsigned& life) {
 
 // The listener may have closed the socket in its OnClose, and even have opened it again.
 void WIN32_NonBlockingSocket::FinishClose(unsigned life) {
+    SocketPlace place;
+    {
+        MutexLock lock(&mutex_);
+        if (!IsLiving(life)) {
+            return;
+        }
+        place = Discard();
+    }
+    if (place.thread) {
+        place.thread->RemoveSocket(place);
+    }
     MutexLock lock(&mutex_);
-    if (handle_ != INVALID_SOCKET && life_ == life) {
-        Discard();
+    if (life_ == life) {
+        closing_ = false;
+        closed_.Set();
     }
 }
 
-// Closes the handle and leaves the event thread.
-void WIN32_NonBlockingSocket::Discard() {
+// Closes the handle. Returns the place on the event thread, which remains to be left.
+SocketPlace WIN32_NonBlockingSocket::Discard() {
     logger_->Log("OnClose", LogLevel::kTrace, "Calling closesocket() on socket %d.",
                  static_cast<int>(handle_));
     if (closesocket(handle_) != 0) {
@@ -199,35 +238,51 @@ void WIN32_NonBlockingSocket::Discard() {
         }
     }
     handle_ = INVALID_SOCKET;
-    created_ = closing_ = false;
+    created_ = false;
     ForgetListener();
-    const SocketPlace place = std::exchange(place_, SocketPlace());
-    if (place.thread) {
-        place.thread->RemoveSocket(place);
-    }
-    closed_.Set();
+    return std::exchange(place_, SocketPlace());
 }
 
-void WIN32_NonBlockingSocket::BeginDelivery() {
-    ++deliveries_;
-    deliveringThread_ = GetCurrentThreadId();
+void WIN32_NonBlockingSocket::BeginDelivery(Delivery& delivery) {
+    delivery.life = life_;
+    delivery.next = std::exchange(deliveries_, &delivery);
 }
 
-void WIN32_NonBlockingSocket::EndDelivery() {
+void WIN32_NonBlockingSocket::EndDelivery(const Delivery& delivery) {
+    const unsigned life = delivery.life;
     bool close = false;
     {
         MutexLock lock(&mutex_);
-        if (--deliveries_ != 0) {
-            return;
+        Delivery** link = &deliveries_;
+        while (*link != &delivery) {
+            link = &(*link)->next;
         }
-        if (std::exchange(idleAwaited_, false)) {
-            idle_.Set();
+        *link = delivery.next;
+        if (awaitingThread_ != 0 && !IsDeliveredBesides(awaitingThread_)) {
+            alone_.Set();
         }
-        close = closeRequested_;
+        close = closeRequested_ && IsLiving(life) && !IsDelivered(life);
     }
     if (close) {
-        CloseNow();
+        CloseNow(life);
     }
+}
+
+template <typename Condition>
+bool WIN32_NonBlockingSocket::AnyDelivery(Condition condition) const {
+    const Delivery* delivery = deliveries_;
+    while (delivery && !condition(*delivery)) {
+        delivery = delivery->next;
+    }
+    return delivery != nullptr;
+}
+
+bool WIN32_NonBlockingSocket::IsDelivered(unsigned life) const {
+    return AnyDelivery([&](const Delivery& delivery) { return delivery.life == life; });
+}
+
+bool WIN32_NonBlockingSocket::IsDeliveredBesides(DWORD thread) const {
+    return AnyDelivery([&](const Delivery& delivery) { return delivery.thread != thread; });
 }
 
 void WIN32_NonBlockingSocket::TraceCall(const char* operation) const {

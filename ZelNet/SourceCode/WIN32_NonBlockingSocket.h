@@ -4,14 +4,17 @@
 // and the passage of that thread's events to the user's listener.
 //
 // Locks and lifetime:
-// 1. The mutex guards all fields. It is never held while the listener is called, nor while posting
-//    to a slot, so it comes last in the order slot, user's locks, mutex.
-// 2. A delivery is the time from the decision to call the listener until the call has returned. It
-//    is noted under the mutex, so that releasing the socket can wait for it (except within it).
-// 3. The slot keeps the object alive, and so does each call. The user's reference is another one
+// 1. The mutex guards all fields. It is never held while the listener is called, while posting to
+//    the slot or while leaving it, so it comes last in the order slot, user's locks, mutex.
+// 2. From its opening to its close a socket has one life. A listener may close the socket and open
+//    it again, so deliveries of several lives can run at once, each life on its own event thread.
+// 3. A delivery is the time from the decision to call the listener until the call has returned. It
+//    is noted under the mutex, with its thread and its life. Releasing the socket waits for the
+//    deliveries on other threads.
+// 4. The slot keeps the object alive, and so does each call. The user's reference is another one
 //    whose end forgets the listener and closes the socket (see MakeSocket).
-// 4. A close that comes while a delivery runs is carried out at its end: nothing can get lost
-//    between a busy slot and the queue.
+// 5. A close that comes while a delivery of the same life runs is carried out at its end: nothing
+//    can get lost between a busy slot and the queue.
 
 #include "ZelBase/MutexLock.h"
 #include "ZelBase/WIN32_Event.h"
@@ -39,17 +42,30 @@ protected:
     // No callback starts afterwards.
     virtual void ForgetListener() ZELBASE_REQUIRES(mutex_) = 0;
 
+    // Tells the socket's lives apart; no life has this number.
+    static constexpr unsigned kNoLife = 0;
+
     // A listener may learn of its close before the close is over, and open the socket again.
     void AwaitClosing() ZELBASE_EXCLUDES(mutex_);
-    // Opens a handle and gives it a place on an event thread; binds it if port or address is given.
-    bool Open(int type, std::uint16_t localPort, const IpAddress& localAddress)
+    // Begins a life: opens a handle and gives it a place on an event thread; binds it if port or
+    // address is given. After a failure the caller ends `life` with FinishClose.
+    bool Open(int type, std::uint16_t localPort, const IpAddress& localAddress, unsigned& life)
         ZELBASE_REQUIRES(mutex_);
     bool BindHandle(std::uint16_t port, const IpAddress& address) ZELBASE_REQUIRES(mutex_);
     bool ShutdownHandle(int how) ZELBASE_REQUIRES(mutex_);
     bool CloseSocket(bool fromEvent) ZELBASE_EXCLUDES(mutex_);
+    // The same for that life alone.
+    bool CloseLife(unsigned life, bool fromEvent) ZELBASE_EXCLUDES(mutex_);
+    // Whether that life is not over yet.
+    bool IsLiving(unsigned life) const ZELBASE_REQUIRES(mutex_) {
+        return handle_ != INVALID_SOCKET && life_ == life;
+    }
+    unsigned Life() const ZELBASE_REQUIRES(mutex_) { return life_; }
 
     // Callbacks begin here: false means that the event must be dropped.
     bool Enter() ZELBASE_TRY_ACQUIRE(true, mutex_);
+    // The same for what is left to tell of a certain life.
+    bool Enter(unsigned life) ZELBASE_TRY_ACQUIRE(true, mutex_);
     // The same for OnClose, which is over if the socket is closed already. The listener is told,
     // for the last time, in between.
     bool EnterClose(unsigned& life) ZELBASE_TRY_ACQUIRE(true, mutex_);
@@ -57,14 +73,15 @@ protected:
     // ...and end here: calls the listener with the mutex given back.
     template <typename Call>
     void Deliver(Call call) ZELBASE_RELEASE(mutex_) {
-        BeginDelivery();
+        Delivery delivery;
+        BeginDelivery(delivery);
         mutex_.Unlock();
         try {
             call();
         } catch (...) {
             logger_->Log("Deliver", ZelBase::LogLevel::kError, "Uncaught exception in a listener.");
         }
-        EndDelivery();
+        EndDelivery(delivery);
     }
     template <typename Listener>
     void Notify(Listener* listener, void (Listener::*callback)(void*, int), int error)
@@ -87,24 +104,35 @@ protected:
     void* context_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
 
 private:
+    // On the stack of the thread that delivers.
+    struct Delivery {
+        DWORD thread = GetCurrentThreadId();
+        unsigned life = kNoLife;
+        Delivery* next = nullptr;
+    };
+
     bool SelectEvents() ZELBASE_REQUIRES(mutex_);
-    void Discard() ZELBASE_REQUIRES(mutex_);
-    void CloseNow() ZELBASE_EXCLUDES(mutex_);
-    void BeginDelivery() ZELBASE_REQUIRES(mutex_);
-    void EndDelivery() ZELBASE_EXCLUDES(mutex_);
+    SocketPlace Discard() ZELBASE_REQUIRES(mutex_);
+    void CloseNow(unsigned life) ZELBASE_EXCLUDES(mutex_);
+    bool IsOver(unsigned life) ZELBASE_EXCLUDES(mutex_);
+    void BeginDelivery(Delivery& delivery) ZELBASE_REQUIRES(mutex_);
+    void EndDelivery(const Delivery& delivery) ZELBASE_EXCLUDES(mutex_);
+    template <typename Condition>
+    bool AnyDelivery(Condition condition) const ZELBASE_REQUIRES(mutex_);
+    bool IsDelivered(unsigned life) const ZELBASE_REQUIRES(mutex_);
+    bool IsDeliveredBesides(DWORD thread) const ZELBASE_REQUIRES(mutex_);
 
     ZelBase::WIN32_Event closed_;
-    // Counts the times that the socket was opened, so that the end of one life leaves the next
-    // alone.
-    unsigned life_ ZELBASE_GUARDED_BY(mutex_) = 0;
-    // OnClose has begun; its end sets closed_.
+    // The number of the present life, or of the last.
+    unsigned life_ ZELBASE_GUARDED_BY(mutex_) = kNoLife;
+    // OnClose of that life has begun; when the place is left, too, closed_ is set.
     bool closing_ ZELBASE_GUARDED_BY(mutex_) = false;
+    // That life shall end with its delivery.
     bool closeRequested_ ZELBASE_GUARDED_BY(mutex_) = false;
-    int deliveries_ ZELBASE_GUARDED_BY(mutex_) = 0;
-    DWORD deliveringThread_ ZELBASE_GUARDED_BY(mutex_) = 0;
-    // Somebody waits for the deliveries to end.
-    bool idleAwaited_ ZELBASE_GUARDED_BY(mutex_) = false;
-    ZelBase::WIN32_Event idle_;
+    Delivery* deliveries_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
+    // The thread that waits until no other one delivers; 0 for none.
+    DWORD awaitingThread_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    ZelBase::WIN32_Event alone_;
 };
 
 // Makes a socket of class `Socket` and returns the user's reference to it, as `Interface`.

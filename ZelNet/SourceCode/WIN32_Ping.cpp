@@ -82,12 +82,13 @@ std::unique_ptr<APing> APing::Create() {
 WIN32_Ping::WIN32_Ping() {
     SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
-    if (++shared.users == 1) {
+    if (shared.users == 0) {
         auto library = std::make_unique<IcmpLibrary>();
         if (library->Load()) {
             shared.library = std::move(library);
         }
     }
+    ++shared.users;
     loadFailed_ = !shared.library;
 }
 
@@ -102,6 +103,8 @@ WIN32_Ping::~WIN32_Ping() {
 int WIN32_Ping::Ping(const IpAddress& address, IpAddress& replyAddress, std::uint32_t& roundTripMs,
                      std::uint16_t timeoutMs, std::uint8_t ttl, int dataSize) {
     if (loadFailed_) {
+        replyAddress = IpAddress();
+        roundTripMs = 0;
         return kPingFailed;
     }
     // Room for a reply, the largest data and an ICMP error message.

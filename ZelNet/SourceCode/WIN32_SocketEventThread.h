@@ -6,7 +6,8 @@
 // with it, and other threads reach it by posting: the pair is queued on the slot and the change
 // event wakes the loop, which delivers it as a callback on its own thread. Each slot has a lock,
 // which the loop holds during callbacks. That is why adding and posting wait for it only for a
-// while, and why they never happen with the lock of a socket held.
+// while, and why nobody posts to its slot, or leaves it, with the lock of the socket held. A socket
+// is added with its lock held: no callback of it can be in a slot yet.
 //
 // The thread goes when its last socket has left. It cannot delete itself while it runs, so it
 // leaves itself to the next one that goes, or to whoever opens or shuts the socket layer next.

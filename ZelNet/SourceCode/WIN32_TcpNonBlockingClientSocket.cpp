@@ -17,18 +17,20 @@ constexpr std::uint32_t kNoAddress = 0xFFFFFFFF;
 // The error that the socket then closes with.
 constexpr int kNoAddressError = 13;
 
-// What the resolver's callback needs; its own, so that the socket may be gone by then.
-struct PendingConnect {
-    SocketPlace place;
-};
-
-std::uint32_t PickAtRandom(const std::vector<std::uint32_t>& addresses) {
-    if (addresses.size() == 1) {
-        return addresses.front();
+// One of the addresses, at random.
+std::uint32_t PickAddress(const std::vector<DnsRecord>& records) {
+    const auto isAddress = [](const DnsRecord& record) { return record.type == kDnsTypeAddress; };
+    const auto count = std::count_if(records.begin(), records.end(), isAddress);
+    if (count == 0) {
+        return kNoAddress;
     }
-    std::mt19937 generator(static_cast<std::mt19937::result_type>(
+    std::minstd_rand generator(static_cast<std::minstd_rand::result_type>(
         std::chrono::system_clock::now().time_since_epoch().count()));
-    return addresses[generator() % addresses.size()];
+    auto picked = std::find_if(records.begin(), records.end(), isAddress);
+    for (auto index = generator() % static_cast<unsigned long>(count); index > 0; --index) {
+        picked = std::find_if(std::next(picked), records.end(), isAddress);
+    }
+    return picked->address.GetValue();
 }
 
 int Length(std::uint32_t size) {
@@ -36,6 +38,15 @@ int Length(std::uint32_t size) {
 }
 
 } // namespace
+
+// What the resolver's callback needs; its own, so that the socket may be gone by then.
+struct WIN32_TcpNonBlockingClientSocket::PendingConnect {
+    std::weak_ptr<WIN32_TcpNonBlockingClientSocket> socket;
+    unsigned life;
+    SocketPlace place;
+    // Ends with the callback, so that nobody has to wait for the callback in order to end it.
+    std::shared_ptr<ADns> resolver;
+};
 
 std::shared_ptr<TcpNonBlockingClientSocket> TcpNonBlockingClientSocket::Create() {
     return MakeSocket<TcpNonBlockingClientSocket, WIN32_TcpNonBlockingClientSocket>();
@@ -50,15 +61,19 @@ bool WIN32_TcpNonBlockingClientSocket::Create(TcpNonBlockingSocketListener* list
                                               std::uint16_t localPort,
                                               const IpAddress& localAddress, bool secure) {
     AwaitClosing();
-    MutexLock lock(&mutex_);
-    TraceCall("Create");
-    if (!Open(SOCK_STREAM, localPort, localAddress)) {
-        return false;
+    unsigned life = kNoLife;
+    {
+        MutexLock lock(&mutex_);
+        TraceCall("Create");
+        if (Open(SOCK_STREAM, localPort, localAddress, life)) {
+            listener_ = listener;
+            secure_ = secure;
+            connecting_ = connected_ = receivedWhileConnecting_ = sendPending_ = false;
+            return true;
+        }
     }
-    listener_ = listener;
-    secure_ = secure;
-    connecting_ = connected_ = receivedWhileConnecting_ = sendPending_ = false;
-    return true;
+    FinishClose(life);
+    return false;
 }
 
 bool WIN32_TcpNonBlockingClientSocket::Bind(std::uint16_t port, const IpAddress& address) {
@@ -72,11 +87,13 @@ bool WIN32_TcpNonBlockingClientSocket::Connect(const std::string& host, std::uin
         logger_->Log("Connect", LogLevel::kError, "Invalid argument.");
         return false;
     }
-    if (!BeginConnecting(port)) {
+    unsigned life = kNoLife;
+    if (!BeginConnecting(port, life)) {
         return false;
     }
     const std::uint32_t address = inet_addr(host.c_str());
-    return EndConnecting(address != INADDR_NONE ? StartConnect(address) == 0 : Resolve(host));
+    return EndConnecting(life, address != INADDR_NONE ? StartConnect(address, life) == 0
+                                                      : Resolve(host, life));
 }
 
 bool WIN32_TcpNonBlockingClientSocket::Connect(const IpAddress& address, std::uint16_t port) {
@@ -84,10 +101,12 @@ bool WIN32_TcpNonBlockingClientSocket::Connect(const IpAddress& address, std::ui
         logger_->Log("Connect", LogLevel::kError, "Invalid argument.");
         return false;
     }
-    return BeginConnecting(port) && EndConnecting(StartConnect(address.GetValue()) == 0);
+    unsigned life = kNoLife;
+    return BeginConnecting(port, life) &&
+           EndConnecting(life, StartConnect(address.GetValue(), life) == 0);
 }
 
-bool WIN32_TcpNonBlockingClientSocket::BeginConnecting(std::uint16_t port) {
+bool WIN32_TcpNonBlockingClientSocket::BeginConnecting(std::uint16_t port, unsigned& life) {
     MutexLock lock(&mutex_);
     TraceCall("Connect");
     if (!created_ || connecting_ || connected_) {
@@ -97,19 +116,20 @@ bool WIN32_TcpNonBlockingClientSocket::BeginConnecting(std::uint16_t port) {
     remotePort_ = port;
     connecting_ = true;
     receivedWhileConnecting_ = sendPending_ = false;
+    life = Life();
     return true;
 }
 
-bool WIN32_TcpNonBlockingClientSocket::EndConnecting(bool underWay) {
+bool WIN32_TcpNonBlockingClientSocket::EndConnecting(unsigned life, bool underWay) {
     if (!underWay) {
         MutexLock lock(&mutex_);
-        connecting_ = false;
+        connecting_ = connecting_ && !IsLiving(life);
     }
     return underWay;
 }
 
 // Returns 0 when OnConnect will follow, else Winsock's error.
-int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address) {
+int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address, unsigned life) {
     SocketPlace place;
     {
         MutexLock lock(&mutex_);
@@ -117,7 +137,8 @@ int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address) {
         remote.sin_family = AF_INET;
         remote.sin_port = htons(remotePort_);
         remote.sin_addr.s_addr = address;
-        if (connect(handle_, reinterpret_cast<const sockaddr*>(&remote), sizeof remote) != 0) {
+        const SOCKET handle = IsLiving(life) ? handle_ : INVALID_SOCKET;
+        if (connect(handle, reinterpret_cast<const sockaddr*>(&remote), sizeof remote) != 0) {
             const int error = WSAGetLastError();
             if (error == WSAEWOULDBLOCK) {
                 logger_->Log("FinishConnect", LogLevel::kTrace, "Connect returned would block.");
@@ -125,7 +146,7 @@ int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address) {
             }
             logger_->Log("FinishConnect", LogLevel::kError,
                          "Connect failed with error code %d, hande %d", error,
-                         static_cast<int>(handle_));
+                         static_cast<int>(handle));
             return error;
         }
         logger_->Log("FinishConnect", LogLevel::kTrace, "Connect returned immediately.");
@@ -137,55 +158,78 @@ int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address) {
     return 0;
 }
 
-bool WIN32_TcpNonBlockingClientSocket::Resolve(const std::string& host) {
+bool WIN32_TcpNonBlockingClientSocket::Resolve(const std::string& host, unsigned life) {
     const auto network = NetworkInfo::Create();
     const auto servers = network ? network->DnsServers() : std::vector<std::string>();
-    if (servers.empty()) {
+    if (!ADns::HasUsableServer(servers)) {
         logger_->Log("Connect", LogLevel::kError, "No DNS servers could be found");
         return false;
     }
-    std::shared_ptr<ADns> resolver = ADns::Create();
+    const std::shared_ptr<ADns> resolver = ADns::Create();
     if (!resolver) {
         logger_->Log("Connect", LogLevel::kError, "Could not create a DNS resolver");
         return false;
     }
     resolver->SetDnsServers(servers);
     auto pending = std::make_unique<PendingConnect>();
-    std::shared_ptr<ADns> previous;
+    pending->socket =
+        std::static_pointer_cast<WIN32_TcpNonBlockingClientSocket>(shared_from_this());
+    pending->life = life;
+    pending->resolver = resolver;
     {
         MutexLock lock(&mutex_);
+        if (!IsLiving(life)) {
+            return false; // closed meanwhile
+        }
         pending->place = place_;
-        previous = std::exchange(resolver_, resolver);
+        resolver_ = resolver;
     }
-    if (!resolver->ResolveName(host, &OnResolved, pending.get())) {
-        return false;
+    const bool resolving = resolver->ResolveName(host, &OnResolved, pending.get());
+    if (resolving) {
+        static_cast<void>(pending.release()); // the callback's now
     }
-    static_cast<void>(pending.release()); // the callback's now
-    return true;
+    bool closed = false;
+    {
+        MutexLock lock(&mutex_);
+        closed = !IsLiving(life);
+        if (!resolving && resolver_ == resolver) {
+            resolver_.reset();
+        }
+    }
+    if (resolving && closed) {
+        resolver->Abort(); // the close may have done so too early
+    }
+    return resolving;
 }
 
 // Called by the resolver, on the event thread of its own socket.
 void WIN32_TcpNonBlockingClientSocket::OnResolved(bool /*success*/, void* pendingConnect,
                                                   const std::vector<DnsRecord>& records) {
     const std::unique_ptr<PendingConnect> pending(static_cast<PendingConnect*>(pendingConnect));
-    std::vector<std::uint32_t> addresses;
-    for (const DnsRecord& record : records) {
-        if (record.type == kDnsTypeAddress) {
-            addresses.push_back(record.address.GetValue());
-        }
+    const auto& place = pending->place;
+    if (place.thread && place.thread->PostFinishConnect(place, PickAddress(records))) {
+        return;
     }
-    if (const auto& thread = pending->place.thread) {
-        thread->PostFinishConnect(pending->place,
-                                  addresses.empty() ? kNoAddress : PickAtRandom(addresses));
+    // The socket has left its place, or is kept busy there; then it must not be left to wait for a
+    // connection that nobody makes.
+    if (const auto socket = pending->socket.lock()) {
+        socket->CloseLife(pending->life, false);
     }
 }
 
 void WIN32_TcpNonBlockingClientSocket::FinishConnect(std::uint32_t address) {
+    unsigned life = kNoLife;
+    std::shared_ptr<ADns> resolver;
+    {
+        MutexLock lock(&mutex_);
+        life = Life();
+        resolver = std::move(resolver_);
+    }
     if (address == kNoAddress) {
         OnClose(kNoAddressError);
         return;
     }
-    const int error = StartConnect(address);
+    const int error = StartConnect(address, life);
     if (error != 0) {
         OnConnect(error); // Connect has returned long ago
     }
@@ -281,8 +325,8 @@ void WIN32_TcpNonBlockingClientSocket::OnClose(int error) {
         return;
     }
     connecting_ = connected_ = false;
-    Deliver([resolver = resolver_, listener = std::exchange(listener_, nullptr), context = context_,
-             error] {
+    Deliver([resolver = std::move(resolver_), listener = std::exchange(listener_, nullptr),
+             context = context_, error] {
         if (resolver) {
             resolver->Abort();
         }
@@ -303,20 +347,23 @@ void WIN32_TcpNonBlockingClientSocket::OnConnect(int error) {
     connected_ = connected_ || (connecting_ && error == 0);
     connecting_ = false;
     const bool received = std::exchange(receivedWhileConnecting_, false);
-    Deliver([this, listener, context = context_, error, received] {
+    Deliver([this, listener, context = context_, error, received, life = Life()] {
         if (listener) {
             listener->OnConnect(context, GenericErrorOf(error));
         }
-        if (received) {
-            OnReceive(0);
+        if (received && Enter(life)) { // the listener may have opened the socket anew
+            DeliverReceive(0);
         }
     });
 }
 
 void WIN32_TcpNonBlockingClientSocket::OnReceive(int error) {
-    if (!Enter()) {
-        return;
+    if (Enter()) {
+        DeliverReceive(error);
     }
+}
+
+void WIN32_TcpNonBlockingClientSocket::DeliverReceive(int error) {
     logger_->Log("OnReceive", LogLevel::kTrace, "Calling OnReceive");
     receivedWhileConnecting_ = receivedWhileConnecting_ || connecting_;
     Notify(connecting_ ? nullptr : listener_, &TcpNonBlockingSocketListener::OnReceive, error);

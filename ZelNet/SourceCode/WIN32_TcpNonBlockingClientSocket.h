@@ -34,13 +34,18 @@ public:
     void FinishConnect(std::uint32_t address) override;
 
 private:
+    struct PendingConnect;
+
     void ForgetListener() override ZELBASE_REQUIRES(mutex_) { listener_ = nullptr; }
-    bool BeginConnecting(std::uint16_t port) ZELBASE_EXCLUDES(mutex_);
-    bool EndConnecting(bool underWay) ZELBASE_EXCLUDES(mutex_);
-    int StartConnect(std::uint32_t address) ZELBASE_EXCLUDES(mutex_);
-    bool Resolve(const std::string& host) ZELBASE_EXCLUDES(mutex_);
+    // The steps of connecting are for one life; the socket may be closed, and opened again, at any
+    // time in between.
+    bool BeginConnecting(std::uint16_t port, unsigned& life) ZELBASE_EXCLUDES(mutex_);
+    bool EndConnecting(unsigned life, bool underWay) ZELBASE_EXCLUDES(mutex_);
+    int StartConnect(std::uint32_t address, unsigned life) ZELBASE_EXCLUDES(mutex_);
+    bool Resolve(const std::string& host, unsigned life) ZELBASE_EXCLUDES(mutex_);
     static void OnResolved(bool success, void* pendingConnect,
                            const std::vector<DnsRecord>& records);
+    void DeliverReceive(int error) ZELBASE_RELEASE(mutex_);
     std::uint32_t ReceiveWith(const char* operation, int flags, void* buffer, std::uint32_t size)
         ZELBASE_EXCLUDES(mutex_);
 
@@ -51,7 +56,7 @@ private:
     bool receivedWhileConnecting_ ZELBASE_GUARDED_BY(mutex_) = false;
     bool sendPending_ ZELBASE_GUARDED_BY(mutex_) = false;
     bool secure_ ZELBASE_GUARDED_BY(mutex_) = false;
-    // Shared only so that it can be used without the mutex.
+    // While a name is looked up.
     std::shared_ptr<ADns> resolver_ ZELBASE_GUARDED_BY(mutex_);
 };
 

@@ -18,13 +18,17 @@ bool WIN32_UdpNonBlockingClientSocket::Create(UdpNonBlockingSocketListener* list
                                               std::uint16_t localPort,
                                               const IpAddress& localAddress) {
     AwaitClosing();
-    MutexLock lock(&mutex_);
-    TraceCall("Create");
-    if (!Open(SOCK_DGRAM, localPort, localAddress)) {
-        return false;
+    unsigned life = kNoLife;
+    {
+        MutexLock lock(&mutex_);
+        TraceCall("Create");
+        if (Open(SOCK_DGRAM, localPort, localAddress, life)) {
+            listener_ = listener;
+            return true;
+        }
     }
-    listener_ = listener;
-    return true;
+    FinishClose(life);
+    return false;
 }
 
 bool WIN32_UdpNonBlockingClientSocket::Bind(std::uint16_t port, const IpAddress& address) {

@@ -106,6 +106,9 @@ TEST_F(LineSocketTest, PeekIsAllOrNothingButReceiveIsNot) {
     char buffer[10] = "-";
     EXPECT_EQ(socket->Peek(buffer, sizeof buffer), 5u);
     EXPECT_STREQ(buffer, "-"); // counted, not copied
+    EXPECT_EQ(socket->Peek(nullptr, 3), 3u);
+    EXPECT_EQ(socket->Peek(nullptr, 9), 5u);
+    EXPECT_EQ(socket->Peek(buffer, 0), 0u);
     EXPECT_EQ(socket->Peek(buffer, 3), 3u);
     EXPECT_EQ(std::string(buffer, 3), "123");
     EXPECT_EQ(socket->Available(), 5u);
@@ -170,7 +173,7 @@ TEST_F(LineSocketTest, SendsWhatTheSystemDoesNotTakeAtOnce) {
 }
 
 TEST_F(LineSocketTest, EndsDeliveriesWhenClosedOrDestroyedInACallback) {
-    for (const std::string callback : {"connect", "line", "receive", "close"}) {
+    for (const std::string callback : {"connect", "send", "line", "receive", "close"}) {
         for (const std::string how : {"now", "later", "destroy"}) {
             TcpServer server([](Connection& connection) {
                 connection.Send("one\r\ntwo\r\nthree\r\n");
@@ -192,13 +195,50 @@ TEST_F(LineSocketTest, EndsDeliveriesWhenClosedOrDestroyedInACallback) {
             if (told) {
                 listener.Await("close:0");
             }
-            const int lines = callback == "connect" ? 0 : callback == "line" ? 1 : 3;
+            // Both the data and the room to send are there when the connection is made.
+            const bool received = listener.Count("line") != 0 || callback != "send";
+            const int lines = callback == "connect" || !received ? 0 : callback == "line" ? 1 : 3;
             EXPECT_EQ(listener.Count("line"), lines)
                 << callback << ", " << how << ": " << listener.Words();
+            EXPECT_LE(listener.Count("send"), callback == "connect" ? 0 : 1) << listener.Words();
             EXPECT_EQ(listener.Count("close"), told ? 1 : 0)
                 << callback << ", " << how << ": " << listener.Words();
         }
     }
+}
+
+// What is left of the piece that the first life was taking does not reach the second.
+TEST_F(LineSocketTest, CanBeOpenedAgainBetweenTwoLines) {
+    int connections = 0;
+    TcpServer server(
+        [&](Connection& connection) {
+            connection.Send(connections++ == 0 ? "one\r\ntwo\r\nthree\r\n" : "four\r\n");
+            connection.AwaitEnd();
+        },
+        2);
+    RecordingListener second;
+    RecordingListener first;
+    const auto socket = OpenLineSocket(first);
+    EXPECT_EQ(socket->Create(&second, 0, IpAddress(), false), nullptr); // is open
+    std::string lines;
+    const auto readLine = [&](void*) {
+        std::string line;
+        socket->ReceiveLine(line);
+        lines += line + " ";
+    };
+    first.On("line", [&](void* context) {
+        readLine(context);
+        EXPECT_TRUE(socket->Close(true));
+        EXPECT_EQ(socket->Create(&second, 0, IpAddress(), false), socket.get());
+        EXPECT_TRUE(socket->Connect("127.0.0.1", server.Port()));
+    });
+    second.On("line", readLine);
+    ASSERT_TRUE(socket->Connect("127.0.0.1", server.Port()));
+    second.Await("line:0");
+    EXPECT_EQ(lines, "one four ");
+    EXPECT_EQ(first.Count("line"), 1) << first.Words();
+    EXPECT_EQ(first.Count("close"), 1) << first.Words();
+    EXPECT_EQ(second.Count("line"), 1) << second.Words();
 }
 
 TEST_F(LineSocketTest, StartsAfreshWhenOpenedAgain) {

@@ -226,6 +226,68 @@ TEST_F(TcpSocketTest, CanBeOpenedAgainEvenInItsOwnClose) {
     EXPECT_EQ(first.Count("close:0"), 1);
 }
 
+// In each callback the socket starts its next life, on another event thread, and is let go.
+TEST_F(TcpSocketTest, CanBeOpenedAgainAndReleasedInOneCallback) {
+    for (const std::string callback : {"connect", "receive", "close"}) {
+        TcpServer server(
+            [](Connection& connection) {
+                connection.Send("data");
+                connection.HalfClose();
+                connection.AwaitEnd();
+            },
+            2);
+        RecordingListener second;
+        RecordingListener first;
+        auto socket = OpenSocket(first);
+        first.On(callback, [&](void*) {
+            socket->Close(true);
+            EXPECT_TRUE(socket->Create(&second, 0, IpAddress(), false));
+            EXPECT_TRUE(socket->Connect("127.0.0.1", server.Port()));
+            if (callback == "receive") {
+                second.Await("connect:0"); // the next life may have begun to be told of
+            }
+            socket.reset();
+        });
+        first.On("receive", [&](void*) { ReceiveAll(*socket); });
+        socket->Connect("127.0.0.1", server.Port());
+        first.Await(callback + ":0");
+        EXPECT_FALSE(socket);
+        EXPECT_EQ(first.Count("close"), 1) << callback << ": " << first.Words();
+        EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+        EXPECT_EQ(second.Count("close"), 0) << callback << ": " << second.Words();
+    }
+}
+
+// A callback of the first life goes on while the second one is closed, and must not hold that up.
+// The second one's end is told once, the third life is not hurt by what is left of the others.
+TEST_F(TcpSocketTest, LivesEndIndependently) {
+    TcpServer server([](Connection& connection) { connection.AwaitEnd(); }, 3);
+    RecordingListener first;
+    RecordingListener second;
+    RecordingListener third;
+    auto socket = OpenSocket(first);
+    second.On("connect", [&](void*) { EXPECT_TRUE(socket->Close(false)); });
+    second.On("close", [&](void*) {
+        EXPECT_TRUE(socket->Close(true));
+        EXPECT_TRUE(socket->Create(&third, 0, IpAddress(), false));
+        EXPECT_TRUE(socket->Connect("127.0.0.1", server.Port()));
+    });
+    first.On("connect", [&](void*) {
+        socket->Close(true);
+        EXPECT_TRUE(socket->Create(&second, 0, IpAddress(), false));
+        EXPECT_TRUE(socket->Connect("127.0.0.1", server.Port()));
+        EXPECT_EQ(second.Await("close:0"), "connect:0 close:0");
+    });
+    socket->Connect("127.0.0.1", server.Port());
+    EXPECT_EQ(first.Await("connect:0"), "close:0 connect:0");
+    EXPECT_EQ(third.Await("connect:0").substr(0, 9), "connect:0");
+    EXPECT_TRUE(socket->IsConnected());
+    EXPECT_EQ(third.Count("close"), 0);
+    EXPECT_TRUE(socket->Close(false));
+    third.Await("close:0");
+    EXPECT_EQ(second.Count("close"), 1);
+}
+
 TEST_F(TcpSocketTest, ReleaseWaitsForACallbackOnTheEventThread) {
     TcpServer server([](Connection& connection) { connection.AwaitEnd(); });
     RecordingListener listener;

@@ -15,6 +15,11 @@ public:
     RecordingListener words_;
 };
 
+std::uint16_t UnusedUdpPort() {
+    const UniqueSocket probe(socket(AF_INET, SOCK_DGRAM, 0));
+    return BindToLoopback(probe.Get());
+}
+
 TEST_F(UdpSocketTest, SendsAndReceivesDatagrams) {
     const UniqueSocket peer(socket(AF_INET, SOCK_DGRAM, 0));
     const std::uint16_t port = BindToLoopback(peer.Get());
@@ -49,6 +54,42 @@ TEST_F(UdpSocketTest, SendsAndReceivesDatagrams) {
     listener.words_.Await("close:0");
     EXPECT_EQ(listener.words_.Count("close"), 1);
     EXPECT_TRUE(udp->Create(&listener, 0, IpAddress()));
+}
+
+TEST_F(UdpSocketTest, CanBeClosedAndReleasedInEveryCallback) {
+    for (const std::string callback : {"send", "receive", "close"}) {
+        for (const std::string how : {"close now", "close later", "release", "open again"}) {
+            const std::uint16_t port = UnusedUdpPort();
+            Echo listener;
+            Echo second;
+            auto udp = UdpNonBlockingClientSocket::Create();
+            listener.words_.On(callback, [&](void*) {
+                if (how == "release") {
+                    udp.reset();
+                } else if (how == "open again") {
+                    udp->Close(true);
+                    EXPECT_TRUE(udp->Create(&second, 0, LoopbackAddress()));
+                } else {
+                    udp->Close(how == "close now");
+                }
+            });
+            ASSERT_TRUE(udp->Create(&listener, port, LoopbackAddress()));
+            if (callback == "receive") {
+                udp->SendTo("127.0.0.1", port, "self", 4);
+            } else if (callback == "close") {
+                udp->Close(false);
+            }
+            const bool told = how != "release" || callback == "close";
+            listener.words_.Await(told ? "close:0" : callback + ":0");
+            EXPECT_EQ(listener.words_.Count("close"), told ? 1 : 0)
+                << callback << ", " << how << ": " << listener.words_.Words();
+            if (how == "open again") {
+                second.words_.Await("send:0");
+                EXPECT_EQ(second.words_.Count("close"), 0) << callback;
+            }
+        }
+    }
+    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
 }
 
 } // namespace
