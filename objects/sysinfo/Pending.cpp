@@ -5,14 +5,6 @@
 
 namespace tervane::create {
 
-HRESULT GeneralSysInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingEventControl(row, outer, iid, out);
-}
-
-HRESULT DriveInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    return CreatePendingControl(row, outer, iid, out);
-}
-
 HRESULT AdapterInfo(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
     return CreatePendingEventControl(row, outer, iid, out);
 }
