@@ -5,6 +5,7 @@
 #include "tests/bench/LateBound.h"
 #include "tests/bench/LogBench.h"
 #include "tests/bench/MailBench.h"
+#include "tests/bench/ManyAdapters.h"
 #include "tests/bench/ManyWindows.h"
 #include "tests/bench/NetworkBench.h"
 #include "tests/bench/ServerLoad.h"
@@ -150,6 +151,7 @@ int main(int argumentCount, char** arguments) {
     ComparePropertyRead();
     CompareRegistryRead();
     CompareWindowSearch();
+    bench::CompareAdapterLists();
     bench::CompareLogging();
     bench::CompareLineSocket();
     CoUninitialize();
