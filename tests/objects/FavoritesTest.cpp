@@ -1,6 +1,7 @@
 // Favourites in a real folder.
 
 #include "objects/config/Favorites.h"
+#include "ZelBase/Handles.h"
 #include "objects/config/FavoriteName.h"
 
 #include <gtest/gtest.h>
@@ -181,6 +182,16 @@ TEST_F(FavoritesTest, StayAsTheyWereWhenTheyCannotBeWritten) {
     EXPECT_EQ(narrow, ReadFile(L"locked.URL"));
     EXPECT_EQ(1u + 3u, FilesBelowRoot());
     SetFileAttributesW((folder_ / L"locked.URL").c_str(), FILE_ATTRIBUTE_NORMAL);
+    {
+        // Nobody else can read it, so what else it says would be lost.
+        const ZelBase::UniqueFile inUse(CreateFileW((folder_ / L"narrow.URL").c_str(), GENERIC_READ,
+                                                    0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(inUse);
+        EXPECT_EQ(L"", UrlOf(L"narrow"));
+        EXPECT_FALSE(favorites_.Add(L"narrow", L"http://x/"));
+    }
+    EXPECT_EQ(narrow, ReadFile(L"narrow.URL"));
+    EXPECT_EQ(1u + 3u, FilesBelowRoot());
 
     Favorites nowhere([](bool) { return std::wstring(); });
     EXPECT_EQ(0u, nowhere.Count());

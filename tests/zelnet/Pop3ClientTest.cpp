@@ -1,7 +1,6 @@
 // The POP3 client against servers that follow a script: every step of the conversation with every
 // way in which a server can take it.
 
-#include "ZelBase/Handles.h"
 #include "ZelNet/SourceCode/APop3Client.h"
 #include "ZelNet/SourceCode/PopReply.h"
 #include "support/ScriptedServer.h"
@@ -216,16 +215,6 @@ TEST_F(Pop3ClientTest, CutsOffAServerThatNeverEndsItsStatusLine) {
 
 TEST_F(Pop3ClientTest, TellsWhenNobodyListens) {
     EXPECT_EQ(Converse(UnusedPort()), "connected:3");
-}
-
-// All bytes of the shared log.
-std::string LogRing() {
-    constexpr std::size_t kSize = 143216;
-    const ZelBase::UniqueHandle section(
-        OpenFileMappingA(FILE_MAP_READ, FALSE, "Global\\ZelKit::WIN32_Logger::Mapping2"));
-    const ZelBase::UniqueMappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ, 0, 0, kSize));
-    EXPECT_TRUE(view);
-    return view ? std::string(static_cast<const char*>(view.Get()), kSize) : std::string();
 }
 
 TEST_F(Pop3ClientTest, TracesEveryLineButNoPassword) {

@@ -134,6 +134,21 @@ TEST_F(SmtpClientTest, SendsAMail) {
     EXPECT_EQ(client->LastResponse(), "bye");
 }
 
+TEST_F(SmtpClientTest, TracesItsStatesButNoPassword) {
+    // A server that says everything back.
+    ScriptedServer server({{"S:220 hi\r\n", "C:EHLO *", "S:250 ok\r\n", "C:AUTH LOGIN",
+                            "S:334 bWU=\r\n", "C:bWU=", "S:334 go on\r\n", "C:N1pndi11bmhlYXJk",
+                            "S:535 N1pndi11bmhlYXJk is 7Zgv-unheard\r\n"}});
+    client->SetPassword("7Zgv-unheard");
+    EXPECT_EQ(Converse(server.Port(), true),
+              "connected:0 greeted:0 loggedIn:8 connected:3 closed:3");
+    EXPECT_EQ(server.Problems(), "");
+    const std::string ring = LogRing();
+    EXPECT_NE(ring.find("WAIT_FOR_PASS_RESPONSE"), std::string::npos);
+    EXPECT_EQ(ring.find("7Zgv"), std::string::npos);
+    EXPECT_EQ(ring.find("N1pn"), std::string::npos);
+}
+
 TEST_F(SmtpClientTest, GreetsByNameWithoutAuthentication) {
     const std::string name = NetworkInfo::Create()->HostName();
     ASSERT_NE(name, "");

@@ -1,5 +1,6 @@
 #include "tests/zelnet/SocketTesting.h"
 
+#include "ZelBase/Handles.h"
 #include "tests/support/HandleCount.h"
 
 #include <algorithm>
@@ -21,6 +22,15 @@ sockaddr_in LoopbackPort(std::uint16_t port) {
 const unsigned threadCountAtStart = ThreadCount();
 
 } // namespace
+
+std::string LogRing() {
+    constexpr std::size_t kSize = 143216;
+    const ZelBase::UniqueHandle section(
+        OpenFileMappingA(FILE_MAP_READ, FALSE, "Global\\ZelKit::WIN32_Logger::Mapping2"));
+    const ZelBase::UniqueMappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ, 0, 0, kSize));
+    EXPECT_TRUE(view);
+    return view ? std::string(static_cast<const char*>(view.Get()), kSize) : std::string();
+}
 
 std::uint16_t BindToLoopback(SOCKET socket) {
     sockaddr_in address = LoopbackPort(0);

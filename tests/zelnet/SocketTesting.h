@@ -43,6 +43,9 @@ protected:
     }
 };
 
+// All bytes of the shared log.
+std::string LogRing();
+
 // One accepted connection, used with blocking calls from the server's script.
 class Connection {
 public:
