@@ -1,6 +1,7 @@
 #include "platform/LiveAdapterSources.h"
 
 #include "platform/AdapterClassification.h"
+#include "platform/HardwareAddress.h"
 #include "platform/IpHelperInterfaces.h"
 #include "platform/LetterCase.h"
 #include "platform/MibInterfaces.h"
@@ -29,7 +30,7 @@ public:
         if (const auto* found = FindIn(byCookie_, LowerCase(live.interfaceName))) {
             return found;
         }
-        if (live.hardwareAddress == LiveAdapter().hardwareAddress) {
+        if (live.hardwareAddress == kNoHardwareAddress) {
             return nullptr;
         }
         // Virtual adapters share the address of the card that they sit on.

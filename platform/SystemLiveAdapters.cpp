@@ -23,7 +23,7 @@ std::wstring LeaseServerInRegistry(const StaticAdapter& adapter) {
 
 LiveAdapterSources LiveAdapterSources::System() {
     return {ZelNet::IpHelper::Load(), [] { return ZelNet::SnmpQuery::Create(); },
-            [] { return std::vector<StaticAdapter>(); }, &LeaseServerInRegistry};
+            &ListStaticAdapters, &LeaseServerInRegistry};
 }
 
 std::optional<std::vector<LiveAdapter>> ListLiveAdapters() {

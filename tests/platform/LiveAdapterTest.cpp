@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 
@@ -241,6 +242,60 @@ TEST_F(RealMachineTest, IsTheSameByTheLibraryAndByTheTables) {
     for (const std::string& line : byLibrary) {
         RecordProperty("adapter", line);
     }
+}
+
+// In the network of tests/network/adapters.sh, in one of its states.
+class AdapterNetworkTest : public RealMachineTest {
+protected:
+    explicit AdapterNetworkTest(const std::string& network) : network_(network) {}
+
+    void SetUp() override {
+        const char* network = std::getenv("TERVANE_ADAPTERS");
+        if (!network || network != network_) {
+            GTEST_SKIP() << "run by tests/network/adapters.sh, in a network of its own";
+        }
+    }
+    static std::vector<std::string> Addresses(bool byTables) {
+        std::vector<std::string> lines;
+        auto adapters = List(byTables).value();
+        for (LiveAdapter& adapter : adapters) {
+            EXPECT_EQ(adapter.cookie, adapter.interfaceName);
+            EXPECT_EQ(adapter.cookie, adapter.serviceName);
+            adapter.cookie = adapter.serviceName = L"";
+            lines.push_back(Describe(adapter));
+        }
+        std::ranges::sort(lines);
+        return lines;
+    }
+
+private:
+    const std::string network_;
+};
+
+class FullNetworkAdapterTest : public AdapterNetworkTest {
+protected:
+    FullNetworkAdapterTest() : AdapterNetworkTest("full") {}
+};
+
+TEST_F(FullNetworkAdapterTest, ShowsEveryCardAsItIs) {
+    const std::vector<std::string> expected = {
+        "first |  |  | 02-10-5A-00-00-01 | 10.55.1.1 | 255.255.255.0 | 10.55.1.254 | 0.0.0.0 | "
+        "ethernet",
+        "fourth |  |  | 44-45-53-54-00-04 | 172.20.0.1 | 255.255.240.0 | 0.0.0.0 | 0.0.0.0 | ",
+        "second |  |  | 02-10-5A-00-00-02 | 10.56.2.1 | 255.255.0.0 | 0.0.0.0 | 0.0.0.0 | ethernet",
+        "third |  |  | 02-10-5A-00-00-03 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | ethernet"};
+    EXPECT_EQ(expected, Addresses(false));
+    EXPECT_EQ(expected, Addresses(true));
+}
+
+class EmptyNetworkAdapterTest : public AdapterNetworkTest {
+protected:
+    EmptyNetworkAdapterTest() : AdapterNetworkTest("empty") {}
+};
+
+TEST_F(EmptyNetworkAdapterTest, HasNoAdapterAndSaysSo) {
+    EXPECT_TRUE(Addresses(false).empty());
+    EXPECT_TRUE(Addresses(true).empty());
 }
 
 } // namespace

@@ -1,0 +1,39 @@
+' Lists the network adapters that are up, with what is wrong with them.
+' Run it with: cscript //nologo adapters.vbs
+Option Explicit
+
+' The interface whose objects the list is to have, named by its identifier.
+Const kLive = "8E92E2FF-4CE5-4DED-8360-5E6342F08340"
+
+Dim info, request, ended, gathered, adapter
+Set info = WScript.CreateObject("Tervane.AdapterInfo", "Info_")
+
+Sub Info_OnAdapterInfoComplete(number, result)
+    If number = request Then
+        gathered = (result <> 0)
+        ended = True
+    End If
+End Sub
+
+Function Verdict(adapter)
+    If adapter.IpAddress = "0.0.0.0" Then
+        Verdict = "has no address"
+    ElseIf Left(adapter.IpAddress, 7) = "169.254" Then
+        Verdict = "found no DHCP server and gave itself an address"
+    ElseIf adapter.DefaultGateway = "0.0.0.0" Then
+        Verdict = "reaches its own network only"
+    Else
+        Verdict = "ok"
+    End If
+End Function
+
+request = info.GetAdapterInfo(kLive)
+If request = 0 Then Err.Raise 1, , "no request could be made, error " & info.LastErrorCode
+Do Until ended
+    WScript.Sleep 20
+Loop
+If Not gathered Then Err.Raise 1, , "the list could not be gathered"
+For Each adapter In info.GetRequestedAdapterInfo(request)
+    WScript.Echo adapter.Name & " (" & adapter.HardwareAddress & "), " & adapter.IpAddress & ": " & Verdict(adapter)
+Next
+WScript.Echo "Done."

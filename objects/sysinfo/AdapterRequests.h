@@ -1,0 +1,80 @@
+#pragma once
+
+// The requests of one AdapterInfo: each gathers a list of objects on a thread of its own and leaves
+// it in a table, under the request's number, for as long as the owner lives.
+//
+// No thread holds the owner, because its end is what ends the threads. What both need is here,
+// shared between them, and goes with the last of them. At the end each thread gets some time to
+// stop by itself; one that is stuck in a driver is killed. Therefore both locks are the kernel's: a
+// lock whose holder was killed is had by the next in turn, while any other would stay locked. And
+// what is done under them is short, so that a thread is hardly ever killed with one in hand.
+
+#include "ZelBase/Handles.h"
+#include "ZelBase/Mutex.h"
+#include "platform/Automation.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace tervane {
+
+class AdapterRequests : public std::enable_shared_from_this<AdapterRequests> {
+public:
+    // How long locks and, at the end, each thread are waited for, in milliseconds.
+    static constexpr DWORD kScriptPatience = 10000;
+    static constexpr DWORD kThreadsPatience = 5000;
+    static constexpr DWORD kThreadPatience = 5000;
+    static constexpr DWORD kResultsPatience = 7000;
+
+    // The elements of a list; nothing when it cannot be had. Runs on the request's thread and
+    // should return soon once `stop` is set. May throw.
+    using Gather =
+        std::function<std::optional<std::vector<Variant>>(const std::atomic<bool>& stop)>;
+    // Told on the request's thread, under a lock: it must neither wait nor call back.
+    using Report = std::function<void(long id, bool gathered)>;
+
+    enum class Found { kYes, kNo, kLocked, kNoMemory };
+
+    // Use std::make_shared. `report` is called after the list of a request has come into the table;
+    // never after Close.
+    explicit AdapterRequests(Report report);
+    AdapterRequests(const AdapterRequests&) = delete;
+    AdapterRequests& operator=(const AdapterRequests&) = delete;
+
+    // Starts a thread for the request. A number that is in use or has been used is no error: the
+    // list that is gathered last stays. False when no thread can be had. Throws std::bad_alloc.
+    bool Start(long id, Gather gather);
+
+    // A copy of the array of a request: its objects get one more reference each. A request whose
+    // list could not be gathered has an empty one.
+    Found Find(long id, Variant& copy);
+
+    // For the owner's end: no report comes any more, all threads end or are killed, and all lists
+    // are released. Not on a request's thread.
+    void Close();
+
+private:
+    class Lock;
+    struct Request;
+
+    static DWORD WINAPI Run(void* argument) noexcept;
+
+    void Finish(long id, std::optional<std::vector<Variant>> gathered) noexcept;
+    void ForgetEndedThreads();
+    void EndThreads();
+
+    const std::unique_ptr<ZelBase::Mutex> resultsMutex_;
+    const std::unique_ptr<ZelBase::Mutex> threadsMutex_;
+    std::atomic<bool> closing_ = false;
+    // Under resultsMutex_.
+    Report report_;
+    std::unordered_map<long, Variant> results_;
+    // Under threadsMutex_.
+    std::vector<ZelBase::UniqueHandle> threads_;
+};
+
+} // namespace tervane
