@@ -1,6 +1,6 @@
 #include "objects/config/AccountSettings.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 
 #include <algorithm>
 #include <iterator>

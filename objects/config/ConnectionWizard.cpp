@@ -1,6 +1,6 @@
 #include "objects/config/ConnectionWizard.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 
 #include <string>
 

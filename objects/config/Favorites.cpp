@@ -1,8 +1,8 @@
 #include "objects/config/Favorites.h"
 
 #include "ZelBase/Handles.h"
-#include "objects/config/AsciiText.h"
 #include "objects/config/FavoriteName.h"
+#include "platform/AsciiText.h"
 #include "platform/NarrowText.h"
 
 #include <algorithm>

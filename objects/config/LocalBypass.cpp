@@ -1,6 +1,6 @@
 #include "objects/config/LocalBypass.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 
 namespace tervane {
 

@@ -1,6 +1,6 @@
 #include "objects/config/MailIdentities.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 #include "platform/LetterCase.h"
 
 #include <algorithm>

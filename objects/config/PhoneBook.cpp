@@ -1,6 +1,6 @@
 #include "objects/config/PhoneBook.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 #include "platform/LetterCase.h"
 
 #include <raserror.h>

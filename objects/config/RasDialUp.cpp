@@ -1,8 +1,8 @@
 #include "objects/config/RasDialUp.h"
 
-#include "objects/config/AsciiText.h"
 #include "objects/config/RasSizes.h"
 #include "objects/config/RasText.h"
+#include "platform/AsciiText.h"
 #include "platform/SystemError.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "objects/config/SharingBindings.h"
 
-#include "objects/config/AsciiText.h"
+#include "platform/AsciiText.h"
 #include "platform/RegistryKey.h"
 
 namespace tervane {
