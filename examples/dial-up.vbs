@@ -59,24 +59,74 @@ Sub ListConnections()
     Next
 End Sub
 
+' Where a password goes in, none comes out.
+Function PasswordReads(entry)
+    On Error Resume Next
+    Dim password
+    password = entry.Password
+    PasswordReads = (Err.Number = 0)
+End Function
+
+Sub Change(entry)
+    entry.PhoneNumber = "5550199"
+    entry.AreaCode = "030"
+    entry.CountryCode = 49
+    entry.UseAreaAndCountryCodes = True
+    entry.UserName = "jane"
+    entry.Domain = "OFFICE"
+    entry.Password = "secret"
+    entry.IpAddress = "192.0.2.7"
+    entry.PrimaryDnsServer = "192.0.2.53"
+    entry.AlternateDnsServer = "192.0.2.54"
+    entry.PrimaryWinsServer = "192.0.2.42"
+    entry.AlternateWinsServer = "192.0.2.43"
+    entry.UseRemoteDefaultGateway = False
+    entry.IpHeaderCompression = False
+    entry.AlternateDnsServer = "nonsense"
+    Expect "address that is none", entry.LastErrorCode, INVALID_PARAMETER
+    Expect "saved", entry.Save(), True
+End Sub
+
+Sub Check(entry)
+    Expect "number", entry.CountryCode & " " & entry.AreaCode & " " & entry.PhoneNumber, _
+           "49 030 5550199"
+    Expect "codes are used", entry.UseAreaAndCountryCodes, True
+    Expect "user", entry.Domain & "\" & entry.UserName, "OFFICE\jane"
+    Expect "password", entry.HasPassword, True
+    Expect "password reads", PasswordReads(entry), False
+    Expect "address", entry.IpAddress, "192.0.2.7"
+    Expect "name servers", entry.PrimaryDnsServer & " " & entry.AlternateDnsServer, _
+           "192.0.2.53 192.0.2.54"
+    Expect "WINS servers", entry.PrimaryWinsServer & " " & entry.AlternateWinsServer, _
+           "192.0.2.42 192.0.2.43"
+    Expect "gateway", entry.UseRemoteDefaultGateway, False
+    Expect "compression", entry.IpHeaderCompression, False
+End Sub
+
 Sub CreateChangeAndDelete()
-    Dim entry
+    Dim entry, found, before
     WScript.Echo "Creating an entry, changing it and deleting it"
     Expect "created", manager.CreateEntry(EXAMPLE, "5550100"), True
     Set entry = manager.GetEntry(EXAMPLE)
     Expect "number", entry.PhoneNumber, "5550100"
-    entry.PrimaryDnsServer = "192.0.2.53"
-    entry.UserName = "jane"
-    entry.IpAddress = "nonsense"
-    Expect "address that is none", entry.LastErrorCode, INVALID_PARAMETER
-    Expect "saved", entry.Save(), True
-    Set entry = manager.GetEntry(EXAMPLE)
-    Expect "name server", entry.PrimaryDnsServer, "192.0.2.53"
-    Expect "user", entry.UserName, "jane"
-    Expect "address", entry.IpAddress, ""
-    Expect "state", manager.GetConnectionState(EXAMPLE), NOT_CONNECTED
-    Expect "deleted", manager.DeleteEntry(EXAMPLE), True
-    Expect "exists", manager.DoesEntryExist(EXAMPLE), False
+    Expect "device", entry.DeviceType, manager.GetDeviceType(entry.DeviceName)
+    Change entry
+    Set entry = CreateObject("Tervane.PhoneBookEntry")
+    Expect "loaded", entry.Load(EXAMPLE), True
+    Check entry
+
+    Expect "renamed", manager.RenameEntry(EXAMPLE, EXAMPLE & " 2"), True
+    found = manager.FindEntries(EXAMPLE & ".*")
+    Expect "found", found(0), EXAMPLE & " 2"
+    before = manager.DefaultConnection
+    manager.DefaultConnection = EXAMPLE & " 2"
+    Expect "default", manager.DefaultConnection, EXAMPLE & " 2"
+    manager.DefaultConnection = before
+    Expect "default as before", manager.DefaultConnection, before
+    Expect "state", manager.GetConnectionState(EXAMPLE & " 2"), NOT_CONNECTED
+    Expect "hung up", manager.HangUp(EXAMPLE & " 2"), False
+    Expect "deleted", manager.DeleteEntry(EXAMPLE & " 2"), True
+    Expect "exists", manager.DoesEntryExist(EXAMPLE & " 2"), False
 End Sub
 
 ListDevices
