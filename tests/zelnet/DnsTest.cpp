@@ -1,9 +1,8 @@
 #include "ZelNet/SourceCode/ADns.h"
 #include "ZelNet/SourceCode/TcpNonBlockingClientSocket.h"
 #include "ZelNet/SourceCode/WIN32_NetworkInfo.h"
+#include "tests/zelnet/FakeIpHelper.h"
 #include "tests/zelnet/SocketTesting.h"
-
-#include <cstring>
 
 namespace ZelNet {
 namespace {
@@ -45,43 +44,6 @@ struct Outcome {
     std::string text = "nothing";
     int calls = 0;
     std::unique_ptr<ADns>* release = nullptr;
-};
-
-// Network parameters of a computer that the test makes up.
-class FakeIpHelper : public IpHelper {
-public:
-    explicit FakeIpHelper(std::vector<std::string> servers) : servers_(std::move(servers)) {}
-
-    DWORD GetNetworkParams(FIXED_INFO* parameters, ULONG* size) const override {
-        const ULONG needed = sizeof(FIXED_INFO) + kPadding +
-                             static_cast<ULONG>(servers_.size() * sizeof(IP_ADDR_STRING));
-        if (*size < needed) {
-            *size = needed;
-            return ERROR_BUFFER_OVERFLOW;
-        }
-        std::strcpy(parameters->HostName, "workstation");
-        std::strcpy(parameters->DomainName, "example");
-        auto* next = reinterpret_cast<IP_ADDR_STRING*>(parameters + 1);
-        IP_ADDR_STRING* entry = &parameters->DnsServerList;
-        for (std::size_t index = 0; index < servers_.size(); ++index) {
-            entry = index == 0 ? entry : entry->Next = next++;
-            std::strcpy(entry->IpAddress.String, servers_[index].c_str());
-        }
-        return NO_ERROR;
-    }
-    bool IsAvailable() const override { return true; }
-    bool HasLeaseFunctions() const override { return false; }
-    DWORD GetAdaptersInfo(IP_ADAPTER_INFO*, ULONG*) const override { return kMissing; }
-    DWORD GetIpForwardTable(MIB_IPFORWARDTABLE*, ULONG*, BOOL) const override { return kMissing; }
-    DWORD GetInterfaceInfo(IP_INTERFACE_INFO*, ULONG*) const override { return kMissing; }
-    DWORD IpReleaseAddress(IP_ADAPTER_INDEX_MAP*) const override { return kMissing; }
-    DWORD IpRenewAddress(IP_ADAPTER_INDEX_MAP*) const override { return kMissing; }
-
-private:
-    static constexpr DWORD kMissing = ERROR_NOT_SUPPORTED;
-    static constexpr ULONG kPadding = 5000; // more than fits at first
-
-    std::vector<std::string> servers_;
 };
 
 std::string LookUp(const std::vector<std::string>& configured, const std::string& server,
@@ -176,6 +138,33 @@ TEST_F(NamespaceDnsTest, MayBeReleasedInItsCallbackOrWhileBusy) {
     ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &dropped));
     dns.reset();
     EXPECT_EQ(dropped.text, "failed");
+}
+
+// The look-up that the system's parameters lead to, and nothing else, with a server that others
+// wrote.
+TEST_F(RealServerNamespaceTest, IsFoundThroughTheSystemsParameters) {
+    const auto network = NetworkInfo::Create();
+    ASSERT_EQ(network->DnsServers(), std::vector<std::string>{kReal});
+    const struct {
+        const char* name;
+        std::vector<IpAddress> addresses;
+    } cases[] = {
+        {"real.example", {IpAddress("10.0.0.53")}},
+        {"alias.example", {IpAddress("10.0.0.53")}},
+        {"any.many.example", {IpAddress("10.0.0.99")}},
+        {"missing.example", {}},
+    };
+    for (const auto& row : cases) {
+        std::vector<IpAddress> results;
+        EXPECT_TRUE(network->DNSLookup("", row.name, kPatienceMs, results)) << row.name;
+        EXPECT_EQ(results, row.addresses) << row.name;
+    }
+    TcpServer server([](Connection&) {});
+    RecordingListener listener;
+    const auto socket = TcpNonBlockingClientSocket::Create();
+    ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+    ASSERT_TRUE(socket->Connect("here.example", server.Port()));
+    EXPECT_EQ(listener.Await("connect:0").substr(0, 9), "connect:0");
 }
 
 TEST(DnsShutdown, FailsWhatIsUnderWay) {

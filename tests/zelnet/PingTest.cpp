@@ -1,4 +1,5 @@
 #include "ZelNet/SourceCode/WIN32_Ping.h"
+#include "tests/support/SystemPing.h"
 #include "tests/zelnet/SocketTesting.h"
 
 namespace ZelNet {
@@ -34,10 +35,11 @@ TEST(Ping, TranslatesTheReplysStatus) {
 class RealPing : public testing::Test {
 protected:
     void SetUp() override {
-        ping_ = APing::Create();
-        if (!ping_) {
-            GTEST_SKIP() << "the system has no ICMP library that may be used";
+        if (!tervane::test::SystemCanPing()) {
+            GTEST_SKIP() << "the system does not let programs ping";
         }
+        ping_ = APing::Create();
+        ASSERT_TRUE(ping_);
     }
 
     std::unique_ptr<APing> ping_;

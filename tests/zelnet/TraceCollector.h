@@ -1,0 +1,35 @@
+#pragma once
+
+// Collects what this process writes into the log while a test runs, and finds texts in it.
+
+#include "ZelBase/LogRing.h"
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace ZelNet {
+
+class TraceCollector {
+public:
+    TraceCollector();
+    ~TraceCollector();
+
+    // Whether a record like "Component|Function|3|text" has come, waiting a while for it; "*"
+    // stands for a number or a name.
+    bool Has(const std::string& pattern);
+
+private:
+    void Collect();
+
+    ZelBase::LogRing ring_;
+    std::uint32_t seen_ = 0;
+    std::mutex mutex_;
+    std::set<std::string> records_;
+    std::atomic<bool> ending_ = false;
+    std::thread thread_;
+};
+
+} // namespace ZelNet
