@@ -2,7 +2,11 @@
 
 #include "platform/NarrowText.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <map>
+#include <span>
 #include <unordered_map>
 #include <utility>
 
@@ -30,6 +34,17 @@ std::wstring TextOf(const ZelNet::IpAddress& address) {
     return FromNarrow(address.GetText());
 }
 
+// The address that an index of four bytes is; nothing for any other index.
+std::optional<ZelNet::IpAddress> AddressOf(std::span<const std::uint32_t> row) {
+    std::array<unsigned char, 4> bytes{};
+    if (row.size() != bytes.size() || std::ranges::max(row) > 255) {
+        return std::nullopt;
+    }
+    std::ranges::transform(row, bytes.begin(),
+                           [](std::uint32_t byte) { return static_cast<unsigned char>(byte); });
+    return ZelNet::IpAddress(std::bit_cast<std::uint32_t>(bytes));
+}
+
 // The tables are read one after another and may change meanwhile: whatever refers to an interface
 // that was not there at first is passed over.
 class MibReader {
@@ -49,16 +64,15 @@ public:
     }
 
 private:
-    using Row = std::vector<std::uint32_t>;
+    // What follows the column in a variable's name.
+    using Row = std::span<const std::uint32_t>;
 
     // Calls `take` with each row's index in the column and its variable.
     template <typename Take>
     bool WalkColumn(const char* column, Take take) {
         const Oid root(column);
-        return query_.Walk(root, [&](const VarBind& variable) {
-            const auto row = variable.oid.Below(root);
-            take(Row(row.begin(), row.end()), variable);
-        });
+        return query_.Walk(
+            root, [&](const VarBind& variable) { take(variable.oid.Below(root), variable); });
     }
 
     // The one with that number; null when there is none.
@@ -66,12 +80,12 @@ private:
         const auto found = index ? positions_.find(*index) : positions_.end();
         return found == positions_.end() ? nullptr : &interfaces_[found->second];
     }
-    LiveInterface* FindRow(const Row& row) {
+    LiveInterface* FindRow(Row row) {
         return row.size() == 1 ? Find(static_cast<std::int32_t>(row[0])) : nullptr;
     }
 
     bool ReadInterfaces() {
-        const bool read = WalkColumn(kIfIndex, [&](const Row&, const VarBind& variable) {
+        const bool read = WalkColumn(kIfIndex, [&](Row, const VarBind& variable) {
             const auto index = variable.Integer();
             if (index && positions_.try_emplace(*index, interfaces_.size()).second) {
                 interfaces_.emplace_back().index = static_cast<std::uint32_t>(*index);
@@ -80,14 +94,14 @@ private:
         if (!read) {
             return false;
         }
-        WalkColumn(kIfDescr, [&](const Row& row, const VarBind& variable) {
+        WalkColumn(kIfDescr, [&](Row row, const VarBind& variable) {
             LiveInterface* live = FindRow(row);
             if (const auto text = variable.Octets(); live && text) {
                 // Some agents count the zero at the end.
                 live->adapter.name = FromNarrow(text->substr(0, text->find('\0')));
             }
         });
-        WalkColumn(kIfType, [&](const Row& row, const VarBind& variable) {
+        WalkColumn(kIfType, [&](Row row, const VarBind& variable) {
             LiveInterface* live = FindRow(row);
             if (const auto type = variable.Integer(); live && type) {
                 live->type = static_cast<InterfaceType>(*type);
@@ -112,18 +126,18 @@ private:
 
     // The index of a row is the address.
     void ReadAddresses() {
-        std::map<Row, LiveAdapter*> owners;
-        WalkColumn(kIpAdEntIfIndex, [&](const Row& row, const VarBind& variable) {
+        std::unordered_map<std::uint32_t, LiveAdapter*> owners;
+        WalkColumn(kIpAdEntIfIndex, [&](Row row, const VarBind& variable) {
             LiveInterface* live = Find(variable.Integer());
-            if (live && row.size() == 4 && live->adapter.ipAddress == kNoAddress) {
-                LiveAdapter& adapter = live->adapter;
-                adapter.ipAddress = std::to_wstring(row[0]) + L"." + std::to_wstring(row[1]) +
-                                    L"." + std::to_wstring(row[2]) + L"." + std::to_wstring(row[3]);
-                owners[row] = &adapter;
+            const auto address = AddressOf(row);
+            if (live && address && live->adapter.ipAddress == kNoAddress) {
+                live->adapter.ipAddress = TextOf(*address);
+                owners[address->GetValue()] = &live->adapter;
             }
         });
-        WalkColumn(kIpAdEntNetMask, [&](const Row& row, const VarBind& variable) {
-            const auto owner = owners.find(row);
+        WalkColumn(kIpAdEntNetMask, [&](Row row, const VarBind& variable) {
+            const auto address = AddressOf(row);
+            const auto owner = address ? owners.find(address->GetValue()) : owners.end();
             if (const auto mask = variable.Address(); owner != owners.end() && mask) {
                 owner->second->subnetMask = TextOf(*mask);
             }
@@ -136,22 +150,23 @@ private:
             bool isDefault = false;
             std::optional<std::int32_t> ifIndex;
         };
-        std::map<Row, Route> routes;
-        WalkColumn(kDefaultRouteDest, [&](const Row& row, const VarBind& variable) {
+        std::map<std::vector<std::uint32_t>, Route> routes;
+        const auto routeOf = [&](Row row) -> Route& { return routes[{row.begin(), row.end()}]; };
+        WalkColumn(kDefaultRouteDest, [&](Row row, const VarBind& variable) {
             const auto destination = variable.Address();
-            routes[row].isDefault = destination && TextOf(*destination) == kNoAddress;
+            routeOf(row).isDefault = destination && TextOf(*destination) == kNoAddress;
         });
-        WalkColumn(kDefaultRouteMask, [&](const Row& row, const VarBind& variable) {
+        WalkColumn(kDefaultRouteMask, [&](Row row, const VarBind& variable) {
             const auto mask = variable.Address();
             if (mask && TextOf(*mask) != kNoAddress) {
-                routes[row].isDefault = false;
+                routeOf(row).isDefault = false;
             }
         });
-        WalkColumn(kDefaultRouteIfIndex, [&](const Row& row, const VarBind& variable) {
-            routes[row].ifIndex = variable.Integer();
+        WalkColumn(kDefaultRouteIfIndex, [&](Row row, const VarBind& variable) {
+            routeOf(row).ifIndex = variable.Integer();
         });
-        WalkColumn(kDefaultRouteNextHop, [&](const Row& row, const VarBind& variable) {
-            const Route& route = routes[row];
+        WalkColumn(kDefaultRouteNextHop, [&](Row row, const VarBind& variable) {
+            const Route& route = routeOf(row);
             LiveInterface* live = route.isDefault ? Find(route.ifIndex) : nullptr;
             const auto hop = variable.Address();
             if (live && hop && live->adapter.defaultGateway == kNoAddress) {

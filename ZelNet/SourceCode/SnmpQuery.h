@@ -16,7 +16,8 @@ public:
     using Collector = std::function<void(const VarBind& row)>;
 
     // Asks the agent at that address; only "127.0.0.1" has one. Null when there is no memory. On a
-    // system without an agent every query fails.
+    // system without an agent every query fails. Keep none for long: an agent may know its tables
+    // as they were when the first of the queries that exist was made.
     static std::unique_ptr<SnmpQuery> Create(const IpAddress& agent = LoopbackAddress());
 
     virtual ~SnmpQuery() = default;

@@ -3,6 +3,7 @@
 
 #include "tests/bench/Comparison.h"
 #include "tests/bench/LateBound.h"
+#include "tests/bench/LiveAdapterBench.h"
 #include "tests/bench/LogBench.h"
 #include "tests/bench/MailBench.h"
 #include "tests/bench/ManyAdapters.h"
@@ -152,6 +153,7 @@ int main(int argumentCount, char** arguments) {
     CompareRegistryRead();
     CompareWindowSearch();
     bench::CompareAdapterLists();
+    bench::CompareLiveAdapters();
     bench::CompareLogging();
     bench::CompareLineSocket();
     CoUninitialize();
