@@ -62,6 +62,9 @@ DWORD PhoneBook::FindDevice(const std::wstring& name, DialDevice& device) const 
 
 DWORD PhoneBook::Create(const std::wstring& name, const std::wstring& phoneNumber,
                         const std::wstring& deviceName) const {
+    if (!FitsEntry(phoneNumber, RAS_MaxPhoneNumber)) {
+        return ERROR_INVALID_PARAMETER;
+    }
     DWORD error = dialUp_->CheckNewName(name);
     if (error != ERROR_SUCCESS && !IsWithoutPhoneBook(error)) {
         return error;

@@ -31,7 +31,7 @@ public:
 
     // ERROR_ALREADY_EXISTS when there is one of that name. An empty device name stands for the
     // first modem, or for the first device when there is no modem; ERROR_DEVICE_DOES_NOT_EXIST when
-    // there is no such device.
+    // there is no such device; ERROR_INVALID_PARAMETER for a number that does not fit.
     DWORD Create(const std::wstring& name, const std::wstring& phoneNumber,
                  const std::wstring& deviceName) const;
 

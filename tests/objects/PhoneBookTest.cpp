@@ -178,8 +178,9 @@ TYPED_TEST(PhoneBookTest, CreatesEntriesForTheDeviceThatIsThere) {
     EXPECT_EQ(0u, this->phoneBook_.Create(L"Two", L"2", L"wan miniport"));
     EXPECT_EQ(DWORD{ERROR_ALREADY_EXISTS}, this->phoneBook_.Create(L"ONE", L"1", L""));
     EXPECT_EQ(DWORD{ERROR_DEVICE_DOES_NOT_EXIST}, this->phoneBook_.Create(L"x", L"1", L"None"));
-    EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER},
-              this->phoneBook_.Create(L"x", std::wstring(129, L'1'), L""));
+    for (const std::wstring& number : {std::wstring(129, L'1'), L"1\r\n2"s, L"1\0002"s}) {
+        EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, this->phoneBook_.Create(L"x", number, L""));
+    }
     PhoneBookDraft draft;
     ASSERT_EQ(0u, this->phoneBook_.Load(L"One", draft));
     EXPECT_EQ(L"Modem 56K", draft.record.deviceName);
