@@ -22,11 +22,14 @@ bool IsGathered(const SystemSnapshot* snapshot) noexcept {
 
 HRESULT GeneralSysInfo::GetSystemInfo() {
     return Guarded([&] {
+        if (!window_) {
+            window_.emplace(static_cast<PostbackOwner&>(*this));
+        }
         WorkerRequest request;
         request.work = [this, completions = completions_,
                         object = std::make_shared<ComPtr<IUnknown>>(AddReference(Controlling()))] {
             Renew();
-            completions->Post(window_, std::move(*object));
+            completions->Post(*window_, std::move(*object));
         };
         StartWorker(std::move(request));
         return S_OK;

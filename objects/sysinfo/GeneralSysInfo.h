@@ -19,6 +19,7 @@
 #include <TERVANELib.h>
 
 #include <memory>
+#include <optional>
 
 namespace tervane {
 
@@ -26,7 +27,7 @@ class GeneralSysInfo final : public AutomationObject<IGeneralSysInfo, EventSourc
                              private PostbackOwner {
 public:
     GeneralSysInfo(const ClassRow& row, IUnknown* outer)
-        : Object(row, outer), window_(*this), completions_(std::make_shared<Completions>()) {}
+        : Object(row, outer), completions_(std::make_shared<Completions>()) {}
 
     HRESULT STDMETHODCALLTYPE get_CpuSpeed(long* value) override;
     HRESULT STDMETHODCALLTYPE get_CpuVendor(BSTR* text) override;
@@ -75,7 +76,8 @@ private:
     template <typename Items, typename Create>
     HRESULT AnswerItem(Items SystemSnapshot::*items, Create create, long index, IDispatch** out);
 
-    const PostbackWindow window_;
+    // Made for the first worker: scripts that only read members need none. Of the object's thread.
+    std::optional<PostbackWindow> window_;
     const std::shared_ptr<Completions> completions_;
     // Held while a snapshot is gathered; taken before current_'s lock.
     ZelBase::LocalMutex gathering_;

@@ -5,6 +5,7 @@
 #include "objects/sysinfo/OsRelease.h"
 #include "objects/sysinfo/ProcessorFacts.h"
 #include "objects/sysinfo/ProcessorIdentity.h"
+#include "platform/LiveAdapterSources.h"
 #include "platform/RegistryKey.h"
 #include "platform/UsbPorts.h"
 #include "platform/UsbSupport.h"
@@ -26,9 +27,10 @@ std::wstring Join(const std::vector<std::wstring>& texts) {
 
 void FillNetwork(PlatformFamily family, SystemSnapshot& snapshot) {
     snapshot.staticAdapters = ListStaticAdapters();
-    snapshot.liveAdapters = ListLiveAdapters().value_or(std::vector<LiveAdapter>());
-    const auto identity =
-        ReadNetworkIdentity(*ZelNet::IpHelper::Load(), family, snapshot.staticAdapters);
+    LiveAdapterSources sources = LiveAdapterSources::System();
+    sources.installed = [&snapshot] { return snapshot.staticAdapters; }; // not found out twice
+    snapshot.liveAdapters = ListLiveAdapters(sources).value_or(std::vector<LiveAdapter>());
+    const auto identity = ReadNetworkIdentity(*sources.ipHelper, family, snapshot.staticAdapters);
     snapshot.hostName = identity.hostName;
     snapshot.domainName = identity.domainName;
     snapshot.dnsServers = Join(identity.dnsServers);

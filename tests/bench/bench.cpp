@@ -10,6 +10,7 @@
 #include "tests/bench/ManyWindows.h"
 #include "tests/bench/NetworkBench.h"
 #include "tests/bench/ServerLoad.h"
+#include "tests/bench/SnapshotBench.h"
 
 #include <cstdio>
 #include <string>
@@ -152,6 +153,7 @@ int main(int argumentCount, char** arguments) {
     ComparePropertyRead();
     CompareRegistryRead();
     CompareWindowSearch();
+    bench::CompareSnapshot();
     bench::CompareAdapterLists();
     bench::CompareLiveAdapters();
     bench::CompareLogging();
