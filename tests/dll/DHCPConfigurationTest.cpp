@@ -106,6 +106,28 @@ TEST_F(DHCPConfigurationTest, RemovesStaticGateways) {
     EXPECT_EQ(static_cast<DWORD>(REG_MULTI_SZ), Settings(kCard).TypeOf(L"DefaultGateway"));
 }
 
+TEST_F(DHCPConfigurationTest, LeavesTheGatewaysOfAdaptersThatAreNotInUse) {
+    const std::wstring others[] = {L"{1}", L"{2}", L"{3}", L"{4}"};
+    AddNtCard(hives_, {others[0], L"0010", L"Token Ring card", L""});
+    AddNtCard(hives_, {others[1], L"0011", L"Ethernet card that is not bound", L""});
+    AddNtCard(hives_, {others[2], L"0012", L"Ethernet card that is disabled", L"PCI\\A\\0"});
+    AddNtCard(hives_, {others[3], L"0013", L"Ethernet card that is broken", L"PCI\\B\\0"});
+    const std::wstring devices = L"System\\CurrentControlSet\\Enum\\PCI\\";
+    hives_.machine.Create(devices + L"A\\0").WriteNumber(L"ConfigFlags", 1);
+    hives_.machine.Create(devices + L"B\\0").WriteNumber(L"ConfigFlags", 0x40);
+    hives_.machine.Create(std::wstring(kServices) + L"Tcpip\\Linkage")
+        .WriteTexts(L"Bind", Texts{L"\\Device\\{1}", L"\\Device\\{3}", L"\\Device\\{4}"});
+    for (const std::wstring& instance : others) {
+        WriteGateway(instance.c_str());
+    }
+    EXPECT_EQ(-1, RemoveGateways());
+    EXPECT_EQ(0, Number(L"IsRebootNeeded"));
+    for (const std::wstring& instance : others) {
+        EXPECT_EQ(Texts{L"10.0.0.1"}, Settings(instance.c_str()).ReadTexts(L"DefaultGateway"))
+            << instance;
+    }
+}
+
 TEST_F(DHCPConfigurationTest, AnswersNullPlacesAsItAlwaysDid) {
     const auto configuration = QueryFor<IDHCPConfiguration>(object_.Get());
     ASSERT_TRUE(configuration);
