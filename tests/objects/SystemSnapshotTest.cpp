@@ -54,8 +54,10 @@ void ExpectNames(const SystemSnapshot& snapshot) {
     EXPECT_STRCASEEQ(ZelBase::WideToAnsi(name).c_str(),
                      ZelBase::WideToAnsi(snapshot.hostName).c_str());
     const std::string server = KernelValue("Z:\\etc\\resolv.conf", "nameserver");
-    EXPECT_EQ(std::wstring(server.begin(), server.end()),
-              snapshot.dnsServers.substr(0, snapshot.dnsServers.find(L',')));
+    if (server.find(':') == std::string::npos) { // the library tells no IPv6 addresses
+        EXPECT_EQ(std::wstring(server.begin(), server.end()),
+                  snapshot.dnsServers.substr(0, snapshot.dnsServers.find(L',')));
+    }
 }
 
 void ExpectProcessorAndMemory(const SystemSnapshot& snapshot) {
@@ -79,7 +81,6 @@ void ExpectProcessorAndMemory(const SystemSnapshot& snapshot) {
     }
 }
 
-// In the order in which the system's release is told: major, minor.
 void ExpectVersion(const SystemSnapshot& snapshot) {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof(version);
@@ -98,8 +99,8 @@ SystemSnapshot ExpectWholeSnapshot() {
     ExpectDrives(snapshot);
     ExpectProcessorAndMemory(snapshot);
     ExpectVersion(snapshot);
+    EXPECT_EQ(0, snapshot.usbPorts); // Wine has no host controllers
     EXPECT_EQ(0, snapshot.openUsbPorts);
-    EXPECT_FALSE(snapshot.usbSupported);
     return snapshot;
 }
 
@@ -109,6 +110,7 @@ TEST(SystemSnapshotTest, SaysWhatThePlainCallsSay) {
     }
     const SystemSnapshot snapshot = ExpectWholeSnapshot();
     ExpectNames(snapshot);
+    EXPECT_FALSE(snapshot.usbSupported);
     EXPECT_FALSE(snapshot.liveAdapters.empty());
 }
 
