@@ -1,6 +1,6 @@
 #include "objects/connectivity/LeaseRenewal.h"
 
-#include "platform/LetterCase.h"
+#include "platform/AsciiText.h"
 #include "platform/UsableAddress.h"
 
 #include <algorithm>
@@ -29,9 +29,8 @@ Sight Find(const std::optional<std::vector<LiveAdapter>>& adapters, const std::w
 
 // The interface list has a device's name around the adapter's own.
 bool IsNameOf(const wchar_t* interfaceName, const std::wstring& adapterName) {
-    const std::wstring listed = LowerCase(interfaceName);
-    const std::wstring name = LowerCase(adapterName);
-    return listed == name || listed == L"\\device\\tcpip_" + name;
+    return EqualsIgnoringCase(interfaceName, adapterName) ||
+           EqualsIgnoringCase(interfaceName, L"\\DEVICE\\TCPIP_" + adapterName);
 }
 
 } // namespace
@@ -102,6 +101,9 @@ bool LeaseRenewal::GiveToIpHelper(Order order, const LiveAdapter& adapter) {
     }
     ZelNet::IpHelperTable<IP_INTERFACE_INFO> table(
         [&](IP_INTERFACE_INFO* list, ULONG* size) { return helper.GetInterfaceInfo(list, size); });
+    if (table.Result() == ERROR_NO_DATA) { // it could be read, and is empty
+        return true;
+    }
     const IP_INTERFACE_INFO* list = table.Get();
     if (!list) {
         return false;

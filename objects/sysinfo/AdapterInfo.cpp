@@ -16,9 +16,9 @@ constinit RequestIds requestIds;
 } // namespace
 
 AdapterInfo::AdapterInfo(const ClassRow& row, IUnknown* outer)
-    : Object(row, outer), window_(*this),
+    : Object(row, outer),
       requests_(std::make_shared<AdapterRequests>([this](long id, bool gathered) {
-          window_.Post(gathered ? 1 : 0, static_cast<WPARAM>(id), 0);
+          window_->Post(gathered ? 1 : 0, static_cast<WPARAM>(id), 0);
       })) {}
 
 HRESULT AdapterInfo::GetAdapterInfo(BSTR returnType, long wantedId, long* id) {
@@ -34,6 +34,9 @@ long AdapterInfo::StartRequest(std::wstring_view returnType, long wantedId) {
     const long id = requestIds.Choose(wantedId);
     bool started = false;
     try {
+        if (!window_) {
+            window_.emplace(static_cast<PostbackOwner&>(*this));
+        }
         started = requests_->Start(
             id, [iid](const std::atomic<bool>& stop) { return GatherAdapters(*iid, stop); });
     } catch (const std::bad_alloc&) {

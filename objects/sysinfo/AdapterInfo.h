@@ -12,6 +12,8 @@
 
 #include <TERVANELib.h>
 
+#include <optional>
+
 namespace tervane {
 
 class AdapterInfo final : public AutomationObject<IAdapterInfo, EventSource, Control>,
@@ -39,7 +41,8 @@ private:
     long StartRequest(std::wstring_view returnType, long wantedId);
     HRESULT Fire_OnAdapterInfoComplete(long id, bool gathered) const;
 
-    PostbackWindow window_;
+    // Made with the first request, on the thread whose requests they are.
+    std::optional<PostbackWindow> window_;
     const std::shared_ptr<AdapterRequests> requests_;
     // Set by failures only: the code of the last failure stays until the next one.
     std::atomic<long> lastErrorCode_ = kNoError;

@@ -203,6 +203,9 @@ TEST_F(LeaseRenewalTest, AsksTheDhcpClientWhereTheIpHelperCannot) {
     ipHelper_->interfacesError = ERROR_NOT_SUPPORTED;
     EXPECT_EQ(Run(), 1);
     EXPECT_EQ(log_, steps);
+    ipHelper_->interfacesError = ERROR_NO_DATA; // an empty list is a list
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(log_, "wait 1000, ");
     // Without an address nobody can be told apart from others without one.
     ipHelper_->adapters = {Card("{b}", 2, "")};
     EXPECT_EQ(Run(), 0);

@@ -4,6 +4,7 @@
 #include "platform/LiveAdapterSources.h"
 #include "platform/RegistryKey.h"
 #include "support/FakeIpHelper.h"
+#include "support/ScratchRegistry.h"
 
 #include <gtest/gtest.h>
 
@@ -215,6 +216,23 @@ TEST_F(LiveAdapterTest, MakesTheBestOfTablesThatChangeOrBreak) {
     EXPECT_EQ(L"10.0.0.2", ListByMib().value()[0].ipAddress);
     broken_ = Oid("1.3.6.1.2.1.2.2.1.1"); // but a list may not be cut short
     EXPECT_FALSE(ListByMib());
+}
+
+TEST(LeaseServer, IsFoundWhereEachWindowsNotesIt) {
+    const test::ScratchHive machine(RegistryHive::kLocalMachine);
+    const auto server = LiveAdapterSources::System().leaseServer;
+    StaticAdapter adapter;
+    adapter.cookie = L"{0-1}";
+    adapter.serviceName = L"E100B";
+    EXPECT_EQ(server(adapter), L"");
+    const std::wstring services = L"System\\CurrentControlSet\\Services\\";
+    machine.Create(services + L"E100B\\Parameters\\Tcpip").WriteText(L"DhcpServer", L"10.0.0.4");
+    EXPECT_EQ(server(adapter), L"10.0.0.4"); // Windows NT 4
+    const auto settings = machine.Create(services + L"Tcpip\\Parameters\\Interfaces\\{0-1}");
+    settings.WriteNumber(L"DhcpServer", 4); // no text
+    EXPECT_EQ(server(adapter), L"10.0.0.4");
+    settings.WriteText(L"DhcpServer", L"10.0.0.5");
+    EXPECT_EQ(server(adapter), L"10.0.0.5");
 }
 
 // Wine notes neither leases nor their configuration in the registry, as Windows does, so that the
