@@ -1,9 +1,12 @@
 #include "objects/config/WaitTable.h"
 
 #include "ZelBase/ModulePin.h"
+#include "ZelBase/TimedMutexLock.h"
 #include "platform/PumpingWait.h"
 
 namespace tervane {
+
+using ZelBase::TimedMutexLock;
 
 // What a wait thread owns.
 class WaitTable::Running {
@@ -33,29 +36,9 @@ private:
     std::unique_ptr<WaitTask> task_;
 };
 
-// Holds the table's lock for a scope, if it could be had in time.
-class WaitTable::Lock {
-public:
-    Lock(const WaitTable& table, DWORD milliseconds)
-        : mutex_(table.lock_ && table.lock_->Lock(milliseconds, nullptr) ? table.lock_.get()
-                                                                         : nullptr) {}
-    ~Lock() {
-        if (mutex_) {
-            mutex_->Unlock();
-        }
-    }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-    explicit operator bool() const noexcept { return mutex_ != nullptr; }
-
-private:
-    ZelBase::Mutex* mutex_;
-};
-
 LONG WaitTable::Start(std::unique_ptr<WaitTask> task) {
     const LONG id = nextId_++;
-    const Lock lock(*this, kScriptPatience);
+    const TimedMutexLock lock(lock_.get(), kScriptPatience);
     if (!lock || closing_) {
         return 0;
     }
@@ -86,7 +69,7 @@ DWORD WINAPI WaitTable::Run(void* running) noexcept {
 }
 
 WaitTable::AbortResult WaitTable::Abort(LONG id) {
-    const Lock lock(*this, kScriptPatience);
+    const TimedMutexLock lock(lock_.get(), kScriptPatience);
     if (!lock) {
         return AbortResult::kLocked;
     }
@@ -102,7 +85,7 @@ WaitTable::AbortResult WaitTable::Abort(LONG id) {
 // What a wait that ended with `seen` reports. An abort that came in time wins over everything else,
 // the end of the owner silences every report.
 std::optional<WaitResult> WaitTable::Finish(LONG id, std::optional<WaitResult> seen) {
-    const Lock lock(*this, kWaitPatience);
+    const TimedMutexLock lock(lock_.get(), kWaitPatience);
     if (!lock) {
         return seen;
     }
@@ -127,7 +110,7 @@ void WaitTable::Close() {
 }
 
 bool WaitTable::SignalAll() {
-    const Lock lock(*this, kClosePatience);
+    const TimedMutexLock lock(lock_.get(), kClosePatience);
     if (!lock) {
         return false;
     }
@@ -145,7 +128,7 @@ bool WaitTable::EndFirst() {
     LONG id = 0;
     HANDLE thread = nullptr;
     {
-        const Lock lock(*this, kClosePatience);
+        const TimedMutexLock lock(lock_.get(), kClosePatience);
         if (!lock) {
             KillAll();
             return false;
@@ -160,7 +143,7 @@ bool WaitTable::EndFirst() {
     if (thread && !WaitWhilePumping(thread, kThreadPatience)) {
         TerminateThread(thread, 1);
     }
-    const Lock lock(*this, kClosePatience);
+    const TimedMutexLock lock(lock_.get(), kClosePatience);
     if (!lock) {
         KillAll();
         return false;

@@ -62,7 +62,6 @@ private:
     };
     using Entries = std::map<LONG, Entry>;
     class Running;
-    class Lock;
 
     static DWORD WINAPI Run(void* running) noexcept;
 

@@ -1,6 +1,7 @@
 #include "objects/sysinfo/AdapterRequests.h"
 
 #include "ZelBase/ModulePin.h"
+#include "ZelBase/TimedMutexLock.h"
 
 #include <utility>
 
@@ -8,29 +9,12 @@
 
 namespace tervane {
 
+using ZelBase::TimedMutexLock;
+
 struct AdapterRequests::Request {
     std::shared_ptr<AdapterRequests> owner;
     long id;
     Gather gather;
-};
-
-// Holds one of the locks for a scope, if it could be had in time.
-class AdapterRequests::Lock {
-public:
-    Lock(ZelBase::Mutex* mutex, DWORD milliseconds)
-        : mutex_(mutex && mutex->Lock(milliseconds, nullptr) ? mutex : nullptr) {}
-    ~Lock() {
-        if (mutex_) {
-            mutex_->Unlock();
-        }
-    }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-    explicit operator bool() const noexcept { return mutex_ != nullptr; }
-
-private:
-    ZelBase::Mutex* mutex_;
 };
 
 AdapterRequests::AdapterRequests(Report report)
@@ -39,7 +23,7 @@ AdapterRequests::AdapterRequests(Report report)
 
 bool AdapterRequests::Start(long id, Gather gather) {
     auto request = std::make_unique<Request>(Request{shared_from_this(), id, std::move(gather)});
-    const Lock lock(threadsMutex_.get(), kScriptPatience);
+    const TimedMutexLock lock(threadsMutex_.get(), kScriptPatience);
     if (!lock) {
         return false;
     }
@@ -87,7 +71,7 @@ void AdapterRequests::Finish(long id, std::optional<std::vector<Variant>> gather
         std::optional<Variant> list =
             MakeArray(succeeded ? std::move(*gathered) : std::vector<Variant>());
         Variant replaced; // released after the lock
-        const Lock lock(resultsMutex_.get(), INFINITE);
+        const TimedMutexLock lock(resultsMutex_.get(), INFINITE);
         if (!lock || closing_ || !list) {
             return;
         }
@@ -99,7 +83,7 @@ void AdapterRequests::Finish(long id, std::optional<std::vector<Variant>> gather
 }
 
 AdapterRequests::Found AdapterRequests::Find(long id, Variant& copy) {
-    const Lock lock(resultsMutex_.get(), kScriptPatience);
+    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatience);
     if (!lock) {
         return Found::kLocked;
     }
@@ -119,7 +103,7 @@ void AdapterRequests::Close() {
     closing_ = true;
     EndThreads();
     std::unordered_map<long, Variant> released;
-    const Lock lock(resultsMutex_.get(), kResultsPatience);
+    const TimedMutexLock lock(resultsMutex_.get(), kResultsPatience);
     if (lock) {
         report_ = nullptr;
         released.swap(results_);
@@ -127,7 +111,7 @@ void AdapterRequests::Close() {
 }
 
 void AdapterRequests::EndThreads() {
-    const Lock lock(threadsMutex_.get(), kThreadsPatience);
+    const TimedMutexLock lock(threadsMutex_.get(), kThreadsPatience);
     if (!lock) {
         return;
     }

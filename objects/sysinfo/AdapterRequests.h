@@ -58,7 +58,6 @@ public:
     void Close();
 
 private:
-    class Lock;
     struct Request;
 
     static DWORD WINAPI Run(void* argument) noexcept;
