@@ -34,8 +34,8 @@ double Median(std::vector<double> times) {
 
 } // namespace
 
-void Compare(const Comparison& comparison, const std::function<void()>& ours,
-             const std::function<void()>& theirs) {
+double Compare(const Comparison& comparison, const std::function<void()>& ours,
+               const std::function<void()>& theirs) {
     std::vector<double> oursTimes;
     std::vector<double> theirsTimes;
     // The first turn of each side warms up and is not counted.
@@ -56,6 +56,7 @@ void Compare(const Comparison& comparison, const std::function<void()>& ours,
     }
     std::printf("\n");
     std::fflush(stdout);
+    return mine;
 }
 
 } // namespace bench

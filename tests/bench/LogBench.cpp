@@ -5,6 +5,7 @@
 #include "ZelBase/Logger.h"
 #include "tests/bench/Comparison.h"
 
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <thread>
@@ -14,6 +15,7 @@ namespace bench {
 namespace {
 
 constexpr int kRecords = 500;
+constexpr int kWriters = 4;
 
 void OnThreads(int threads, const std::function<void()>& work) {
     std::vector<std::thread> running;
@@ -44,10 +46,15 @@ void CompareLogging() {
             ReleaseMutex(mutex.Get());
         }
     };
-    Compare({"500 log records, one writer : mutex and memcpy", 1.5, 1, 9}, ours, theirs);
-    Compare(
-        {"500 log records each, four writers : mutex and memcpy", 1.5, 1, 9},
-        [&] { OnThreads(4, ours); }, [&] { OnThreads(4, theirs); });
+    const auto printRate = [](int records, double microseconds) {
+        std::printf("  that is %.0f log records per second\n", 1e6 * records / microseconds);
+    };
+    printRate(kRecords,
+              Compare({"500 log records, one writer : mutex and memcpy", 1.5, 1, 9}, ours, theirs));
+    printRate(kWriters * kRecords,
+              Compare(
+                  {"500 log records each, four writers : mutex and memcpy", 1.5, 1, 9},
+                  [&] { OnThreads(kWriters, ours); }, [&] { OnThreads(kWriters, theirs); }));
 }
 
 } // namespace bench

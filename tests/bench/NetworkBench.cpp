@@ -115,49 +115,52 @@ double Seconds(const std::function<void()>& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void CompareDirection(const char* name, LoopbackServer::Does does) {
+void CompareDirection(const char* name, LoopbackServer::Does does, const TransferSizes& sizes) {
     const ZelBase::LogRing ring;
-    const auto written = [&] { return ring.Section().written; };
-    constexpr size_t kBytes = 10 * kMegabyte;
-    const std::uint32_t before = written();
-    const double small = Seconds([&] { LineClient().Run(does, kBytes); });
-    const std::uint32_t records = written() - before;
-    const double large = Seconds([&] { LineClient().Run(does, 10 * kBytes); });
-    std::printf(
-        "line socket %s: %.0f lines/s, %.1f MB/s with %u records per 10 MB; 100 MB take %.1f "
-        "times as long as 10 MB\n",
-        name, kBytes / kLine.size() / small, kBytes / small / kMegabyte, records, large / small);
-    std::string title = std::string("10 MB ") + name + " : bare loop";
-    Compare(
-        {title.c_str(), 0, 1, 5}, [&] { LineClient().Run(does, kBytes); },
-        [&] { BareClient(does, kBytes, 0); });
-    title += " with as many records";
-    Compare(
-        {title.c_str(), 1.3, 1, 5}, [&] { LineClient().Run(does, kBytes); },
-        [&] { BareClient(does, kBytes, records); });
+    double secondsPerMegabyte[2] = {};
+    int run = 0;
+    for (const int megabytes : {sizes.small, sizes.large}) {
+        const size_t bytes = static_cast<size_t>(megabytes) * kMegabyte;
+        const std::uint32_t before = ring.Section().written;
+        const double ours = Seconds([&] { LineClient().Run(does, bytes); });
+        const std::uint32_t records = ring.Section().written - before;
+        const double bare = Seconds([&] { BareClient(does, bytes, 0); });
+        const double tracing = Seconds([&] { BareClient(does, bytes, records); });
+        std::printf("%3d MB of lines %s: %6.2f s, %.0f lines/s, %.2f MB/s, %u trace records\n",
+                    megabytes, name, ours, bytes / kLine.size() / ours, megabytes / ours, records);
+        std::printf("  : bare loop of 512 bytes         %9.2f s  ratio %7.2f\n", bare, ours / bare);
+        std::printf("  : the same with as many records  %9.2f s  ratio %7.2f  (aim 1.3)\n", tracing,
+                    ours / tracing);
+        std::fflush(stdout);
+        secondsPerMegabyte[run++] = ours / megabytes;
+    }
+    std::printf("  a byte of the %d MB costs %.2f times a byte of the %d MB (linear: 1)\n",
+                sizes.large, secondsPerMegabyte[1] / secondsPerMegabyte[0], sizes.small);
 }
 
 } // namespace
 
-void CompareLineSocket() {
+void CompareLineSocket(const TransferSizes& sizes) {
     Require(ZelNet::InitializeSockets(), "starting the socket layer");
-    CompareDirection("received", LoopbackServer::Does::SendLines);
-    CompareDirection("sent", LoopbackServer::Does::Receive);
+    LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte / 10); // warms up
+    CompareDirection("received", LoopbackServer::Does::SendLines, sizes);
+    CompareDirection("sent", LoopbackServer::Does::Receive, sizes);
     ZelNet::UninitializeSockets();
 }
 
-void CompareLookUps(const char* server) {
+void CompareLookUps() {
     constexpr int kNames = 1000;
     constexpr std::uint32_t kTimeout = 5000; // ms
     Require(ZelNet::InitializeSockets(), "starting the socket layer");
     const auto network = ZelNet::NetworkInfo::Create();
+    Require(network && !network->DnsServers().empty(), "finding the system's name servers");
     int next = 0;
     const auto name = [&next] { return "name" + std::to_string(next++) + ".bench.example"; };
     Compare(
         {"DNSLookup : gethostbyname", 1.0, 1, kNames},
         [&] {
             std::vector<ZelNet::IpAddress> found;
-            Require(network->DNSLookup(server, name(), kTimeout, found) && found.size() == 1,
+            Require(network->DNSLookup("", name(), kTimeout, found) && found.size() == 1,
                     "looking a name up");
         },
         [&] { Require(gethostbyname(name().c_str()) != nullptr, "gethostbyname"); });

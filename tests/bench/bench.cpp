@@ -110,6 +110,22 @@ void CompareWindowSearch() {
                    bareLoop);
 }
 
+// Whether the arguments ask for one of the benchmarks of the network library, which has then been
+// run: "log", "look-ups", or "line-socket" with two sizes in megabytes.
+bool RunNetworkBench(int argumentCount, char** arguments) {
+    const std::string_view name = argumentCount > 1 ? arguments[1] : "";
+    if (name == "look-ups") {
+        bench::CompareLookUps();
+    } else if (name == "line-socket" && argumentCount == 4) {
+        bench::CompareLineSocket({std::stoi(arguments[2]), std::stoi(arguments[3])});
+    } else if (name == "log") {
+        bench::CompareLogging();
+    } else {
+        return false;
+    }
+    return true;
+}
+
 // Whether the arguments ask for one of the benchmarks with mail servers, which has then been run.
 bool RunMailBench(int argumentCount, char** arguments) {
     constexpr std::pair<std::string_view, void (*)(const bench::MailPorts&)> kBenches[] = {
@@ -137,8 +153,7 @@ int main(int argumentCount, char** arguments) {
     if (auto status = bench::ManyWindows::RunIfAsked(argumentCount, arguments)) {
         return *status;
     }
-    if (argumentCount > 2 && std::string(arguments[1]) == "look-ups") {
-        bench::CompareLookUps(arguments[2]);
+    if (RunNetworkBench(argumentCount, arguments)) {
         return 0;
     }
     HRESULT result = CoInitialize(nullptr);
@@ -157,7 +172,7 @@ int main(int argumentCount, char** arguments) {
     bench::CompareAdapterLists();
     bench::CompareLiveAdapters();
     bench::CompareLogging();
-    bench::CompareLineSocket();
+    bench::CompareLineSocket({});
     CoUninitialize();
     return 0;
 }
