@@ -1,9 +1,9 @@
 #include "platform/LiveAdapterSources.h"
 
 #include "platform/AdapterClassification.h"
+#include "platform/AsciiText.h"
 #include "platform/HardwareAddress.h"
 #include "platform/IpHelperInterfaces.h"
-#include "platform/LetterCase.h"
 #include "platform/MibInterfaces.h"
 
 #include <unordered_map>
@@ -11,15 +11,42 @@
 namespace tervane {
 namespace {
 
+// By what an adapter is known: its cookie, or its address, perhaps with its name. The texts are
+// another's, and compared without regard to case.
+struct AdapterKey {
+    std::wstring_view text;
+    std::wstring_view name;
+
+    bool operator==(const AdapterKey& other) const {
+        return EqualsIgnoringCase(text, other.text) && EqualsIgnoringCase(name, other.name);
+    }
+};
+
+struct AdapterKeyHash {
+    // FNV-1a.
+    std::size_t operator()(const AdapterKey& key) const {
+        std::uint32_t hash = 2166136261u;
+        for (const std::wstring_view text : {key.text, key.name}) {
+            for (const wchar_t letter : text) {
+                hash = (hash ^ LowerAscii(letter)) * 16777619u;
+            }
+        }
+        return hash;
+    }
+};
+
 // The installed adapters by everything that a live one may know of them.
 class InstalledAdapters {
 public:
     explicit InstalledAdapters(std::vector<StaticAdapter> adapters)
         : adapters_(std::move(adapters)) {
+        for (Index* index : {&byCookie_, &byDevice_, &byAddress_}) {
+            index->reserve(adapters_.size());
+        }
         for (const StaticAdapter& adapter : adapters_) {
-            byCookie_.try_emplace(LowerCase(adapter.cookie), &adapter);
-            byDevice_.try_emplace(DeviceKey(adapter.hardwareAddress, adapter.name), &adapter);
-            byAddress_.try_emplace(LowerCase(adapter.hardwareAddress), &adapter);
+            byCookie_.try_emplace({adapter.cookie, {}}, &adapter);
+            byDevice_.try_emplace({adapter.hardwareAddress, adapter.name}, &adapter);
+            byAddress_.try_emplace({adapter.hardwareAddress, {}}, &adapter);
         }
     }
     InstalledAdapters(const InstalledAdapters&) = delete;
@@ -27,26 +54,23 @@ public:
 
     // Null when none is the same device.
     const StaticAdapter* Find(const LiveAdapter& live) const {
-        if (const auto* found = FindIn(byCookie_, LowerCase(live.interfaceName))) {
+        if (const auto* found = FindIn(byCookie_, {live.interfaceName, {}})) {
             return found;
         }
         if (live.hardwareAddress == kNoHardwareAddress) {
             return nullptr;
         }
         // Virtual adapters share the address of the card that they sit on.
-        const auto* found = FindIn(byDevice_, DeviceKey(live.hardwareAddress, live.name));
-        return found ? found : FindIn(byAddress_, LowerCase(live.hardwareAddress));
+        const auto* found = FindIn(byDevice_, {live.hardwareAddress, live.name});
+        return found ? found : FindIn(byAddress_, {live.hardwareAddress, {}});
     }
 
 private:
-    using Index = std::unordered_map<std::wstring, const StaticAdapter*>;
+    using Index = std::unordered_map<AdapterKey, const StaticAdapter*, AdapterKeyHash>;
 
-    static std::wstring DeviceKey(const std::wstring& address, const std::wstring& name) {
-        return LowerCase(address + L" " + name);
-    }
-    static const StaticAdapter* FindIn(const Index& index, const std::wstring& key) {
+    static const StaticAdapter* FindIn(const Index& index, const AdapterKey& key) {
         const auto found = index.find(key);
-        return key.empty() || found == index.end() ? nullptr : found->second;
+        return key.text.empty() || found == index.end() ? nullptr : found->second;
     }
 
     const std::vector<StaticAdapter> adapters_;
