@@ -256,6 +256,10 @@ TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
     EXPECT_EQ(L"example.com", identity.domainName);
     EXPECT_EQ(Servers({L"10.3.0.1", L"10.3.0.2"}), identity.dnsServers);
+    // Neither name is terminated.
+    memset(library.parameters->DomainName, 'y', sizeof(library.parameters->DomainName));
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
 }
 
 } // namespace
