@@ -1,10 +1,12 @@
 ' Tells, test by test, how far a connection to a server comes: name, ping, ports.
 ' Run it with: cscript //nologo connectivity.vbs [HOST [PORT PORT ...]]
+' HOST is a name or a dotted address; without arguments it is this machine.
 '
 ' One test at a time: start it, and sleep until its event has come.
 Option Explicit
 
 Const kTime = 1000 ' milliseconds per test
+Const kLookUpTime = 3000
 
 Dim tester, host, i, ended, succeeded
 Set tester = WScript.CreateObject("Tervane.ConnectivityTester", "Tester_")
@@ -47,8 +49,11 @@ End Sub
 
 WScript.Echo "Testing " & host
 ended = False
-tester.DNSLookup host, 0
-Await "name"
+tester.DNSLookup host, kLookUpTime
+Await "name, asking all name servers"
+ended = False
+tester.DNSLookup host, 0 ' no time-out: the system's resolver, which has other sources, too
+Await "name, by the system's resolver"
 ended = False
 tester.Ping host, kTime, 2
 Await "ping"

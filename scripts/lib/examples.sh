@@ -27,7 +27,7 @@ run_in_host() {
     esac
 }
 
-# The examples that send and fetch mail get a mail server of their own for that time.
+# The examples that send and fetch mail, or try ports, get a mail server of their own for that time.
 run_with_mail_server() {
     local server smtpPort popPort status=0
     exec 6< <(exec scripts/lib/mail_server.py)
@@ -36,6 +36,9 @@ run_with_mail_server() {
     case $4 in
     *send-mail.*) run_in_host "$@" 127.0.0.1 "$smtpPort" || status=$? ;;
     *read-mail.*) run_in_host "$@" 127.0.0.1 someone secret "$popPort" || status=$? ;;
+    *connectivity.*)
+        run_in_host "$@" "${TERVANE_EXAMPLE_NAME:-127.0.0.1}" "$smtpPort" "$popPort" || status=$?
+        ;;
     esac
     kill "$server" 2>/dev/null || true
     exec 6<&-
@@ -44,7 +47,7 @@ run_with_mail_server() {
 
 example_in_host() {
     case $4 in
-    *-mail.*) run_with_mail_server "$@" ;;
+    *-mail.* | *connectivity.*) run_with_mail_server "$@" ;;
     *) run_in_host "$@" ;;
     esac
 }

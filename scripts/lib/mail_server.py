@@ -97,6 +97,9 @@ class Pop(Conversation):
 class Server(socketserver.ThreadingTCPServer):
     daemon_threads = True
 
+    def handle_error(self, request, client_address):
+        """Clients may hang up at any time; some only try whether the port is open."""
+
 
 def start(*conversations):
     """Starts a server for each, and returns their ports."""
