@@ -21,8 +21,9 @@
 
 namespace tervane::test {
 
-class EventSource : public scripthost::ComBase<IEventSource, IConnectionPointContainer,
-                                               IConnectionPoint, IProvideClassInfo2> {
+class EventSource
+    : public scripthost::ComBase<IEventSource, IConnectionPointContainer, IConnectionPoint,
+                                 IProvideClassInfo2, IObjectWithSite> {
 public:
     EventSource();
 
@@ -56,6 +57,10 @@ public:
     // IProvideClassInfo2
     STDMETHODIMP GetClassInfo(ITypeInfo** type) override;
     STDMETHODIMP GetGUID(DWORD kind, GUID* guid) override;
+
+    // IObjectWithSite, as controls have it: an engine may refuse an object that it has no site for.
+    STDMETHODIMP SetSite(IUnknown*) override { return S_OK; }
+    STDMETHODIMP GetSite(REFIID, void**) override { return E_FAIL; }
 
 private:
     using Sinks = std::vector<ComPtr<IDispatch>>;

@@ -82,6 +82,9 @@ const Case kBasics[] = {
      "The exit code must be a number.\nCould not connect object: it describes no events.\n"
      "An object is needed.\n",
      "", 0},
+    {"object_with_a_site_vbs", L".vbs",
+     "Set s = CreateObject(\"ScriptHostTest.EventSource\")\nWScript.Echo s.Advised\n", "0\n",
+     "destroyed\n0 sinks left\n", 0},
     {"object_without_events_vbs", L".vbs",
      "On Error Resume Next\nSet d = WScript.CreateObject(\"Scripting.Dictionary\", \"d_\")\n"
      "WScript.Echo Err.Source, TypeName(d)",

@@ -87,4 +87,12 @@ HRESULT ScriptSite::GetWindow(HWND* window) {
     return S_OK;
 }
 
+HRESULT ScriptSite::QueryService(REFGUID, REFIID, void** out) {
+    if (out == nullptr) {
+        return E_POINTER;
+    }
+    *out = nullptr;
+    return E_NOINTERFACE;
+}
+
 } // namespace tervane::scripthost

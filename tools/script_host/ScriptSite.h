@@ -12,12 +12,13 @@
 #include "platform/Automation.h"
 
 #include <activscp.h>
+#include <servprov.h>
 
 #include <string>
 
 namespace tervane::scripthost {
 
-class ScriptSite : public ComBase<IActiveScriptSite, IActiveScriptSiteWindow> {
+class ScriptSite : public ComBase<IActiveScriptSite, IActiveScriptSiteWindow, IServiceProvider> {
 public:
     static constexpr wchar_t kItemName[] = L"WScript";
     static constexpr DWORD kErrorExitCode = 1;
@@ -44,6 +45,10 @@ public:
     // IActiveScriptSiteWindow: message boxes have no owner.
     STDMETHODIMP GetWindow(HWND* window) override;
     STDMETHODIMP EnableModeless(BOOL) override { return S_OK; }
+
+    // IServiceProvider: there are no services, yet some engines hand no site to an object, and then
+    // no object with a site to the script, unless they can ask for one.
+    STDMETHODIMP QueryService(REFGUID service, REFIID iid, void** out) override;
 
 private:
     void Report(const std::wstring& place, HRESULT code, EXCEPINFO& exception);
