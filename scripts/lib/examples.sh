@@ -6,9 +6,14 @@
 # An example ends with the line "Done." once it has come through. Its exit status alone proves
 # little: Wine's cscript gives 0 for a script that stopped with an error.
 
+# Those that contact nothing but this machine.
 example_files() {
-    [ ! -d examples ] || find examples -name '*.js' -o -name '*.vbs' | sort
+    find examples \( -name '*.js' -o -name '*.vbs' \) ! -name 'diagnose.*' | sort
 }
+
+# Those that test the gateway and the name servers that they find; scripts/steps/network-examples
+# gives them some.
+examples_off_this_machine() { find examples -name 'diagnose.*' | sort; }
 
 needs_script_host() {
     grep -qE 'WScript\.(Sleep|ConnectObject|DisconnectObject|CreateObject)' "$1"
@@ -48,6 +53,7 @@ run_with_mail_server() {
 example_in_host() {
     case $4 in
     *-mail.* | *connectivity.*) run_with_mail_server "$@" ;;
+    *diagnose.*) run_in_host "$@" ${TERVANE_EXAMPLE_NAME:+"$TERVANE_EXAMPLE_NAME"} ;;
     *) run_in_host "$@" ;;
     esac
 }
