@@ -8,12 +8,13 @@
 
 # Those that contact nothing but this machine.
 example_files() {
-    find examples \( -name '*.js' -o -name '*.vbs' \) ! -name 'diagnose.*' | sort
+    find examples \( -name '*.js' -o -name '*.vbs' \) ! -name 'diagnose.*' \
+        ! -name 'connectivity.*' | sort
 }
 
 # Those that test the gateway and the name servers that they find; scripts/steps/network-examples
 # gives them some.
-examples_off_this_machine() { find examples -name 'diagnose.*' | sort; }
+examples_off_this_machine() { find examples -name 'diagnose.*' -o -name 'connectivity.*' | sort; }
 
 needs_script_host() {
     grep -qE 'WScript\.(Sleep|ConnectObject|DisconnectObject|CreateObject)' "$1"
@@ -42,7 +43,7 @@ run_with_mail_server() {
     *send-mail.*) run_in_host "$@" 127.0.0.1 "$smtpPort" || status=$? ;;
     *read-mail.*) run_in_host "$@" 127.0.0.1 someone secret "$popPort" || status=$? ;;
     *connectivity.*)
-        run_in_host "$@" "${TERVANE_EXAMPLE_NAME:-127.0.0.1}" "$smtpPort" "$popPort" || status=$?
+        run_in_host "$@" "$TERVANE_EXAMPLE_NAME" "$smtpPort" "$popPort" || status=$?
         ;;
     esac
     kill "$server" 2>/dev/null || true
