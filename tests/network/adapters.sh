@@ -7,18 +7,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . scripts/lib/wine.sh
+. scripts/lib/network.sh
 
 arch=$1
 programs=build/$arch/tests
-
-outside() {
-    name=tervane-adapters-$$
-    trap 'ip netns del "$name"' EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM
-    ip netns add "$name"
-    TERVANE_ADAPTERS=full ip netns exec "$name" "$0" "$arch"
-}
 
 make_cards() {
     ip link set lo up
@@ -76,8 +68,5 @@ if reason=$(wine_lacks "$arch"); then
     echo "$reason"
     exit 77
 fi
-if [ -z "${TERVANE_ADAPTERS:-}" ]; then
-    outside
-else
-    inside
-fi
+enter_network "" "$@"
+inside

@@ -9,38 +9,17 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . scripts/lib/wine.sh
+. scripts/lib/network.sh
 
 arch=$1
 program=${2:-build/$arch/tests/test_dll.exe}
 nameServer=127.0.0.53
 mailUser=5000
 
-outside() {
-    name=tervane-mail-$$
-    trap 'ip netns del "$name"; rm -rf "/etc/netns/$name"' EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM
-    mkdir -p "/etc/netns/$name"
-    echo "nameserver $nameServer" >"/etc/netns/$name/resolv.conf"
-    ip netns add "$name"
-    TERVANE_MAIL_NAMESPACE=$name ip netns exec "$name" "$0" "$arch" "$program"
-}
-
-make_network() {
-    ip link set lo up
-    ip link add near type veth peer name far
-    ip link set far up
-    ip link set near up
-    ip address add 10.55.0.1/24 dev near
-    # Known, but not there.
-    ip neighbour add 10.55.0.9 lladdr 02:00:00:00:00:09 dev near
-}
-
 start_name_server() {
-    dnsmasq --keep-in-foreground --conf-file=/dev/null --pid-file= --no-resolv --no-hosts \
-        --listen-address=$nameServer --bind-interfaces --local=/example/ \
-        --host-record=mail.example,127.0.0.1 --server=/slow.example/10.55.0.9 &
-    servers+=($!)
+    start_dnsmasq $nameServer --local=/example/ --host-record=mail.example,127.0.0.1 \
+        --server=/slow.example/10.55.0.9
+    servers+=("$started")
 }
 
 write_postfix_configuration() {
@@ -155,7 +134,7 @@ stop_servers() {
 
 inside() {
     local status=0
-    make_network
+    make_silent_network
     wine_start
     servers=()
     mail=
@@ -178,8 +157,5 @@ if reason=$(wine_lacks "$arch"); then
     echo "$reason"
     exit 77
 fi
-if [ -z "${TERVANE_MAIL_NAMESPACE:-}" ]; then
-    outside
-else
-    inside
-fi
+enter_network $nameServer "$@"
+inside

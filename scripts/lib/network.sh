@@ -1,0 +1,43 @@
+# A network of its own for a script that needs one, gone when the script ends. To be sourced by
+# bash; needs root, iproute2 and dnsmasq.
+#
+#   enter_network SERVERS ARGUMENT...  runs the script once more, with these arguments, in a network
+#                                      namespace where SERVERS are the system's name servers, and
+#                                      exits with its status; in there, it just returns
+#   make_silent_network                the loopback, and a card behind which 10.55.0.9 never answers
+#   start_dnsmasq ADDRESS OPTION...    a name server that knows only what the options tell it; its
+#                                      process is in $started. The array dnsmasqRunner, if set, is
+#                                      the command that runs it.
+
+enter_network() {
+    local servers=$1 server status=0
+    shift
+    [ -z "${TERVANE_NAMESPACE:-}" ] || return 0
+    namespace=tervane-$(basename "$0" .sh)-$$
+    trap 'ip netns del "$namespace"; rm -rf "/etc/netns/$namespace"' EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+    mkdir -p "/etc/netns/$namespace"
+    for server in $servers; do
+        echo "nameserver $server"
+    done >"/etc/netns/$namespace/resolv.conf"
+    ip netns add "$namespace"
+    TERVANE_NAMESPACE=$namespace ip netns exec "$namespace" "$0" "$@" || status=$?
+    exit $status
+}
+
+make_silent_network() {
+    ip link set lo up
+    ip link add near type veth peer name far
+    ip link set far up
+    ip link set near up
+    ip address add 10.55.0.1/24 dev near
+    # Known, but not there.
+    ip neighbour add 10.55.0.9 lladdr 02:00:00:00:00:09 dev near
+}
+
+start_dnsmasq() {
+    "${dnsmasqRunner[@]}" dnsmasq --keep-in-foreground --conf-file=/dev/null --pid-file= --no-resolv --no-hosts \
+        --listen-address="$1" --bind-interfaces "${@:2}" &
+    started=$!
+}
