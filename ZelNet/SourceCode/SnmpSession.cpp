@@ -1,5 +1,7 @@
 #include "ZelNet/SourceCode/SnmpSession.h"
 
+#include "ZelBase/TimedMutexLock.h"
+
 #include <new>
 
 namespace ZelNet {
@@ -97,7 +99,10 @@ SnmpSession::~SnmpSession() {
 }
 
 std::optional<VarBind> SnmpSession::Ask(Request request, const Oid& oid) {
-    const ZelBase::CriticalSectionLock guard(lock_);
+    const ZelBase::TimedMutexLock turn(turn_.get(), ZelBase::kInfinite);
+    if (!turn) {
+        return std::nullopt;
+    }
     SnmpVarBind& entry = *new (entries_) SnmpVarBind{};
     entry.value.asnType = ASN_NULL;
     if (!oid.CopyTo(*agent_, entry.name)) {

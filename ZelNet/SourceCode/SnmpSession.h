@@ -2,8 +2,11 @@
 
 // An agent that has been started, and the questions to it. Any number of users may share one; an
 // extension agent is made for one caller at a time, so their questions take turns.
+//
+// A thread that is stuck in the agent may be killed there, with the turn in hand. So the lock is
+// the kernel's, which the next in turn then has; any other would stay locked for all.
 
-#include "ZelBase/CriticalSection.h"
+#include "ZelBase/Mutex.h"
 #include "ZelNet/SourceCode/SnmpAgent.h"
 #include "ZelNet/SourceCode/VarBind.h"
 
@@ -24,14 +27,15 @@ public:
     std::optional<VarBind> Ask(Request request, const Oid& oid);
 
 private:
-    explicit SnmpSession(std::unique_ptr<SnmpAgent> agent) : agent_(std::move(agent)) {}
+    explicit SnmpSession(std::unique_ptr<SnmpAgent> agent)
+        : agent_(std::move(agent)), turn_(ZelBase::Mutex::Create()) {}
 
     bool Start();
     SnmpVarBind& Entry() const { return *static_cast<SnmpVarBind*>(entries_); }
     void FreeEntry();
 
     std::unique_ptr<SnmpAgent> agent_;
-    ZelBase::CriticalSection lock_;
+    const std::unique_ptr<ZelBase::Mutex> turn_;
     // What every question is put into, in the agent's memory.
     SnmpVarBindList* bindings_ = nullptr;
     void* entries_ = nullptr;

@@ -1,12 +1,13 @@
 #include "ZelNet/SourceCode/WIN32_SnmpQuery.h"
 
+#include "ZelBase/TimedMutexLock.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 
 namespace ZelNet {
 namespace {
 
-using ZelBase::CriticalSectionLock;
 using ZelBase::LogLevel;
+using ZelBase::TimedMutexLock;
 
 // The root of all Internet management information.
 constexpr const char* kInternet = "1.3.6.1";
@@ -15,26 +16,32 @@ class SharedAgent {
 public:
     // Null when the system has no agent.
     std::shared_ptr<SnmpSession> AddUser() {
-        const CriticalSectionLock guard(lock_);
-        if (++users_ == 1) {
+        const TimedMutexLock lock(mutex_.get(), ZelBase::kInfinite);
+        if (!lock) {
+            return nullptr;
+        }
+        if (users_ == 0) {
             session_ = SnmpSession::Open(SnmpAgent::Load());
         }
+        ++users_; // not before: who fails to load, or is killed while loading, is no user
         return session_;
     }
     // `session` is the user's; the last user's is the last.
     void RemoveUser(std::shared_ptr<SnmpSession>& session) {
-        const CriticalSectionLock guard(lock_);
+        const TimedMutexLock lock(mutex_.get(), ZelBase::kInfinite);
         session.reset();
-        if (--users_ == 0) {
+        if (lock && --users_ == 0) {
             session_.reset();
         }
     }
 
 private:
-    // Held while loading, so that the second user finds the agent ready.
-    ZelBase::CriticalSection lock_;
-    int users_ ZELBASE_GUARDED_BY(lock_) = 0;
-    std::shared_ptr<SnmpSession> session_ ZELBASE_GUARDED_BY(lock_);
+    // Held while loading, so that the second user finds the agent ready. The kernel's, because a
+    // thread that is stuck in loading may be killed.
+    const std::unique_ptr<ZelBase::Mutex> mutex_ = ZelBase::Mutex::Create();
+    // Under mutex_.
+    int users_ = 0;
+    std::shared_ptr<SnmpSession> session_;
 };
 
 // Never destroyed: it must not unload libraries while this one is being unloaded.

@@ -272,6 +272,37 @@ TEST_F(SnmpQueryTest, EndsWhenTheRowsDoNot) {
     EXPECT_EQ(rows, WIN32_SnmpQuery::kMostRows);
 }
 
+// As AdapterInfo kills, at its end, a thread that does not come back.
+TEST_F(SnmpQueryTest, AnswersOthersWhenAThreadWasKilledInTheAgent) {
+    std::atomic<bool> stuck = false;
+    Use([&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+        if (!stuck) {
+            agent.MemFree(binding.name.ids);
+            stuck = true;
+            Sleep(INFINITE);
+        }
+        agent.Answer(binding, Oid("1.3.6.1.2.1"), {ASN_INTEGER, 7, ""});
+        return true;
+    });
+    const auto ask = [this] {
+        std::int32_t number = 0;
+        query_->GetInteger(Oid("1.3.6.1.2.1"), number);
+        return number;
+    };
+    const auto first = ZelBase::ModulePin::StartThread(ask);
+    while (!stuck) {
+        Sleep(1);
+    }
+    const auto second = ZelBase::ModulePin::StartThread(ask);
+    EXPECT_EQ(WaitForSingleObject(second.Get(), 100), DWORD{WAIT_TIMEOUT}); // waits for its turn
+    TerminateThread(first.Get(), 1);
+    EXPECT_EQ(WaitForSingleObject(second.Get(), 10000), WAIT_OBJECT_0);
+    DWORD answer = 0;
+    GetExitCodeThread(second.Get(), &answer);
+    EXPECT_EQ(answer, 7u);
+    TerminateThread(second.Get(), 1); // should it still wait
+}
+
 TEST_F(SnmpQueryTest, FailsWithoutAnAgent) {
     std::int32_t number = 0;
     auto stubborn = std::make_unique<TableAgent>(memory_);
