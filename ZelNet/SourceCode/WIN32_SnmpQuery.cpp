@@ -83,26 +83,33 @@ bool WIN32_SnmpQuery::MayAsk(const Oid& oid) const {
     return may;
 }
 
-std::optional<VarBind> WIN32_SnmpQuery::Get(const Oid& oid) const {
-    return MayAsk(oid) ? session_->Ask(SnmpSession::Request::kGet, oid) : std::nullopt;
+template <typename Value>
+bool WIN32_SnmpQuery::Get(const char* function, const Oid& oid,
+                          std::optional<Value> (VarBind::*read)() const, Value& value) const {
+    if (!MayAsk(oid)) {
+        return false;
+    }
+    const auto answer = session_->Ask(SnmpSession::Request::kGet, oid);
+    if (!answer) {
+        logger_->Log(function, LogLevel::kWarning, "No answer for \"%s\"", oid.GetText().c_str());
+        return false;
+    }
+    const auto found = ((*answer).*read)();
+    if (!found) {
+        logger_->Log(function, LogLevel::kWarning, "\"%s\" is of another type, type = 0x%02X",
+                     oid.GetText().c_str(), static_cast<unsigned>(answer->type));
+        return false;
+    }
+    value = *found;
+    return true;
 }
 
 bool WIN32_SnmpQuery::GetIpAddress(const Oid& oid, IpAddress& address) {
-    const auto answer = Get(oid);
-    const auto value = answer ? answer->Address() : std::nullopt;
-    if (value) {
-        address = *value;
-    }
-    return value.has_value();
+    return Get("GetIpAddress", oid, &VarBind::Address, address);
 }
 
 bool WIN32_SnmpQuery::GetInteger(const Oid& oid, std::int32_t& value) {
-    const auto answer = Get(oid);
-    const auto number = answer ? answer->Integer() : std::nullopt;
-    if (number) {
-        value = *number;
-    }
-    return number.has_value();
+    return Get("GetInteger", oid, &VarBind::Integer, value);
 }
 
 bool WIN32_SnmpQuery::Walk(const Oid& oid, const Collector& collector) {

@@ -26,7 +26,10 @@ public:
 private:
     bool MayAsk(const Oid& oid) const;
     bool WalkOn(const Oid& root, const Collector& collector) const;
-    std::optional<VarBind> Get(const Oid& oid) const;
+    // The value of one variable, as `read` reads it; `function` is named when there is none.
+    template <typename Value>
+    bool Get(const char* function, const Oid& oid, std::optional<Value> (VarBind::*read)() const,
+             Value& value) const;
 
     const std::unique_ptr<ZelBase::Logger> logger_;
     const IpAddress agent_;

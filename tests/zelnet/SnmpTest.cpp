@@ -3,6 +3,7 @@
 
 #include "ZelBase/ModulePin.h"
 #include "ZelNet/SourceCode/WIN32_SnmpQuery.h"
+#include "tests/zelnet/TraceCollector.h"
 
 #include <gtest/gtest.h>
 
@@ -181,6 +182,23 @@ TEST_F(SnmpQueryTest, RefusesOtherAgentsAndOtherTreesWithoutAsking) {
         EXPECT_EQ(Walk(oid), "cut") << oid;
     }
     EXPECT_EQ(memory_.queries, 0);
+}
+
+TEST_F(SnmpQueryTest, LogsWhyThereIsNoValue) {
+    TraceCollector traces;
+    Use();
+    std::int32_t number = 0;
+    IpAddress address;
+    query_->GetInteger(Oid("1.3.6.1.2.3"), number);
+    query_->GetIpAddress(Oid("1.3.6.1.9"), address);
+    query_->GetInteger(Oid("1.3.7"), number);
+    Walk("1.3.6.1.2.3");
+    for (const char* record : {"GetInteger|1|\"1.3.6.1.2.3\" is of another type, type = 0x42",
+                               "GetIpAddress|1|No answer for \"1.3.6.1.9\"",
+                               "MayAsk|1|Refused to ask 127.0.0.1 for \"1.3.7\", agent = Ok",
+                               "Walk|1|The walk of \"1.3.6.1.2.3\" was cut short"}) {
+        EXPECT_TRUE(traces.Has(std::string("WIN32_SnmpQuery|") + record)) << record;
+    }
 }
 
 TEST_F(SnmpQueryTest, WalksATreeToItsEnd) {
