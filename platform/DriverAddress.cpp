@@ -1,11 +1,13 @@
 #include "platform/DriverAddress.h"
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/Mutex.h"
+#include "ZelBase/TimedMutexLock.h"
 #include "platform/HardwareAddress.h"
 #include "platform/NarrowText.h"
 #include "platform/RegularExpression.h"
 
-#include <algorithm>
+#include <memory>
 
 namespace tervane {
 namespace {
@@ -17,6 +19,7 @@ constexpr DWORD kCurrentAddresses[] = {
     0x04010101, // FDDI, long permanent
 };
 constexpr DWORD kAnswerSize = 4096;
+constexpr DWORD kTurnPatience = 5000; // ms
 constexpr DWORD kDefine = DDD_RAW_TARGET_PATH;
 constexpr DWORD kRemove = DDD_RAW_TARGET_PATH | DDD_REMOVE_DEFINITION | DDD_EXACT_MATCH_ON_REMOVE;
 
@@ -73,6 +76,13 @@ private:
     bool isDefinedHere_ = false;
 };
 
+// Who defines a name takes it back from everybody: one thread at a time. A thread whose driver never
+// answers may be terminated while it has this mutex, which the next in turn then gets.
+ZelBase::Mutex* Turn() {
+    static const std::unique_ptr<ZelBase::Mutex> turn = ZelBase::Mutex::Create();
+    return turn.get();
+}
+
 std::optional<std::wstring> AskDriver(HANDLE driver, DWORD object, const DeviceApi& api) {
     unsigned char answer[kAnswerSize] = {};
     DWORD size = 0;
@@ -93,6 +103,10 @@ std::optional<std::wstring> ReadHardwareAddress(std::wstring_view device, const 
     }
     const std::optional<std::string> narrow = ToNarrow(device);
     if (!narrow || narrow->empty() || narrow->find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    const ZelBase::TimedMutexLock turn(Turn(), kTurnPatience);
+    if (!turn) {
         return std::nullopt;
     }
     const DeviceName name(*narrow, api);

@@ -12,8 +12,9 @@
 namespace tervane {
 
 // `device` is the name of the adapter's device: its instance identifier, or on NT 4 its service.
-// nullopt when there is no such device or its driver does not answer with six bytes. Defines a name
-// for a device that has none and takes it back; may be called on any thread.
+// nullopt when there is no such device or its driver does not answer with six bytes, and while
+// another thread's driver keeps everybody waiting for more than five seconds. Defines a name for a
+// device that has none and takes it back; may be called on any thread.
 std::optional<std::wstring> ReadHardwareAddress(std::wstring_view device,
                                                 const DeviceApi& api = DeviceApi::System());
 

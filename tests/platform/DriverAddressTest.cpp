@@ -9,9 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstring>
 #include <map>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <iphlpapi.h>
@@ -127,6 +130,50 @@ TEST_F(DriverAddressTest, KnowsTheCardThatCannotBeAsked) {
     EXPECT_EQ(L"00-c0-49-43-0f-5d", ReadHardwareAddress(L"xUSRPCIAWR", kPlayed));
     EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"usrpciawr3", kPlayed));
     EXPECT_EQ((Calls{"query usrpciawr3"}), Calls(driver.calls.begin(), driver.calls.begin() + 1));
+}
+
+// A name that whoever has looked it up is slow to use, and a driver that is slow to answer.
+std::atomic<int> definitions;
+std::atomic<bool> isAsked;
+
+DWORD WINAPI QuerySlowly(LPCSTR, LPSTR target, DWORD) {
+    if (definitions == 0) {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return 0;
+    }
+    Sleep(300);
+    strcpy(target, "x");
+    return 3;
+}
+
+BOOL WINAPI DefineShared(DWORD flags, LPCSTR, LPCSTR) {
+    definitions += flags == 1 ? 1 : -1;
+    return TRUE;
+}
+
+HANDLE WINAPI OpenShared(LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+    return definitions > 0 ? CreateEventW(nullptr, FALSE, FALSE, nullptr) : INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI AnswerSlowly(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size,
+                         LPOVERLAPPED) {
+    isAsked = true;
+    Sleep(100);
+    memset(output, 7, 6);
+    *size = 6;
+    return TRUE;
+}
+
+TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
+    static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly};
+    std::thread first(
+        [] { EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow)); });
+    while (!isAsked) {
+        Sleep(1);
+    }
+    EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow));
+    first.join();
+    EXPECT_EQ(0, definitions);
 }
 
 // Every adapter of this machine that both know.
