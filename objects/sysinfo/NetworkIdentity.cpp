@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <unordered_set>
 
 namespace tervane {
 namespace {
@@ -20,11 +21,21 @@ std::wstring TextIn(const char (&characters)[Size]) {
     return FromNarrow(std::string_view(text, strnlen(text, Size)));
 }
 
-void AddServer(std::vector<std::wstring>& servers, const std::wstring& server) {
-    if (!server.empty() && std::find(servers.begin(), servers.end(), server) == servers.end()) {
-        servers.push_back(server);
+// Each server once, in the order in which they come.
+class ServerList {
+public:
+    explicit ServerList(std::vector<std::wstring>& servers) noexcept : servers_(servers) {}
+
+    void Add(const std::wstring& server) {
+        if (!server.empty() && added_.insert(server).second) {
+            servers_.push_back(server);
+        }
     }
-}
+
+private:
+    std::vector<std::wstring>& servers_;
+    std::unordered_set<std::wstring> added_;
+};
 
 NetworkIdentity FromLibrary(const ZelNet::IpHelper& ipHelper) {
     const ZelNet::IpHelperTable<FIXED_INFO> parameters(
@@ -36,31 +47,33 @@ NetworkIdentity FromLibrary(const ZelNet::IpHelper& ipHelper) {
     }
     identity.hostName = TextIn(values->HostName);
     identity.domainName = TextIn(values->DomainName);
+    ServerList servers(identity.dnsServers);
     for (const auto* server = &values->DnsServerList; server; server = server->Next) {
-        AddServer(identity.dnsServers, TextIn(server->IpAddress.String));
+        servers.Add(TextIn(server->IpAddress.String));
     }
     return identity;
 }
 
 // Separated by blanks or commas.
-void AddServers(std::vector<std::wstring>& servers, std::wstring_view list) {
+void AddServers(ServerList& servers, std::wstring_view list) {
     constexpr std::wstring_view kSeparators = L" ,";
     for (size_t at = 0; at < list.size();) {
         const size_t end = std::min(list.find_first_of(kSeparators, at), list.size());
-        AddServer(servers, std::wstring(list.substr(at, end - at)));
+        servers.Add(std::wstring(list.substr(at, end - at)));
         at = end + 1;
     }
 }
 
 void AddSetServers(std::vector<std::wstring>& servers, const RegistryKey& parameters,
                    const std::vector<StaticAdapter>& adapters) {
-    AddServers(servers, parameters.ReadText(L"NameServer").value_or(std::wstring()));
+    ServerList added(servers);
+    AddServers(added, parameters.ReadText(L"NameServer").value_or(std::wstring()));
     if (!servers.empty()) {
         return;
     }
     for (const StaticAdapter& adapter : adapters) {
         for (const std::wstring& server : adapter.nameServers) {
-            AddServer(servers, server);
+            added.Add(server);
         }
     }
 }

@@ -217,6 +217,22 @@ public:
 
 using Servers = std::vector<std::wstring>;
 
+// A value that somebody has filled with rubbish.
+TEST(NetworkIdentityTest, TakesListsOfAnyLength) {
+    constexpr size_t kServers = 80'000;
+    const test::ScratchHive machine(RegistryHive::kLocalMachine);
+    std::wstring list;
+    for (size_t number = 0; number < kServers; ++number) {
+        list += std::to_wstring(number) + L",";
+    }
+    machine.Create(L"System\\CurrentControlSet\\Services\\Tcpip\\Parameters")
+        .WriteText(L"NameServer", list);
+    const ULONGLONG start = GetTickCount64();
+    const auto identity = ReadNetworkIdentity(FakeParameters(), PlatformFamily::kXp, {});
+    EXPECT_LT(GetTickCount64() - start, 2000u);
+    EXPECT_EQ(kServers, identity.dnsServers.size());
+}
+
 TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     const test::ScratchHive machine(RegistryHive::kLocalMachine);
     FakeParameters library;
