@@ -76,8 +76,8 @@ private:
     bool isDefinedHere_ = false;
 };
 
-// Who defines a name takes it back from everybody: one thread at a time. A thread whose driver never
-// answers may be terminated while it has this mutex, which the next in turn then gets.
+// Who defines a name takes it back from everybody: one thread at a time. A thread whose driver
+// never answers may be terminated while it has this mutex, which the next in turn then gets.
 ZelBase::Mutex* Turn() {
     static const std::unique_ptr<ZelBase::Mutex> turn = ZelBase::Mutex::Create();
     return turn.get();
