@@ -114,6 +114,37 @@ void CompareFamily(const char* hundred, const char* thousand,
     }
 }
 
+void GatherFacts(const AdapterRegistry& registry, long count) {
+    registry.Use();
+    Create(L"HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0").WriteNumber(L"~MHz", 1000);
+    const tervane::Variant found = LateBound(L"Ostrel.GeneralSysInfo").Get(L"NumStaticAdapters");
+    if (found.Get().lVal != count) {
+        Fail("gathering the facts of a machine with many adapters", E_UNEXPECTED);
+    }
+}
+
+// What is gathered besides the adapters costs the same however many there are: machines with a
+// single one make that part equal on both sides.
+void CompareFacts(const char* title, int count) {
+    constexpr int kParts = 10;
+    const AdapterRegistry one(1, AddNtAdapter);
+    const AdapterRegistry few(count / kParts, AddNtAdapter);
+    const AdapterRegistry many(count, AddNtAdapter);
+    Compare(
+        {title, 1.2, 1, 3},
+        [&] {
+            GatherFacts(many, count);
+            for (int i = 1; i < kParts; ++i) {
+                GatherFacts(one, 1);
+            }
+        },
+        [&] {
+            for (int i = 0; i < kParts; ++i) {
+                GatherFacts(few, count / kParts);
+            }
+        });
+}
+
 } // namespace
 
 void CompareAdapterLists() {
@@ -123,6 +154,9 @@ void CompareAdapterLists() {
     CompareFamily("100 adapters (9x) in one list : in lists of 10",
                   "1,000 adapters (9x) in one list : in lists of 10", Add9xAdapter,
                   [] { return tervane::List9xAdapters(); });
+    const LateBound keepLoaded(L"Ostrel.GeneralSysInfo");
+    CompareFacts("GeneralSysInfo, 100 adapters and 9 x 1 : 10 x 10", 100);
+    CompareFacts("GeneralSysInfo, 1,000 adapters and 9 x 1 : 10 x 100", 1000);
 }
 
 } // namespace bench
