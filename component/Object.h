@@ -9,6 +9,7 @@
 // unless the object is aggregated.
 
 #include "component/ClassTable.h"
+#include "component/ComEdge.h"
 #include "component/ModuleState.h"
 
 #include <atomic>
@@ -76,14 +77,27 @@ protected:
     }
 };
 
-// Creates a `Class` for the class table.
-template <typename Class>
-HRESULT CreateInstance(const ClassRow& row, IUnknown* outer, REFIID iid, void** out) {
-    auto* object = new Class(row, outer);
+// Creates a `Class` for the class table; `facts` are what its constructor takes beyond that.
+template <typename Class, typename... Facts>
+HRESULT CreateInstance(const ClassRow& row, IUnknown* outer, REFIID iid, void** out,
+                       const Facts&... facts) {
+    auto* object = new Class(row, outer, facts...);
     IUnknown* inner = object->Inner();
     const HRESULT result = inner->QueryInterface(iid, out);
     inner->Release();
     return result;
+}
+
+// Creates a `Class` that one of our objects hands out, filled with `facts`. The caller owns the
+// reference; null on failure. Any thread.
+template <typename Class, typename Facts>
+HRESULT CreateFilled(REFCLSID clsid, const Facts& facts, REFIID iid, void** out) noexcept {
+    if (out == nullptr) {
+        return E_POINTER;
+    }
+    *out = nullptr;
+    return Guarded(
+        [&] { return CreateInstance<Class>(*FindClass(clsid), nullptr, iid, out, facts); });
 }
 
 } // namespace tervane

@@ -16,16 +16,7 @@ DriveFacts ReadDriveFacts(char letter) {
 }
 
 HRESULT CreateDriveInfo(const DriveFacts& facts, REFIID iid, void** out) {
-    if (!out) {
-        return E_POINTER;
-    }
-    *out = nullptr;
-    return Guarded([&] {
-        const ClassRow& row = *FindClass(CLSID_DriveInfo);
-        // The object's own first reference.
-        const ComPtr<IUnknown> inner((new DriveInfo(row, facts))->Inner());
-        return inner->QueryInterface(iid, out);
-    });
+    return CreateFilled<DriveInfo>(CLSID_DriveInfo, facts, iid, out);
 }
 
 HRESULT DriveInfo::get_Type(BSTR* text) {

@@ -33,8 +33,8 @@ HRESULT CreateDriveInfo(const DriveFacts& facts, REFIID iid, void** out);
 class DriveInfo final : public AutomationObject<IDriveInfo, Control> {
 public:
     // An object that a script creates itself knows no drive: empty texts and 0.
-    DriveInfo(const ClassRow& row, IUnknown* outer) : Object(row, outer) {}
-    DriveInfo(const ClassRow& row, const DriveFacts& facts) : Object(row, nullptr), facts_(facts) {}
+    DriveInfo(const ClassRow& row, IUnknown* outer, const DriveFacts& facts = {})
+        : Object(row, outer), facts_(facts) {}
 
     HRESULT STDMETHODCALLTYPE get_Type(BSTR* text) override;
     HRESULT STDMETHODCALLTYPE get_Letter(BSTR* text) override;

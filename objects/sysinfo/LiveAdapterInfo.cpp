@@ -6,16 +6,7 @@
 namespace tervane {
 
 HRESULT CreateLiveAdapterInfo(const LiveAdapter& adapter, REFIID iid, void** out) {
-    if (!out) {
-        return E_POINTER;
-    }
-    *out = nullptr;
-    return Guarded([&] {
-        const ClassRow& row = *FindClass(CLSID_LiveAdapterInfo);
-        // The object's own first reference.
-        const ComPtr<IUnknown> inner((new LiveAdapterInfo(row, adapter))->Inner());
-        return inner->QueryInterface(iid, out);
-    });
+    return CreateFilled<LiveAdapterInfo>(CLSID_LiveAdapterInfo, adapter, iid, out);
 }
 
 HRESULT LiveAdapterInfo::get_Name(BSTR* text) {

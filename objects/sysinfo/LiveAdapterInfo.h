@@ -21,9 +21,8 @@ class LiveAdapterInfo final
     : public AutomationObject<ILiveAdapterInfo2, Automation<ILiveAdapterInfo>, Control> {
 public:
     // An object that a script creates itself knows no adapter: empty texts, "0.0.0.0" and 0.
-    LiveAdapterInfo(const ClassRow& row, IUnknown* outer) : Object(row, outer) {}
-    LiveAdapterInfo(const ClassRow& row, const LiveAdapter& adapter)
-        : Object(row, nullptr), adapter_(adapter) {}
+    LiveAdapterInfo(const ClassRow& row, IUnknown* outer, const LiveAdapter& adapter = {})
+        : Object(row, outer), adapter_(adapter) {}
 
     HRESULT STDMETHODCALLTYPE get_Name(BSTR* text) override;
     HRESULT STDMETHODCALLTYPE get_IpAddress(BSTR* text) override;

@@ -92,10 +92,7 @@ HRESULT StaticAdapterInfo::get_StaticWINSServers(VARIANT* result) {
 }
 
 HRESULT CreateStaticAdapterInfo(const StaticAdapter& adapter, REFIID iid, void** out) {
-    auto* object = new StaticAdapterInfo(*FindClass(CLSID_StaticAdapterInfo), nullptr);
-    const ComPtr<IUnknown> owner(object->Inner());
-    object->SetAdapter(adapter);
-    return owner->QueryInterface(iid, out);
+    return CreateFilled<StaticAdapterInfo>(CLSID_StaticAdapterInfo, adapter, iid, out);
 }
 
 namespace create {

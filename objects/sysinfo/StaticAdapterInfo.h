@@ -15,10 +15,9 @@ namespace tervane {
 class StaticAdapterInfo final
     : public AutomationObject<IStaticAdapterInfo2, Automation<IStaticAdapterInfo>, Control> {
 public:
-    // With an empty record, as when a script creates the object itself.
-    using Object::Object;
-
-    void SetAdapter(const StaticAdapter& adapter) { adapter_ = adapter; }
+    // With an empty record when a script creates the object itself.
+    StaticAdapterInfo(const ClassRow& row, IUnknown* outer, const StaticAdapter& adapter = {})
+        : Object(row, outer), adapter_(adapter) {}
 
     // Of both interfaces.
     HRESULT STDMETHODCALLTYPE get_Name(BSTR* result) override;
@@ -46,11 +45,11 @@ public:
     HRESULT STDMETHODCALLTYPE get_StaticWINSServers(VARIANT* result) override;
 
 private:
-    StaticAdapter adapter_;
+    const StaticAdapter adapter_;
 };
 
 // Makes an object that holds this adapter; `iid` says which of its interfaces goes into `*out`,
-// with a reference for the caller. Throws std::bad_alloc only.
+// with a reference for the caller; null on failure. Any thread.
 HRESULT CreateStaticAdapterInfo(const StaticAdapter& adapter, REFIID iid, void** out);
 
 } // namespace tervane
