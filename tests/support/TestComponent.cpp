@@ -111,6 +111,20 @@ CallResult Write(IDispatch* object, const wchar_t* property, const Argument& val
     return Invoke(object, property, DISPATCH_PROPERTYPUT, {Argument(value.value.Get())});
 }
 
+RecordingSink::~RecordingSink() {
+    constexpr ULONGLONG kPatience = 2000; // ms
+    std::vector<std::unique_ptr<ReceivedEvent>> events;
+    {
+        const std::lock_guard lock(mutex_);
+        events.swap(events_);
+    }
+    events.clear(); // they may hold the object that holds this sink
+    const ULONGLONG end = GetTickCount64() + kPatience;
+    while (references_ > 0 && GetTickCount64() < end) {
+        Sleep(1);
+    }
+}
+
 HRESULT STDMETHODCALLTYPE RecordingSink::QueryInterface(REFIID iid, void** out) {
     if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
         *out = nullptr;

@@ -89,7 +89,9 @@ struct ReceivedEvent {
 // stack or heap; references are counted only to see that they come back to none.
 class RecordingSink : public IDispatch {
 public:
-    virtual ~RecordingSink() = default;
+    // Waits a while for whoever still holds a reference: an event is recorded, and the test goes
+    // on, before the thread that fires it has left the sink.
+    virtual ~RecordingSink();
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
