@@ -188,16 +188,16 @@ bool WIN32_TcpNonBlockingClientSocket::Resolve(const std::string& host, unsigned
     if (resolving) {
         static_cast<void>(pending.release()); // the callback's now
     }
-    bool closed = false;
+    bool taken = false;
     {
         MutexLock lock(&mutex_);
-        closed = !IsLiving(life);
-        if (!resolving && resolver_ == resolver) {
+        taken = resolver_ != resolver; // by the close, or after the answer
+        if (!resolving && !taken) {
             resolver_.reset();
         }
     }
-    if (resolving && closed) {
-        resolver->Abort(); // the close may have done so too early
+    if (resolving && taken) {
+        resolver->Abort(); // the close may have done so before there was anything to abort
     }
     return resolving;
 }
