@@ -1,4 +1,4 @@
-// StaticAdapterInfo through the built DLL, as a script that creates it itself meets it.
+// An installed adapter through the built DLL.
 
 #include "support/AdapterRegistry.h"
 #include "support/TestComponent.h"
@@ -9,36 +9,6 @@
 
 namespace tervane::test {
 namespace {
-
-TEST(StaticAdapterInfoTest, HoldsAnEmptyRecord) {
-    const Apartment apartment;
-    const auto object = TestComponent::Get().Create(__uuidof(::StaticAdapterInfo));
-    ASSERT_TRUE(object);
-    for (const wchar_t* text :
-         {L"Name", L"Driver", L"AdapterType", L"Cookie", L"ServiceName", L"StaticDomainName"}) {
-        EXPECT_EQ(VT_BSTR, Read(object.Get(), text).value.Type()) << text;
-        EXPECT_EQ(L"", Read(object.Get(), text).Text()) << text;
-    }
-    EXPECT_EQ(L"00-00-00-00-00-00", Read(object.Get(), L"HardwareAddress").Text());
-    for (const wchar_t* address :
-         {L"StaticIpAddress", L"StaticSubnetMask", L"StaticDefaultGateway"}) {
-        EXPECT_EQ(L"0.0.0.0", Read(object.Get(), address).Text()) << address;
-    }
-    for (const wchar_t* number :
-         {L"UsingDhcp", L"BoundToTcpip", L"BoundIndirectlyOrDirectlyToTcpip", L"IsEnabled",
-          L"IsFunctional", L"IsDnsStatic", L"WINSState"}) {
-        EXPECT_EQ(VT_I4, Read(object.Get(), number).value.Type()) << number;
-        EXPECT_EQ(0, Read(object.Get(), number).Number()) << number;
-    }
-    for (const wchar_t* flag : {L"EthernetAdapter", L"PPPAdapter"}) {
-        EXPECT_EQ(VT_BOOL, Read(object.Get(), flag).value.Type()) << flag;
-        EXPECT_EQ(0, Read(object.Get(), flag).Number()) << flag;
-    }
-    for (const wchar_t* list : {L"StaticNameServers", L"StaticWINSServers"}) {
-        EXPECT_EQ(VT_ARRAY | VT_VARIANT, Read(object.Get(), list).value.Type()) << list;
-        EXPECT_TRUE(Read(object.Get(), list).Texts().empty()) << list;
-    }
-}
 
 // The way of every script: from the registry through the snapshot to the properties.
 TEST(StaticAdapterInfoTest, TellsWhatTheRegistrySays) {
@@ -62,15 +32,6 @@ TEST(StaticAdapterInfoTest, TellsWhatTheRegistrySays) {
     EXPECT_EQ(-1, Read(adapter, L"EthernetAdapter").Number());
     EXPECT_EQ((std::vector<std::wstring>{L"10.0.0.2", L"10.0.0.3"}),
               Read(adapter, L"StaticNameServers").Texts());
-}
-
-TEST(StaticAdapterInfoTest, KeepsTheOlderInterfaceAsItWas) {
-    const Apartment apartment;
-    const auto object = TestComponent::Get().Create(__uuidof(::StaticAdapterInfo));
-    const auto older = QueryFor<IStaticAdapterInfo>(object.Get());
-    ASSERT_TRUE(older);
-    EXPECT_EQ(L"00-00-00-00-00-00", Read(older.Get(), L"HardwareAddress").Text());
-    EXPECT_EQ(DISP_E_UNKNOWNNAME, Read(older.Get(), L"Cookie").status);
 }
 
 } // namespace
