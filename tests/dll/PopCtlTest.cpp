@@ -99,7 +99,6 @@ TEST_F(PopCtlTest, BeginsWithItsDefaults) {
     }
     EXPECT_EQ(Call(fresh.Get(), L"RetrieveMessage", {1}).Number(), 0);
     EXPECT_EQ(Call(fresh.Get(), L"DeleteMessage", {1}).Number(), 0);
-    EXPECT_EQ(QueryFor<IPopCtl>(fresh.Get())->get_LastError(nullptr), S_FALSE);
 }
 
 TEST_F(PopCtlTest, ReadsAMailbox) {

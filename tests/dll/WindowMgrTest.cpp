@@ -225,18 +225,8 @@ TEST_F(WindowMgrTest, IsNotHeldUpByWindowsThatDoNotAnswer) {
     EXPECT_LT(GetTickCount() - start, kAtOnce);
 }
 
-TEST_F(WindowMgrTest, RefusesNullPointersAndTakesNullTexts) {
+TEST_F(WindowMgrTest, TakesNullTextsForEmptyOnes) {
     const auto manager = QueryFor<IWindowMgr>(manager_.Get());
-    EXPECT_EQ(E_POINTER, manager->WaitOnWindow(nullptr, nullptr, 0, 0, 0, nullptr));
-    EXPECT_EQ(E_POINTER, manager->WaitForWindow(nullptr, nullptr, 0, 0, 0, nullptr));
-    EXPECT_EQ(E_POINTER, manager->WaitForWindowToComeAndGo(nullptr, nullptr, 0, 0, 0, 0, nullptr));
-    EXPECT_EQ(E_POINTER, manager->GetWindowState(nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_POINTER, manager->SetWindowState(3, nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_POINTER, manager->GetMatchingWindowTitleText(nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_POINTER, manager->ClickButton(nullptr, nullptr, nullptr));
-    EXPECT_EQ(E_POINTER, manager->SetButtonCheckState(nullptr, nullptr, 0, nullptr));
-    EXPECT_EQ(E_POINTER, manager->get_LastErrorCode(nullptr));
-    EXPECT_EQ(E_POINTER, manager->AbortWait(1, nullptr));
     long state = 0; // a null text is empty, and an empty pattern matches every window
     EXPECT_EQ(S_OK, manager->GetWindowState(nullptr, nullptr, &state));
     EXPECT_NE(3, state);
