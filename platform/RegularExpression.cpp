@@ -1,6 +1,7 @@
 #include "platform/RegularExpression.h"
 
 #include "platform/LetterCase.h"
+#include "platform/MatchingLock.h"
 
 // The library's own bound for one text, in states visited. It counts the states that consume no
 // text, which the purse below does not see. (It is a fixed number only for iterators without random
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <mutex>
 #include <new>
 #include <string>
 #include <utility>
@@ -159,9 +159,6 @@ using Groups =
     boost::match_results<MeteredIterator, MeteredAllocator<boost::sub_match<MeteredIterator>>>;
 using Pattern = boost::basic_regex<wchar_t, PatternTraits>;
 
-// Serialises all matching of the process; compiling too, which shares the library's tables.
-std::mutex matchingMutex;
-
 } // namespace
 
 class RegularExpression::Matcher {
@@ -198,7 +195,7 @@ RegularExpression RegularExpression::WholeTextMatch(std::wstring_view pattern) n
     if (pattern.size() > kLongestPattern) {
         return RegularExpression(nullptr);
     }
-    std::lock_guard lock(matchingMutex);
+    const MatchingLock lock; // for compiling too, which shares the library's tables
     try {
         return RegularExpression(
             std::make_unique<Matcher>(pattern.empty() ? std::wstring_view(L".*") : pattern));
@@ -229,12 +226,12 @@ bool RegularExpression::IsValid() const noexcept {
 }
 
 bool RegularExpression::Matches(std::wstring_view text) const noexcept {
-    std::lock_guard lock(matchingMutex);
+    const MatchingLock lock;
     return matcher_ != nullptr && matcher_->Matches(text);
 }
 
 void RegularExpression::BeginOperation() const noexcept {
-    std::lock_guard lock(matchingMutex);
+    const MatchingLock lock;
     if (matcher_ != nullptr) {
         matcher_->FillPurse();
     }

@@ -2,6 +2,7 @@
 
 #include "ZelBase/ModulePin.h"
 #include "ZelBase/TimedMutexLock.h"
+#include "platform/MatchingLock.h"
 #include "platform/PumpingWait.h"
 
 namespace tervane {
@@ -141,7 +142,7 @@ bool WaitTable::EndFirst() {
         thread = first.IsOwnThread() ? nullptr : first.thread.Get();
     }
     if (thread && !WaitWhilePumping(thread, kThreadPatience)) {
-        TerminateThread(thread, 1);
+        ThreadKiller().Kill(thread);
     }
     const TimedMutexLock lock(lock_.get(), kClosePatience);
     if (!lock) {
@@ -154,9 +155,10 @@ bool WaitTable::EndFirst() {
 
 // The last resort when the lock cannot be had: whoever holds it is among the threads, and stuck.
 void WaitTable::KillAll() {
+    ThreadKiller killer;
     for (auto& [id, entry] : entries_) {
         if (!entry.IsOwnThread()) {
-            TerminateThread(entry.thread.Get(), 1);
+            killer.Kill(entry.thread.Get());
         }
     }
     entries_.clear();
