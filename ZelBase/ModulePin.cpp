@@ -12,10 +12,15 @@ struct ModulePin::StartRecord {
     void* argument;
 };
 
-ModulePin::ModulePin() noexcept {
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const wchar_t*>(&ModulePin::Run), module_.Put());
+UniqueLibrary ReferenceModuleOf(const void* code) noexcept {
+    UniqueLibrary module;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const wchar_t*>(code),
+                       module.Put());
+    return module;
 }
+
+ModulePin::ModulePin() noexcept
+    : module_(ReferenceModuleOf(reinterpret_cast<const void*>(&ModulePin::Run))) {}
 
 UniqueHandle ModulePin::StartThread(Routine routine, void* argument, Start start,
                                     DWORD* threadId) noexcept {

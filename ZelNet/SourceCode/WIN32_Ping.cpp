@@ -1,13 +1,7 @@
 #include "ZelNet/SourceCode/WIN32_Ping.h"
 
 #include "ZelBase/CriticalSection.h"
-#include "ZelNet/SourceCode/EntryPoint.h"
-
-#include <winsock2.h>
-
-#include <iphlpapi.h>
-
-#include <icmpapi.h>
+#include "ZelNet/SourceCode/WIN32_IcmpLibrary.h"
 
 #include <cstring>
 
@@ -16,48 +10,11 @@ namespace {
 
 using ZelBase::CriticalSectionLock;
 
-// The shared library, its entry points and the handle.
-class IcmpLibrary {
-public:
-    ~IcmpLibrary() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            closeFile_(handle_);
-        }
-    }
-
-    bool Load() {
-        library_.Reset(LoadLibraryA("ICMP.DLL"));
-        FindEntryPoint(library_, "IcmpCreateFile", createFile_);
-        FindEntryPoint(library_, "IcmpCloseHandle", closeFile_);
-        FindEntryPoint(library_, "IcmpSendEcho", sendEcho_);
-        if (createFile_ && closeFile_ && sendEcho_) {
-            handle_ = createFile_();
-        }
-        return handle_ != INVALID_HANDLE_VALUE;
-    }
-
-    DWORD SendEcho(std::uint32_t address, const std::string& data, std::uint8_t ttl, void* reply,
-                   DWORD replySize, DWORD timeoutMs) const {
-        IP_OPTION_INFORMATION options{};
-        options.Ttl = ttl;
-        // The data is only read; its size is at most 1400.
-        return sendEcho_(handle_, address, const_cast<char*>(data.data()),
-                         static_cast<WORD>(data.size()), &options, reply, replySize, timeoutMs);
-    }
-
-private:
-    ZelBase::UniqueLibrary library_;
-    decltype(&::IcmpCreateFile) createFile_ = nullptr;
-    decltype(&::IcmpCloseHandle) closeFile_ = nullptr;
-    decltype(&::IcmpSendEcho) sendEcho_ = nullptr;
-    HANDLE handle_ = INVALID_HANDLE_VALUE;
-};
-
 struct SharedIcmp {
     // Held while loading, so that the second object finds the library ready.
     ZelBase::CriticalSection lock;
     int users ZELBASE_GUARDED_BY(lock) = 0;
-    std::unique_ptr<IcmpLibrary> library ZELBASE_GUARDED_BY(lock);
+    std::unique_ptr<WIN32_IcmpLibrary> library ZELBASE_GUARDED_BY(lock);
 };
 
 // Never destroyed: it must not unload a library while this one is being unloaded.
@@ -66,7 +23,7 @@ SharedIcmp& Shared() {
     return shared;
 }
 
-const IcmpLibrary* Library() {
+const WIN32_IcmpLibrary* Library() {
     SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
     return shared.library.get();
@@ -83,10 +40,7 @@ WIN32_Ping::WIN32_Ping() {
     SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
     if (shared.users == 0) {
-        auto library = std::make_unique<IcmpLibrary>();
-        if (library->Load()) {
-            shared.library = std::move(library);
-        }
+        shared.library = WIN32_IcmpLibrary::Load();
     }
     ++shared.users;
     loadFailed_ = !shared.library;

@@ -14,6 +14,8 @@
 namespace tervane::test {
 
 inline bool SystemCanPing() {
+    // Where ICMP.DLL's functions lie; loaded by a look-up of one of them, it would stay for good.
+    const ZelBase::UniqueLibrary code(LoadLibraryA("IPHLPAPI.DLL"));
     const ZelBase::UniqueLibrary library(LoadLibraryA("ICMP.DLL"));
     const auto function = [&](const char* name) {
         return reinterpret_cast<void*>(library ? GetProcAddress(library.Get(), name) : nullptr);

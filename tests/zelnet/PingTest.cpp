@@ -1,3 +1,5 @@
+#include "ZelNet/SourceCode/IpHelper.h"
+#include "ZelNet/SourceCode/WIN32_IcmpLibrary.h"
 #include "ZelNet/SourceCode/WIN32_Ping.h"
 #include "tests/support/SystemPing.h"
 #include "tests/zelnet/SocketTesting.h"
@@ -86,6 +88,48 @@ TEST_F(RealPing, ManyAtOnce) {
         EXPECT_EQ(WaitForSingleObject(thread.Get(), 60000), WAIT_OBJECT_0);
     }
     EXPECT_EQ(answered, kThreads);
+}
+
+// Look-ups load IPHLPAPI.DLL, where the functions of ICMP.DLL lie, and unload it at their end.
+bool PingsWhileLookUpsComeAndGo() {
+    auto lookUp = IpHelper::Load();
+    auto ping = APing::Create();
+    lookUp.reset();
+    std::atomic<bool> over = false;
+    const auto lookUps = ZelBase::ModulePin::StartThread([&over] {
+        while (!over) {
+            IpHelper::Load();
+        }
+    });
+    constexpr int kPings = 100;
+    int answered = 0;
+    for (int index = 0; ping && index < kPings; ++index) {
+        IpAddress reply;
+        std::uint32_t time = 0;
+        answered += ping->Ping(LoopbackAddress(), reply, time, 5000, 128, 10) >= 0 ? 1 : 0;
+        if (index % 2 == 0) {
+            ping.reset();
+            ping = APing::Create();
+        }
+    }
+    over = true;
+    return WaitForSingleObject(lookUps.Get(), kPatienceMs) == WAIT_OBJECT_0 && answered == kPings;
+}
+
+// In a process of its own, because other tests may leave the library loaded.
+TEST(Ping, GoesOnWhileLookUpsComeAndGo) {
+    if (!tervane::test::SystemCanPing()) {
+        GTEST_SKIP() << "the system does not let programs ping";
+    }
+    EXPECT_EXIT(std::_Exit(PingsWhileLookUpsComeAndGo() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(RealPing, TakesTheFunctionsFromTheFirstLibraryThatHasThem) {
+    EXPECT_FALSE(WIN32_IcmpLibrary::Load({"no such library.dll", "KERNEL32.DLL"}));
+    const auto icmp = WIN32_IcmpLibrary::Load({"no such library.dll", "IPHLPAPI.DLL"});
+    ASSERT_TRUE(icmp);
+    char reply[256] = {};
+    EXPECT_EQ(icmp->SendEcho(LoopbackAddress().GetValue(), "ping", 128, reply, 256, 5000), 1u);
 }
 
 using NamespacePingTest = NamespaceTest;
