@@ -94,9 +94,11 @@ const PatternTable& PppDescriptions() {
     return table;
 }
 
+// Descriptions are translated, these are not.
 const PatternTable& PppDrivers() {
     static const PatternTable table = {
-        L"pppmac.*", L"ndiswan.*", L"asyncmac.*", L"raspppoe.*", L"rasl2tp.*", L"pptpminiport.*",
+        L"pppmac.*",  L"ndiswan.*",      L"asyncmac.*", L"raspppoe.*",
+        L"rasl2tp.*", L"pptpminiport.*", L"rassstp.*",  L"rasagilevpn.*",
     };
     return table;
 }

@@ -5,9 +5,24 @@
 // grew from adapters met on customers' machines. They are made at the first use and kept; every
 // function may be called on any thread.
 
+#include <cstdint>
 #include <string_view>
 
 namespace tervane {
+
+// The interface types that matter here, by the numbers that drivers and all sources of live
+// interfaces share (IANAifType-MIB).
+enum class InterfaceType : std::uint32_t {
+    kEthernet = 6,
+    kPpp = 23,
+    kLoopback = 24,
+    kWireless = 71,
+};
+
+// Whether interfaces of that type are of the Ethernet class.
+constexpr bool IsEthernetType(InterfaceType type) noexcept {
+    return type == InterfaceType::kEthernet || type == InterfaceType::kWireless;
+}
 
 // Whether a description is one that is never taken for an Ethernet adapter, whatever else speaks
 // for it.

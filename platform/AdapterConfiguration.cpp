@@ -10,13 +10,13 @@ namespace tervane {
 namespace {
 
 constexpr wchar_t kNoAddress[] = L"0.0.0.0";
+constexpr wchar_t kSwitch[] = L"EnableDHCP";
 constexpr DWORD kStartAutomatically = 2;
 constexpr DWORD kStartDisabled = 4;
 
-// What was set before a switch to DHCP.
+// What was set before a switch to DHCP stands in values of these names.
+constexpr wchar_t kAside[] = L"Tervane ";
 constexpr wchar_t kOldNameServer[] = L"Tervane NameServer";
-constexpr wchar_t kOldAddress[] = L"Tervane IPAddress";
-constexpr wchar_t kOldMask[] = L"Tervane IPMask";
 
 // Of an operation of the registry just now.
 DWORD ErrorOf(bool success) noexcept {
@@ -35,28 +35,101 @@ std::wstring Join(const std::vector<std::wstring>& parts) {
     return text;
 }
 
-// The 9x family has no switch: no address means DHCP. Either way the address, which decides, is
-// written where a failure before or after it does no harm.
+// Gives one value what another one has; none where that is missing.
+bool CopyValue(const RegistryKey& key, const std::wstring& from, const std::wstring& to) {
+    if (const auto texts = key.ReadTexts(from)) {
+        return key.WriteTexts(to, *texts);
+    }
+    if (const auto text = key.ReadText(from)) {
+        return key.WriteText(to, *text);
+    }
+    return key.DeleteValue(to) || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+// The address that is set for an adapter, with its mask and its gateway. Every change writes the
+// address last: while it is missing, the others say nothing.
+class StaticAddress {
+public:
+    // The NT family has lists of texts, the 9x family texts.
+    StaticAddress(const RegistryKey& settings, bool isNt)
+        : settings_(settings),
+          isNt_(isNt), names_{isNt ? L"SubnetMask" : L"IPMask", L"DefaultGateway", L"IPAddress"} {}
+
+    bool IsSet() const { return IsAddress(ReadFirstAddress(settings_, L"IPAddress")); }
+    bool IsAside() const {
+        return IsAddress(ReadFirstAddress(settings_, kAside + std::wstring(L"IPAddress")));
+    }
+
+    // A static address wins over a lease, so it has to go. Where that fails, it stays.
+    DWORD PutAside() const {
+        DWORD error = ForEach(
+            [&](const std::wstring& name) { return CopyValue(settings_, name, kAside + name); });
+        if (error == ERROR_SUCCESS) {
+            error = Clear();
+            if (error != ERROR_SUCCESS) {
+                TakeBack();
+            }
+        }
+        return error;
+    }
+
+    // Where it fails, none is set.
+    DWORD Restore() const {
+        const DWORD error = TakeBack();
+        if (error != ERROR_SUCCESS) {
+            Clear();
+        }
+        return error;
+    }
+
+    // Of what is in use again.
+    void ForgetAside() const {
+        ForEach([&](const std::wstring& name) {
+            settings_.DeleteValue(kAside + name);
+            return true;
+        });
+    }
+
+private:
+    // The error of the first change that fails, which is the last one tried.
+    template <typename Change>
+    DWORD ForEach(Change change) const {
+        for (const std::wstring& name : names_) {
+            if (!change(name)) {
+                return GetLastError();
+            }
+        }
+        return ERROR_SUCCESS;
+    }
+    DWORD TakeBack() const {
+        return ForEach(
+            [&](const std::wstring& name) { return CopyValue(settings_, kAside + name, name); });
+    }
+    DWORD Clear() const {
+        const std::wstring none = kNoAddress;
+        return ForEach([&](const std::wstring& name) {
+            return isNt_ ? settings_.WriteTexts(name, {&none, 1}) : settings_.WriteText(name, none);
+        });
+    }
+
+    const RegistryKey& settings_;
+    const bool isNt_;
+    const std::wstring names_[3];
+};
+
+// The 9x family has no switch: no address means DHCP.
 DWORD Switch9xAddress(const RegistryKey& settings, bool toDhcp) {
-    const std::wstring address = ReadTextOr(settings, L"IPAddress");
-    if (toDhcp != IsAddress(address)) {
+    const StaticAddress address(settings, false);
+    if (toDhcp != address.IsSet()) {
         return ERROR_SUCCESS;
     }
     if (toDhcp) {
-        return ErrorOf(settings.WriteText(kOldAddress, address) &&
-                       settings.WriteText(kOldMask, ReadTextOr(settings, L"IPMask")) &&
-                       settings.WriteText(L"IPAddress", kNoAddress) &&
-                       settings.WriteText(L"IPMask", kNoAddress));
+        return address.PutAside();
     }
-    const std::wstring oldAddress = ReadTextOr(settings, kOldAddress);
-    if (!IsAddress(oldAddress)) {
-        return ERROR_FILE_NOT_FOUND;
-    }
-    const DWORD error = ErrorOf(settings.WriteText(L"IPMask", ReadTextOr(settings, kOldMask)) &&
-                                settings.WriteText(L"IPAddress", oldAddress));
+    const DWORD error =
+        address.IsAside() ? address.Restore() : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
     if (error == ERROR_SUCCESS) {
-        settings.DeleteValue(kOldAddress);
-        settings.DeleteValue(kOldMask);
+        address.ForgetAside();
     }
     return error;
 }
@@ -64,10 +137,10 @@ DWORD Switch9xAddress(const RegistryKey& settings, bool toDhcp) {
 // Programs that know the NT family only may have left its switch here; it must not contradict.
 DWORD Switch9x(const RegistryKey& settings, bool toDhcp) {
     const DWORD error = Switch9xAddress(settings, toDhcp);
-    const bool hasSwitch = settings.TypeOf(L"EnableDHCP").has_value();
+    const bool hasSwitch = settings.TypeOf(kSwitch).has_value();
     return error != ERROR_SUCCESS || !hasSwitch
                ? error
-               : ErrorOf(settings.WriteNumber(L"EnableDHCP", toDhcp ? 1 : 0));
+               : ErrorOf(settings.WriteNumber(kSwitch, toDhcp ? 1 : 0));
 }
 
 DWORD Switch9xNameServers(const RegistryKey& machine, bool toDhcp) {
@@ -98,19 +171,35 @@ DWORD SwitchNtNameServers(const RegistryKey& settings, bool toDhcp) {
                             : ErrorOf(settings.WriteText(L"NameServer", fromDhcp));
 }
 
-// What DHCP gave the adapter becomes its own; nothing where it gave nothing.
+// What DHCP gave the adapter becomes its own.
 DWORD AdoptLease(const RegistryKey& settings) {
     const std::vector<std::wstring> address = {ReadFirstAddress(settings, L"DhcpIPAddress")};
     const std::vector<std::wstring> mask = {ReadFirstAddress(settings, L"DhcpSubnetMask")};
     const std::vector<std::wstring> gateway = {ReadFirstAddress(settings, L"DhcpDefaultGateway")};
     if (!IsUsableAddress(address.front())) {
-        return ERROR_SUCCESS;
+        return ERROR_FILE_NOT_FOUND;
     }
     const bool needsGateway =
         !IsAddress(ReadFirstAddress(settings, L"DefaultGateway")) && IsAddress(gateway.front());
     return ErrorOf(settings.WriteTexts(L"SubnetMask", mask) &&
                    (!needsGateway || settings.WriteTexts(L"DefaultGateway", gateway)) &&
                    settings.WriteTexts(L"IPAddress", address));
+}
+
+// Back to the address that is still set, was put aside, or came with the last lease.
+DWORD SwitchNtToStatic(const RegistryKey& settings) {
+    const StaticAddress address(settings, true);
+    DWORD error = ERROR_SUCCESS;
+    if (!address.IsSet()) {
+        error = address.IsAside() ? address.Restore() : AdoptLease(settings);
+    }
+    if (error == ERROR_SUCCESS) {
+        error = ErrorOf(settings.WriteNumber(kSwitch, 0));
+    }
+    if (error == ERROR_SUCCESS) {
+        address.ForgetAside();
+    }
+    return error;
 }
 
 } // namespace
@@ -120,7 +209,10 @@ DWORD AdapterConfiguration::UseDhcpForAddress(const StaticAdapter& adapter, bool
     if (!settings.IsOpen()) {
         return GetLastError();
     }
-    return Is9xFamily(family_) ? Switch9x(settings, use) : SwitchNtAddress(settings, use);
+    if (Is9xFamily(family_)) {
+        return Switch9x(settings, use);
+    }
+    return use ? SwitchNtToDhcp(settings) : SwitchNtToStatic(settings);
 }
 
 DWORD AdapterConfiguration::UseDhcpForNameServers(const StaticAdapter& adapter, bool use) const {
@@ -158,15 +250,21 @@ RegistryKey AdapterConfiguration::OpenKey(const std::wstring& path) const {
                              api_);
 }
 
-DWORD AdapterConfiguration::SwitchNtAddress(const RegistryKey& settings, bool toDhcp) const {
-    DWORD error = ERROR_SUCCESS;
-    if (toDhcp) {
-        error = StartDhcpClient();
-    } else if (!IsAddress(ReadFirstAddress(settings, L"IPAddress"))) {
-        error = AdoptLease(settings);
+// The switch first: with it and an address, the address still counts.
+DWORD AdapterConfiguration::SwitchNtToDhcp(const RegistryKey& settings) const {
+    const DWORD before = ReadSwitch(settings, kSwitch).value_or(0);
+    DWORD error = StartDhcpClient();
+    if (error == ERROR_SUCCESS) {
+        error = ErrorOf(settings.WriteNumber(kSwitch, 1));
     }
-    return error != ERROR_SUCCESS ? error
-                                  : ErrorOf(settings.WriteNumber(L"EnableDHCP", toDhcp ? 1 : 0));
+    const StaticAddress address(settings, true);
+    if (error == ERROR_SUCCESS && address.IsSet()) {
+        error = address.PutAside();
+        if (error != ERROR_SUCCESS) {
+            settings.WriteNumber(kSwitch, before);
+        }
+    }
+    return error;
 }
 
 DWORD AdapterConfiguration::StartDhcpClient() const {

@@ -4,9 +4,9 @@
 // come from DHCP, and its static gateway. Only the registry is changed, in the form that each
 // family of Windows has for it; the system reads it when it starts.
 //
-// Switching to DHCP keeps what was set before, so that switching back brings it back: Windows 2000
-// and NT 4 keep the static address beside the switch anyway, and what would be overwritten is put
-// aside in values of our own ("Tervane ...") in the same key.
+// Switching to DHCP keeps what was set before, so that switching back brings it back: it is put
+// aside in values of our own ("Tervane ...") in the same key. It cannot stay where it is, because a
+// static address wins over a lease on the NT family too, whatever the switch says.
 
 #include "platform/PlatformFamily.h"
 #include "platform/RegistryKey.h"
@@ -27,8 +27,8 @@ public:
     // new.
 
     // Off: an adapter of the NT family without an address of its own keeps the one that DHCP gave
-    // it last; one of the 9x family without any fails with ERROR_FILE_NOT_FOUND. On also makes the
-    // DHCP client start with the system where it is disabled.
+    // it last. One without any fails with ERROR_FILE_NOT_FOUND, and nothing changes. On also makes
+    // the DHCP client start with the system where it is disabled.
     DWORD UseDhcpForAddress(const StaticAdapter& adapter, bool use) const;
     // On NT 4 and the 9x family this concerns all adapters. Off: the servers that were set before,
     // else those that DHCP gave; ERROR_FILE_NOT_FOUND where there are none.
@@ -39,7 +39,7 @@ public:
 private:
     RegistryKey OpenKey(const std::wstring& path) const;
     DWORD StartDhcpClient() const;
-    DWORD SwitchNtAddress(const RegistryKey& settings, bool toDhcp) const;
+    DWORD SwitchNtToDhcp(const RegistryKey& settings) const;
 
     PlatformFamily family_;
     const RegistryApi& api_;

@@ -24,6 +24,8 @@ struct LiveAdapter {
     std::wstring defaultGateway = L"0.0.0.0";
     std::wstring dhcpServer = L"0.0.0.0";
     bool isDhcp = false;
+    // By its interface type alone.
+    bool hasEthernetType = false;
     bool isEthernet = false;
     bool isPpp = false;
 };

@@ -89,10 +89,9 @@ std::optional<std::vector<LiveInterface>> Interfaces(const LiveAdapterSources& s
 
 void Classify(LiveInterface& live) {
     LiveAdapter& adapter = live.adapter;
-    const bool isEthernetType =
-        live.type == InterfaceType::kEthernet || live.type == InterfaceType::kWireless;
+    adapter.hasEthernetType = IsEthernetType(live.type);
     adapter.isEthernet =
-        isEthernetType && !IsNonEthernetAdapter(adapter.hardwareAddress, adapter.name);
+        adapter.hasEthernetType && !IsNonEthernetAdapter(adapter.hardwareAddress, adapter.name);
     adapter.isPpp = live.type == InterfaceType::kPpp;
 }
 

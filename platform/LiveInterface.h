@@ -3,6 +3,7 @@
 // What a source of live interfaces knows of one: the adapter as far as the running stack describes
 // it, before it is matched with the installed adapters and judged.
 
+#include "platform/AdapterClassification.h"
 #include "platform/LiveAdapter.h"
 
 #include <cstdint>
@@ -10,14 +11,6 @@
 #include <string_view>
 
 namespace tervane {
-
-// The types that matter here, by the numbers that all sources share (IANAifType-MIB).
-enum class InterfaceType : std::uint32_t {
-    kEthernet = 6,
-    kPpp = 23,
-    kLoopback = 24,
-    kWireless = 71,
-};
 
 struct LiveInterface {
     // Name, addresses and, where the source knows them, interface name and lease.

@@ -34,6 +34,7 @@ struct ClassEntry {
     std::wstring instance;
     std::wstring description;
     std::wstring driver;
+    bool hasEthernetType = false;
 };
 
 RegistryKey OpenMachine(const std::wstring& path) {
@@ -46,6 +47,11 @@ bool IsInProfile(const std::wstring& device) {
     return (key.ReadNumber(L"CSConfigFlags").value_or(0) & kIsOutOfProfile) == 0;
 }
 
+// Standardised for drivers of NDIS 6.
+bool HasEthernetType(const RegistryKey& key) {
+    return IsEthernetType(static_cast<InterfaceType>(ReadSwitch(key, L"*IfType").value_or(0)));
+}
+
 std::vector<ClassEntry> ReadClassEntries() {
     std::vector<ClassEntry> entries;
     const RegistryKey network = OpenMachine(std::wstring(kClassesKey) + kNetworkClassId);
@@ -56,7 +62,7 @@ std::vector<ClassEntry> ReadClassEntries() {
         const RegistryKey key = network.OpenSubKey(name);
         entries.push_back({std::wstring(kNetworkClassId) + L"\\" + name,
                            ReadTextOr(key, L"NetCfgInstanceId"), ReadTextOr(key, L"DriverDesc"),
-                           ReadTextOr(key, L"Driver")});
+                           ReadTextOr(key, L"Driver"), HasEthernetType(key)});
     }
     return entries;
 }
@@ -133,6 +139,7 @@ private:
         if (entry != nullptr) {
             adapter.name = adapter.name.empty() ? entry->description : adapter.name;
             adapter.driver = entry->driver;
+            adapter.hasEthernetType = entry->hasEthernetType;
         }
         if (device != nullptr) {
             adapter.name = device->description.empty() ? adapter.name : device->description;

@@ -33,7 +33,10 @@ struct StaticAdapter {
     bool isEnabled = false;
     bool isFunctional = false;
     bool isDnsStatic = false;
+    // By what it is called.
     bool isEthernet = false;
+    // By the interface type that its driver was installed with; Windows Vista and later.
+    bool hasEthernetType = false;
     bool isPpp = false;
 };
 

@@ -2,19 +2,50 @@
 
 #include "component/Answers.h"
 #include "component/Creators.h"
+#include "platform/LiveAdapterSources.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace tervane {
 namespace {
 
 constexpr wchar_t kNoGateway[] = L"0.0.0.0";
 
-bool MayHaveGatewayRemoved(const StaticAdapter& adapter) noexcept {
-    const bool isEligible = adapter.isEnabled && adapter.isFunctional &&
-                            adapter.boundIndirectlyOrDirectlyToTcpip && adapter.isEthernet;
-    return isEligible && !adapter.isPpp;
+bool HasGateway(const StaticAdapter& adapter) noexcept {
+    return !adapter.defaultGateway.empty() && adapter.defaultGateway != kNoGateway;
 }
+
+// The installed adapters whose gateways count. Whether one is of the Ethernet class is told by its
+// description or, because most cards of Windows 7 and later are called "Network Connection" or the
+// like, by the interface type that its driver or the running stack has for it.
+class GatewayOwners {
+public:
+    // `installed` must outlive this object.
+    explicit GatewayOwners(const std::vector<StaticAdapter>& installed) : installed_(installed) {}
+
+    bool Contain(const StaticAdapter& adapter) {
+        return adapter.isEnabled && adapter.isFunctional &&
+               adapter.boundIndirectlyOrDirectlyToTcpip && !adapter.isPpp &&
+               (adapter.isEthernet || adapter.hasEthernetType || IsLiveEthernet(adapter));
+    }
+
+private:
+    bool IsLiveEthernet(const StaticAdapter& adapter) {
+        if (!live_) {
+            LiveAdapterSources sources = LiveAdapterSources::System();
+            sources.installed = [this] { return installed_; }; // not found out twice
+            live_ = ListLiveAdapters(sources).value_or(std::vector<LiveAdapter>());
+        }
+        return std::ranges::any_of(*live_, [&](const LiveAdapter& live) {
+            return live.hasEthernetType && live.cookie == adapter.cookie;
+        });
+    }
+
+    const std::vector<StaticAdapter>& installed_;
+    // Made when the first adapter needs it.
+    std::optional<std::vector<LiveAdapter>> live_;
+};
 
 } // namespace
 
@@ -35,9 +66,10 @@ HRESULT DHCPConfiguration::EnableDnsToUseDhcp(BSTR cookie, VARIANT_BOOL enable,
 HRESULT DHCPConfiguration::GetRidOfStaticGateways(VARIANT_BOOL* result) {
     return AnswerFlag(result, [&] {
         bool isDone = true;
-        for (const StaticAdapter& adapter : ListStaticAdapters()) {
-            const std::wstring& gateway = adapter.defaultGateway;
-            if (!MayHaveGatewayRemoved(adapter) || gateway.empty() || gateway == kNoGateway) {
+        const std::vector<StaticAdapter> adapters = ListStaticAdapters();
+        GatewayOwners owners(adapters);
+        for (const StaticAdapter& adapter : adapters) {
+            if (!HasGateway(adapter) || !owners.Contain(adapter)) {
                 continue;
             }
             isRebootNeeded_ = true;

@@ -1,5 +1,6 @@
 // DHCPConfiguration through the built DLL, on computers played by scratch hives.
 
+#include "platform/LiveAdapter.h"
 #include "support/AdapterRegistry.h"
 #include "support/OtherWindows.h"
 #include "support/TestComponent.h"
@@ -80,6 +81,10 @@ TEST_F(DHCPConfigurationTest, SwitchesThereAndBack) {
     EXPECT_EQ(L"", Settings(kCard).ReadText(L"NameServer"));
     EXPECT_EQ(-1, Switch(L"EnableDnsToUseDhcp", kCard, false));
     EXPECT_EQ(L"10.0.0.2", Settings(kCard).ReadText(L"NameServer"));
+    // There is no address to go back to yet.
+    EXPECT_EQ(0, Switch(L"EnableIPToUseDhcp", kCard, false));
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, Number(L"LastErrorCode"));
+    Settings(kCard).WriteTexts(L"IPAddress", Texts{L"10.0.0.9"});
     EXPECT_EQ(-1, Switch(L"EnableIPToUseDhcp", kCard, true));
     EXPECT_EQ(-1, Switch(L"EnableIPToUseDhcp", kCard, false));
     EXPECT_EQ(0u, Settings(kCard).ReadNumber(L"EnableDHCP"));
@@ -104,6 +109,41 @@ TEST_F(DHCPConfigurationTest, RemovesStaticGateways) {
     EXPECT_EQ(1, Number(L"IsRebootNeeded"));
     EXPECT_EQ(Texts{L"0.0.0.0"}, Settings(kCard).ReadTexts(L"DefaultGateway"));
     EXPECT_EQ(static_cast<DWORD>(REG_MULTI_SZ), Settings(kCard).TypeOf(L"DefaultGateway"));
+}
+
+// Cards that are not called what they are.
+TEST_F(DHCPConfigurationTest, RemovesStaticGatewaysByInterfaceType) {
+    struct Row {
+        std::wstring instance;
+        DWORD type; // of the driver's class key; 0 for none
+        bool isRemoved;
+    };
+    std::vector<Row> rows = {
+        {L"{6}", 6, true}, {L"{71}", 71, true}, {L"{23}", 23, false}, {L"{0}", 0, false}};
+    for (const LiveAdapter& live : ListLiveAdapters().value_or(std::vector<LiveAdapter>())) {
+        rows.push_back({live.interfaceName, 0, live.hasEthernetType});
+    }
+    Texts bound;
+    for (const Row& row : rows) {
+        const std::wstring number = std::to_wstring(1000 + bound.size());
+        AddNtCard(hives_, {row.instance, number, L"Gigabit Network Connection", L""});
+        if (row.type != 0) {
+            hives_.machine
+                .Create(L"System\\CurrentControlSet\\Control\\Class\\"
+                        L"{4D36E972-E325-11CE-BFC1-08002BE10318}\\" +
+                        number)
+                .WriteNumber(L"*IfType", row.type);
+        }
+        WriteGateway(row.instance.c_str());
+        bound.push_back(L"\\Device\\" + row.instance);
+    }
+    hives_.machine.Create(std::wstring(kServices) + L"Tcpip\\Linkage").WriteTexts(L"Bind", bound);
+    EXPECT_EQ(-1, RemoveGateways());
+    for (const Row& row : rows) {
+        EXPECT_EQ(Texts{row.isRemoved ? L"0.0.0.0" : L"10.0.0.1"},
+                  Settings(row.instance.c_str()).ReadTexts(L"DefaultGateway"))
+            << row.instance;
+    }
 }
 
 TEST_F(DHCPConfigurationTest, LeavesTheGatewaysOfAdaptersThatAreNotInUse) {

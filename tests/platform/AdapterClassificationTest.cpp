@@ -122,6 +122,8 @@ TEST(AdapterClassificationTest, KnowsDialUpAdapters) {
     EXPECT_TRUE(IsPppAdapter(L"Microsoft Dial-Up Adapter", L""));
     EXPECT_TRUE(IsPppAdapter(L"DF\x00DC-Adapter", L"PPPMAC.VXD"));
     EXPECT_TRUE(IsPppAdapter(L"", L"AsyncMac"));
+    EXPECT_TRUE(IsPppAdapter(L"Miniport r\x00E9seau \x00E9tendu WAN (SSTP)", L"RasSstp"));
+    EXPECT_TRUE(IsPppAdapter(L"Miniport r\x00E9seau \x00E9tendu WAN (IKEv2)", L"RasAgileVpn"));
     EXPECT_FALSE(IsPppAdapter(L"3Com EtherLink XL", L"el90xbc.sys"));
     EXPECT_FALSE(IsPppAdapter(L"Microsoft TUN Miniport", L"tunmp"));
     EXPECT_FALSE(IsPppAdapter(L"", L""));

@@ -31,8 +31,9 @@ protected:
     NtConfigurationTest() {
         test::AddNtCard(hives_, {kCard, L"0000", L"Ethernet", L""});
         settings_.WriteNumber(L"EnableDHCP", 0);
-        settings_.WriteTexts(L"IPAddress", Texts{L"10.0.0.9"});
-        settings_.WriteTexts(L"SubnetMask", Texts{L"255.0.0.0"});
+        settings_.WriteTexts(L"IPAddress", Texts{L"10.0.0.9", L"10.0.0.10"});
+        settings_.WriteTexts(L"SubnetMask", Texts{L"255.0.0.0", L"255.0.0.0"});
+        settings_.WriteTexts(L"DefaultGateway", Texts{L"10.0.0.1"});
         settings_.WriteText(L"NameServer", L"10.0.0.2,10.0.0.3");
     }
     StaticAdapter Card() const { return ListNtAdapters(PlatformFamily::kXp).at(0); }
@@ -50,17 +51,28 @@ TEST_F(NtConfigurationTest, SwitchesTheAddressThereAndBack) {
     dhcpClient_.WriteNumber(L"Start", 3);
     EXPECT_EQ(0u, configuration_.UseDhcpForAddress(Card(), true));
     EXPECT_EQ(3u, dhcpClient_.ReadNumber(L"Start"));
+    // Nothing static is left that would win over the lease.
+    EXPECT_EQ(Texts{L"0.0.0.0"}, settings_.ReadTexts(L"IPAddress"));
+    EXPECT_EQ(Texts{L"0.0.0.0"}, settings_.ReadTexts(L"SubnetMask"));
+    EXPECT_EQ(Texts{L"0.0.0.0"}, settings_.ReadTexts(L"DefaultGateway"));
     settings_.WriteText(L"DhcpIPAddress", L"192.168.0.7");
     EXPECT_EQ(0u, configuration_.UseDhcpForAddress(Card(), false));
     EXPECT_FALSE(Card().usingDhcp);
-    EXPECT_EQ(L"10.0.0.9", Card().ipAddress);
+    EXPECT_EQ((Texts{L"10.0.0.9", L"10.0.0.10"}), settings_.ReadTexts(L"IPAddress"));
     EXPECT_EQ(L"255.0.0.0", Card().subnetMask);
+    EXPECT_EQ(L"10.0.0.1", Card().defaultGateway);
+    for (const std::wstring& value : settings_.ValueNames()) {
+        EXPECT_FALSE(value.starts_with(L"Tervane")) << value.size();
+    }
 }
 
 TEST_F(NtConfigurationTest, KeepsTheLastLeaseWhereThereIsNoOtherAddress) {
     settings_.WriteTexts(L"IPAddress", Texts{L"0.0.0.0"});
+    settings_.WriteTexts(L"DefaultGateway", Texts());
+    settings_.WriteNumber(L"EnableDHCP", 1);
     settings_.WriteText(L"DhcpIPAddress", L"169.254.7.7");
-    EXPECT_EQ(0u, configuration_.UseDhcpForAddress(Card(), false));
+    EXPECT_EQ(2u, configuration_.UseDhcpForAddress(Card(), false));
+    EXPECT_TRUE(Card().usingDhcp);
     EXPECT_EQ(L"0.0.0.0", Card().ipAddress);
     settings_.WriteText(L"DhcpIPAddress", L"192.168.0.7");
     settings_.WriteText(L"DhcpSubnetMask", L"255.255.255.0");
@@ -93,11 +105,17 @@ TEST_F(NtConfigurationTest, SwitchesTheNameServersThereAndBack) {
 }
 
 TEST_F(NtConfigurationTest, ReportsWhatTheRegistryRefusesAndKeepsTheOldState) {
-    settings_.WriteTexts(L"DefaultGateway", Texts{L"10.0.0.1"});
     auto refused = [](const wchar_t* value) {
         return AdapterConfiguration(PlatformFamily::kXp, test::RefuseValue(value));
     };
-    EXPECT_EQ(5u, refused(L"EnableDHCP").UseDhcpForAddress(Card(), true));
+    for (const wchar_t* value : {L"EnableDHCP", L"Tervane SubnetMask", L"Tervane IPAddress",
+                                 L"SubnetMask", L"DefaultGateway", L"IPAddress"}) {
+        EXPECT_EQ(5u, refused(value).UseDhcpForAddress(Card(), true));
+        EXPECT_FALSE(Card().usingDhcp);
+        EXPECT_EQ(L"10.0.0.9", Card().ipAddress);
+        EXPECT_EQ(L"255.0.0.0", Card().subnetMask);
+        EXPECT_EQ(L"10.0.0.1", Card().defaultGateway);
+    }
     EXPECT_EQ(5u, refused(L"NameServer").UseDhcpForNameServers(Card(), true));
     EXPECT_EQ(5u, refused(L"Tervane NameServer").UseDhcpForNameServers(Card(), true));
     EXPECT_EQ(5u, refused(L"DefaultGateway").SetGateway(Card(), L"0.0.0.0"));
@@ -141,6 +159,7 @@ TEST_F(AdapterConfigurationTest, SwitchesOldSystemsByTheirAddress) {
     EXPECT_EQ(2u, old.UseDhcpForNameServers(card(), false));
     settings.WriteText(L"IPAddress", L"10.0.0.9");
     settings.WriteText(L"IPMask", L"255.0.0.0");
+    settings.WriteText(L"DefaultGateway", L"10.0.0.2");
     machine.WriteText(L"EnableDNS", L"1");
     machine.WriteText(L"NameServer", L"10.0.0.2");
     EXPECT_FALSE(card().usingDhcp);
@@ -149,12 +168,14 @@ TEST_F(AdapterConfigurationTest, SwitchesOldSystemsByTheirAddress) {
     EXPECT_EQ(0u, old.UseDhcpForNameServers(card(), true));
     EXPECT_TRUE(card().usingDhcp && !card().isDnsStatic);
     EXPECT_EQ(L"0.0.0.0", settings.ReadText(L"IPMask"));
+    EXPECT_EQ(L"0.0.0.0", settings.ReadText(L"DefaultGateway"));
     settings.WriteNumber(L"EnableDHCP", 1);
     EXPECT_EQ(0u, old.UseDhcpForAddress(card(), false));
     EXPECT_EQ(0u, old.UseDhcpForNameServers(card(), false));
     EXPECT_TRUE(!card().usingDhcp && card().isDnsStatic);
     EXPECT_EQ(L"10.0.0.9", card().ipAddress);
     EXPECT_EQ(L"255.0.0.0", card().subnetMask);
+    EXPECT_EQ(L"10.0.0.2", card().defaultGateway);
     EXPECT_EQ(0u, old.SetGateway(card(), L"10.0.0.1"));
     EXPECT_EQ(L"10.0.0.1", settings.ReadText(L"DefaultGateway"));
     EXPECT_EQ(5u, AdapterConfiguration(PlatformFamily::kWindows98, test::RefuseValue(L"IPAddress"))
