@@ -1,5 +1,7 @@
 #include "ZelBase/ADynaByteBuffer.h"
 
+#include "ZelBase/SecretText.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -11,6 +13,10 @@ ADynaByteBuffer::ADynaByteBuffer(std::size_t capacity, std::size_t growth)
     if (!Reserve(capacity)) {
         throw std::bad_alloc();
     }
+}
+
+ADynaByteBuffer::~ADynaByteBuffer() {
+    Clear();
 }
 
 bool ADynaByteBuffer::Append(const void* data, std::size_t count) {
@@ -132,12 +138,24 @@ void ADynaByteBuffer::CopyOut(char* dest, std::size_t count) const {
 }
 
 void ADynaByteBuffer::TakeOff(std::size_t count) {
+    Wipe(count);
     head_ += count;
     size_ -= count;
     searched_ -= std::min(searched_, count);
     RecycleBlocks();
     if (size_ == 0) {
         head_ = 0; // use the first block from its start
+    }
+}
+
+void ADynaByteBuffer::Wipe(std::size_t count) noexcept {
+    std::size_t position = head_;
+    while (count > 0) {
+        const std::size_t offset = position % blockSize_;
+        const std::size_t piece = std::min(count, blockSize_ - offset);
+        WipeMemory(blocks_[position / blockSize_].get() + offset, piece);
+        position += piece;
+        count -= piece;
     }
 }
 

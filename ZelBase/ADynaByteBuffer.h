@@ -5,8 +5,9 @@
 // delimiter, so that a long line that comes in small pieces is searched once. Cost is linear in the
 // bytes that pass through.
 //
-// It grows block by block and never shrinks; the blocks at the front serve again at the back. Each
-// operation is complete in itself and may be called from any thread.
+// It grows block by block and never shrinks; the blocks at the front serve again at the back. Bytes
+// that have been taken off are overwritten: passwords pass through here. Each operation is complete
+// in itself and may be called from any thread.
 
 #include "ZelBase/LocalMutex.h"
 
@@ -24,6 +25,9 @@ public:
     // Room for `capacity` bytes at once, then in steps of `growth` (at least 1). Both are rounded
     // to whole blocks of `growth` bytes. Throws std::bad_alloc.
     ADynaByteBuffer(std::size_t capacity, std::size_t growth);
+    ~ADynaByteBuffer();
+    ADynaByteBuffer(const ADynaByteBuffer&) = delete;
+    ADynaByteBuffer& operator=(const ADynaByteBuffer&) = delete;
 
     // Appends `count` bytes. False, and nothing appended, without memory or for null `data`.
     bool Append(const void* data, std::size_t count);
@@ -51,6 +55,7 @@ private:
     void CopyIn(const char* data, std::size_t count) ZELBASE_REQUIRES(mutex_);
     void CopyOut(char* dest, std::size_t count) const ZELBASE_REQUIRES(mutex_);
     void TakeOff(std::size_t count) ZELBASE_REQUIRES(mutex_);
+    void Wipe(std::size_t count) noexcept ZELBASE_REQUIRES(mutex_);
     void RecycleBlocks() noexcept ZELBASE_REQUIRES(mutex_);
     bool Search(char delimiter) ZELBASE_REQUIRES(mutex_);
 

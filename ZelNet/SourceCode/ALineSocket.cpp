@@ -1,6 +1,7 @@
 #include "ZelNet/SourceCode/ALineSocket.h"
 
 #include "ZelBase/MutexLock.h"
+#include "ZelBase/SecretText.h"
 #include "ZelBase/ThreadTerminateException.h"
 #include "ZelBase/WIN32_Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
@@ -323,6 +324,7 @@ bool ATcpNonBlockingLineSocket::InternalListener::SendChunk() {
         return false;
     }
     const std::uint32_t sent = socket_->Send(staging_.data(), Count(staged));
+    ZelBase::WipeMemory(staging_.data(), staged); // as the buffer does with what has left it
     if (sent == 0) {
         logger_->Log("SendData", LogLevel::kTrace,
                      "Socket send queue full.  No data could be sent.  Waiting for next OnSend");

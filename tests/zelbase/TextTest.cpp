@@ -1,5 +1,6 @@
 #include "ZelBase/AnsiText.h"
 #include "ZelBase/Base64.h"
+#include "ZelBase/SecretText.h"
 #include "ZelBase/TextConversion.h"
 
 #include <gtest/gtest.h>
@@ -65,6 +66,22 @@ TEST(Text, BecomesBase64) {
     const std::string longText = Base64Encode(std::string(30000, 'x'));
     EXPECT_EQ(longText.size(), 40000u);
     EXPECT_EQ(longText.find_first_of("\r\n"), std::string::npos);
+}
+
+TEST(SecretText, IsATextWhateverBecomesOfIt) {
+    SecretText text(std::string_view("a\0b", 3));
+    const SecretText copy = text;
+    text.Append(std::string(100, 'x'));
+    EXPECT_EQ(text.Text(), std::string("a\0b", 3) + std::string(100, 'x'));
+    SecretText moved = std::move(text);
+    EXPECT_EQ(moved.Text().size(), 103u);
+    moved = copy;
+    EXPECT_EQ(moved.Text(), copy.Text());
+    EXPECT_EQ(moved.CStr()[3], 0);
+    moved.Clear();
+    EXPECT_TRUE(moved.IsEmpty());
+    EXPECT_STREQ(moved.CStr(), "");
+    EXPECT_EQ(NarrowSecret(L"\xff01\xe9\x4e00").Text(), "!\xe9?");
 }
 
 } // namespace
