@@ -9,7 +9,7 @@ namespace tervane {
 SinkArray::~SinkArray() {
     ReleaseRetired();
     for (DWORD i = 0; i < Size(); ++i) {
-        ComPtr<IDispatch>(Find(i)->sink.load()).Reset();
+        ComPtr<AdvisedSink>(Find(i)->sink.load()).Reset();
     }
     for (auto& segment : segments_) {
         delete[] segment.load();
@@ -47,17 +47,18 @@ SinkArray::Slot* SinkArray::FindFree(DWORD& index) noexcept {
 
 DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
     std::unique_ptr<Retired> entry(new (std::nothrow) Retired);
-    if (!entry) {
+    ComPtr<AdvisedSink> advised = AdvisedSink::Create(std::move(sink));
+    if (!entry || !advised) {
         return 0;
     }
-    const std::lock_guard lock(writers_);
+    const ZelBase::CriticalSectionLock lock(writers_);
     DWORD index = 0;
     Slot* slot = FindFree(index);
     if (!slot) {
         return 0;
     }
     slot->entry = std::move(entry);
-    slot->sink.store(sink.Release());
+    slot->sink.store(advised.Release());
     if (index == Size()) {
         size_.store(index + 1, std::memory_order_release);
     }
@@ -67,26 +68,27 @@ DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
 bool SinkArray::Remove(DWORD cookie) noexcept {
     std::unique_ptr<Retired> entry;
     {
-        const std::lock_guard lock(writers_);
+        const ZelBase::CriticalSectionLock lock(writers_);
         if (cookie == 0 || cookie > Size()) {
             return false;
         }
         Slot* slot = Find(cookie - 1);
-        IDispatch* sink = slot->sink.exchange(nullptr);
+        AdvisedSink* sink = slot->sink.exchange(nullptr);
         if (!sink) {
             return false;
         }
         entry = std::move(slot->entry);
         entry->sink.Reset(sink);
     }
+    entry->sink->Unadvise();
     PushRetired(entry.release());
     ReleaseRetired();
     return true;
 }
 
-ComPtr<IDispatch> SinkArray::At(DWORD index) noexcept {
+ComPtr<AdvisedSink> SinkArray::At(DWORD index) noexcept {
     ++readers_;
-    ComPtr<IDispatch> sink = AddReference(Find(index)->sink.load());
+    ComPtr<AdvisedSink> sink = AddReference(Find(index)->sink.load());
     --readers_;
     ReleaseRetired();
     return sink;
