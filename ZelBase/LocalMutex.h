@@ -2,6 +2,22 @@
 
 // A lock of one process for short sections that cannot fail, in code that also builds without
 // Windows. Whoever waits under it longer than for a copy should have a Mutex.
+//
+// On Windows it is the critical section: the compiler's run-time library for the system's own
+// threads has no std::mutex.
+
+#ifdef _WIN32
+
+#include "ZelBase/CriticalSection.h"
+
+namespace ZelBase {
+
+using LocalMutex = CriticalSection;
+using LocalMutexLock = CriticalSectionLock;
+
+} // namespace ZelBase
+
+#else
 
 #include "ZelBase/ThreadAnnotations.h"
 
@@ -33,3 +49,5 @@ private:
 };
 
 } // namespace ZelBase
+
+#endif

@@ -11,8 +11,8 @@ else()
     message(FATAL_ERROR "TERVANE_ARCH must be x86 or x64; use the presets of the same names.")
 endif()
 
-# The -posix variants, because the -win32 ones have no std::mutex and std::thread.
-set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
+# The -win32 variants: the thread library of the -posix ones needs Vista, and leaks with every unload.
+set(CMAKE_CXX_COMPILER ${triple}-g++-win32)
 set(CMAKE_RC_COMPILER ${triple}-windres)
 set(CMAKE_FIND_ROOT_PATH /usr/${triple})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -38,6 +38,16 @@ ComPtr<IDispatch> SinkInterface(IUnknown* sink, REFIID events) noexcept {
     return found;
 }
 
+HRESULT CallSink(IDispatch& sink, DISPID event, DISPPARAMS& parameters) noexcept {
+    try {
+        Variant result;
+        return sink.Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                           result.Put(), nullptr, nullptr);
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
+}
+
 } // namespace
 
 HRESULT STDMETHODCALLTYPE ConnectionPoint::QueryInterface(REFIID iid, void** out) {
@@ -100,8 +110,8 @@ HRESULT STDMETHODCALLTYPE ConnectionPoint::EnumConnections(IEnumConnections** co
         ConnectionEnumerator::Elements elements;
         elements.reserve(size);
         for (DWORD i = 0; i < size; ++i) {
-            if (const ComPtr<AdvisedSink> sink = sinks_->At(i)) {
-                elements.push_back({AddReference(sink->Interface()).Release(), i + 1});
+            if (ComPtr<IDispatch> sink = sinks_->At(i)) {
+                elements.push_back({sink.Release(), i + 1});
             }
         }
         *connections = ConnectionEnumerator::Create(std::move(elements));
@@ -137,9 +147,10 @@ HRESULT STDMETHODCALLTYPE EventSource::FindConnectionPoint(REFIID iid, IConnecti
 
 HRESULT FireEvent(SinkArray& sinks, DISPID event,
                   std::initializer_list<EventArgument> arguments) noexcept {
-    VARIANT reversed[kMostEventArguments];
+    constexpr size_t kMostArguments = 8;
+    VARIANT reversed[kMostArguments];
     const size_t count = arguments.size();
-    if (count > kMostEventArguments) {
+    if (count > kMostArguments) {
         return E_INVALIDARG;
     }
     std::transform(arguments.begin(), arguments.begin() + count,
@@ -150,8 +161,8 @@ HRESULT FireEvent(SinkArray& sinks, DISPID event,
     HRESULT last = S_OK;
     const DWORD size = sinks.Size();
     for (DWORD i = 0; i < size; ++i) {
-        if (const ComPtr<AdvisedSink> sink = sinks.At(i)) {
-            last = sink->Deliver(event, parameters);
+        if (const ComPtr<IDispatch> sink = sinks.At(i)) {
+            last = CallSink(*sink.Get(), event, parameters);
         }
     }
     return last;

@@ -1,9 +1,9 @@
 // The library's four exports and its entry point.
 
-#include "component/AdvisingThread.h"
 #include "component/ComEdge.h"
 #include "component/ModuleState.h"
 #include "component/Registrar.h"
+#include "component/RunTimeState.h"
 #include "component/TypeLibrary.h"
 
 #include <new>
@@ -24,8 +24,6 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
 }
 
 STDAPI DllCanUnloadNow() {
-    // What waits for a thread that is no more would hold the library for good.
-    tervane::AdvisingThread::ForgetEnded();
     const ModuleState* state = ModuleState::Get();
     return state && state->IsLocked() ? S_FALSE : S_OK;
 }
@@ -39,19 +37,23 @@ STDAPI DllUnregisterServer() {
 }
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
-    if (reason == DLL_PROCESS_ATTACH) {
-        DisableThreadLibraryCalls(instance);
+    if (reason == DLL_THREAD_DETACH) {
+        tervane::FreeRunTimeStateOfThread();
+    } else if (reason == DLL_PROCESS_ATTACH) {
+        if (!tervane::HasRunTimeState()) {
+            return FALSE;
+        }
         try {
             ModuleState::Set(new ModuleState(instance));
         } catch (const std::bad_alloc&) {
-            // Without its state the library answers E_INVALIDARG; loading it always succeeds.
+            // Without its state the library answers E_INVALIDARG; loading it succeeds.
         }
     } else if (reason == DLL_PROCESS_DETACH && !processEnds) {
         // When the process ends, the libraries that these pointers lead into may be gone already.
-        tervane::AdvisingThread::LeaveWindows();
         delete ModuleState::Get();
         ModuleState::Set(nullptr);
         tervane::ReleaseTypeInfo();
+        tervane::FreeRunTimeStateAtExit();
     }
     return TRUE;
 }

@@ -1,12 +1,15 @@
 #include "component/PostbackWindow.h"
 
+#include "ZelBase/CriticalSection.h"
+
 #include <cstdio>
-#include <mutex>
 
 namespace tervane {
 namespace {
 
 constexpr UINT kLastPostback = 0x7FFF;
+
+ZelBase::CriticalSection classNames;
 
 LRESULT CALLBACK PostbackProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message < WM_USER || message > kLastPostback) {
@@ -33,9 +36,8 @@ HINSTANCE ProcedureModule() noexcept {
 // Finds a free class name and registers it. Names once registered stay so (see the destructor), so
 // the search need not begin at 0 each time. Two threads must not find the same name free.
 ATOM RegisterNextClass(HINSTANCE module, std::string& className) {
-    static std::mutex mutex;
+    const ZelBase::CriticalSectionLock lock(classNames);
     static unsigned firstPossible = 0;
-    const std::lock_guard lock(mutex);
     char name[32];
     WNDCLASSA existing;
     for (unsigned number = firstPossible;; ++number) {

@@ -9,7 +9,7 @@ namespace tervane {
 SinkArray::~SinkArray() {
     ReleaseRetired();
     for (DWORD i = 0; i < Size(); ++i) {
-        ComPtr<AdvisedSink>(Find(i)->sink.load()).Reset();
+        ComPtr<IDispatch>(Find(i)->sink.load()).Reset();
     }
     for (auto& segment : segments_) {
         delete[] segment.load();
@@ -47,8 +47,7 @@ SinkArray::Slot* SinkArray::FindFree(DWORD& index) noexcept {
 
 DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
     std::unique_ptr<Retired> entry(new (std::nothrow) Retired);
-    ComPtr<AdvisedSink> advised = AdvisedSink::Create(std::move(sink));
-    if (!entry || !advised) {
+    if (!entry) {
         return 0;
     }
     const ZelBase::CriticalSectionLock lock(writers_);
@@ -58,7 +57,7 @@ DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
         return 0;
     }
     slot->entry = std::move(entry);
-    slot->sink.store(advised.Release());
+    slot->sink.store(sink.Release());
     if (index == Size()) {
         size_.store(index + 1, std::memory_order_release);
     }
@@ -73,22 +72,21 @@ bool SinkArray::Remove(DWORD cookie) noexcept {
             return false;
         }
         Slot* slot = Find(cookie - 1);
-        AdvisedSink* sink = slot->sink.exchange(nullptr);
+        IDispatch* sink = slot->sink.exchange(nullptr);
         if (!sink) {
             return false;
         }
         entry = std::move(slot->entry);
         entry->sink.Reset(sink);
     }
-    entry->sink->Unadvise();
     PushRetired(entry.release());
     ReleaseRetired();
     return true;
 }
 
-ComPtr<AdvisedSink> SinkArray::At(DWORD index) noexcept {
+ComPtr<IDispatch> SinkArray::At(DWORD index) noexcept {
     ++readers_;
-    ComPtr<AdvisedSink> sink = AddReference(Find(index)->sink.load());
+    ComPtr<IDispatch> sink = AddReference(Find(index)->sink.load());
     --readers_;
     ReleaseRetired();
     return sink;

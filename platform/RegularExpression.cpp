@@ -9,6 +9,8 @@
 #define BOOST_REGEX_MAX_STATE_COUNT 1000000
 // The traits over the C runtime: those over std::locale would double the size of the DLL.
 #define BOOST_REGEX_USE_C_LOCALE
+// The library locks nothing, as the compiler has no std::mutex: the matching lock serialises it.
+#define BOOST_DISABLE_THREADS
 #include <boost/regex.hpp>
 
 #include <algorithm>

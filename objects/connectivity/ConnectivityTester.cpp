@@ -77,7 +77,8 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
         request.enter = [] { ZelNet::InitializeSockets(); };
         request.uninitializeCom = false;
     }
-    return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
+    StartWorker(std::move(request));
+    return S_OK;
 }
 
 HRESULT ConnectivityTester::Fire_OnDNSLookupComplete(bool success) const {

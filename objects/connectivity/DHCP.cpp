@@ -26,7 +26,8 @@ HRESULT DHCP::ReleaseRenew() {
         WorkerRequest request;
         request.object = AddReference(Controlling());
         request.work = [this] { Fire_OnReleaseRenewComplete(RenewAllLeases()); };
-        return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
+        StartWorker(std::move(request));
+        return S_OK;
     });
 }
 

@@ -31,7 +31,8 @@ HRESULT GeneralSysInfo::GetSystemInfo() {
             Renew();
             completions->Post(*window_, std::move(*object));
         };
-        return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
+        StartWorker(std::move(request));
+        return S_OK;
     });
 }
 

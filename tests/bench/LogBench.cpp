@@ -4,11 +4,11 @@
 #include "ZelBase/LogLayout.h"
 #include "ZelBase/Logger.h"
 #include "tests/bench/Comparison.h"
+#include "tests/support/TestThreads.h"
 
 #include <cstdio>
 #include <cstring>
 #include <functional>
-#include <thread>
 #include <vector>
 
 namespace bench {
@@ -18,11 +18,11 @@ constexpr int kRecords = 500;
 constexpr int kWriters = 4;
 
 void OnThreads(int threads, const std::function<void()>& work) {
-    std::vector<std::thread> running;
+    std::vector<tervane::test::TestThread> running;
     for (int i = 0; i < threads; ++i) {
         running.emplace_back(work);
     }
-    for (std::thread& thread : running) {
+    for (tervane::test::TestThread& thread : running) {
         thread.join();
     }
 }

@@ -11,11 +11,11 @@
 #include "tests/bench/BareTransfer.h"
 #include "tests/bench/Comparison.h"
 #include "tests/bench/LateBound.h"
+#include "tests/support/TestThreads.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <thread>
 
 namespace bench {
 namespace {
@@ -37,7 +37,7 @@ public:
         listen(socket_, 1);
         getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
         port_ = ntohs(address.sin_port);
-        thread_ = std::thread([this, does, bytes] { Serve(does, bytes); });
+        thread_ = tervane::test::TestThread([this, does, bytes] { Serve(does, bytes); });
     }
     ~LoopbackServer() {
         thread_.join();
@@ -64,7 +64,7 @@ private:
 
     SOCKET socket_;
     std::uint16_t port_ = 0;
-    std::thread thread_;
+    tervane::test::TestThread thread_;
 };
 
 // Our side: takes all lines, or sends all data, and signals the end.

@@ -3,11 +3,11 @@
 #include "component/Worker.h"
 #include "component/PostbackWindow.h"
 #include "support/TestComponent.h"
+#include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <thread>
 
 namespace tervane {
 namespace {
@@ -79,7 +79,7 @@ TEST(PostbackWindow, DeliversOnTheThreadThatCreatedIt) {
     Owner owner;
     PostbackWindow window(owner);
     ASSERT_NE(nullptr, window.Handle());
-    std::thread([&] {
+    test::TestThread([&] {
         EXPECT_TRUE(window.Post(0, 0, 0));
         EXPECT_TRUE(window.Post(13, 99, 0));
         EXPECT_TRUE(window.Post(0x7FFF - WM_USER, 1, 2));

@@ -5,13 +5,13 @@
 #include "support/MappedDrive.h"
 #include "support/ScratchRegistry.h"
 #include "support/TestComponent.h"
+#include "support/TestThreads.h"
 
 #include <TERVANELib.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>
-#include <thread>
 
 namespace tervane::test {
 namespace {
@@ -128,7 +128,7 @@ TEST_F(GeneralSysInfoObject, LivesUntilItHasToldTheEnd) {
 
 // Its thread has ended before the worker has: nobody is there to be told, and nobody hangs.
 TEST_F(GeneralSysInfoObject, GoesWithItsThread) {
-    std::thread([] {
+    TestThread([] {
         const Apartment apartment;
         const auto info = Create();
         Call(info.Get(), L"GetSystemInfo");
@@ -143,7 +143,7 @@ TEST_F(GeneralSysInfoObject, MayBeReadWhileItIsRenewed) {
     for (size_t renewal = 0; renewal < kRenewals; ++renewal) {
         info->GetSystemInfo();
     }
-    std::vector<std::thread> readers;
+    std::vector<TestThread> readers;
     for (int reader = 0; reader < 4; ++reader) {
         readers.emplace_back([&] {
             for (int round = 0; round < 200; ++round) {
@@ -153,7 +153,7 @@ TEST_F(GeneralSysInfoObject, MayBeReadWhileItIsRenewed) {
             }
         });
     }
-    for (std::thread& reader : readers) {
+    for (TestThread& reader : readers) {
         reader.join();
     }
     EXPECT_TRUE(sink_.WaitFor(kRenewals, kPatience));

@@ -2,6 +2,7 @@
 
 #include "support/ScriptedServer.h"
 #include "support/TestComponent.h"
+#include "support/TestThreads.h"
 
 #include <TERVANELib.h>
 #include <gtest/gtest.h>
@@ -361,7 +362,7 @@ TEST_F(SmtpCtlTest, StillTellsTheEndWhenItWasDropped) {
 
 TEST_F(SmtpCtlTest, OutlivesAThreadThatDoesNotWaitForIt) {
     ScriptedServer server({ScriptWith()});
-    std::thread script([&] {
+    TestThread script([&] {
         const Apartment other;
         const auto own = TestComponent::Get().Create(__uuidof(::SmtpCtl));
         const auto message = TestComponent::Get().Create(__uuidof(::EmailData));

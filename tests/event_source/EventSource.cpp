@@ -148,7 +148,7 @@ HRESULT EventSource::FireValues() {
 }
 
 HRESULT EventSource::FireForEver() {
-    std::thread([sinks = CurrentSinks()] {
+    TestThread([sinks = CurrentSinks()] {
         for (LONG number = 1;; ++number) {
             FireTick(*sinks, number, false);
         }
@@ -157,7 +157,7 @@ HRESULT EventSource::FireForEver() {
 }
 
 HRESULT EventSource::WaitForThreads() {
-    for (std::thread& thread : threads_) {
+    for (TestThread& thread : threads_) {
         thread.join();
     }
     threads_.clear();
@@ -165,7 +165,7 @@ HRESULT EventSource::WaitForThreads() {
 }
 
 HRESULT EventSource::PressCtrlC(LONG delay) {
-    std::thread([delay] {
+    TestThread([delay] {
         Sleep(static_cast<DWORD>(delay));
         GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
     }).detach();

@@ -6,6 +6,7 @@
 // told there too, at the end of the process.
 
 #include "platform/Automation.h"
+#include "tests/support/TestThreads.h"
 #include "tools/script_host/ComBase.h"
 
 #include <ocidl.h>
@@ -15,8 +16,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 namespace tervane::test {
@@ -58,8 +57,7 @@ public:
     STDMETHODIMP GetClassInfo(ITypeInfo** type) override;
     STDMETHODIMP GetGUID(DWORD kind, GUID* guid) override;
 
-    // IObjectWithSite, as many controls have it: an engine may refuse an object that it has no site
-    // for.
+    // IObjectWithSite, as controls have it: an engine may refuse an object that it has no site for.
     STDMETHODIMP SetSite(IUnknown*) override { return S_OK; }
     STDMETHODIMP GetSite(REFIID, void**) override { return E_FAIL; }
 
@@ -73,8 +71,8 @@ private:
 
     ComPtr<ITypeLib> library_;
     ComPtr<ITypeInfo> type_;
-    std::vector<std::thread> threads_;
-    std::mutex mutex_;
+    std::vector<TestThread> threads_;
+    TestMutex mutex_;
     std::map<DWORD, ComPtr<IDispatch>> sinks_; // guarded by mutex_
     DWORD lastCookie_ = 0;                     // guarded by mutex_
 };

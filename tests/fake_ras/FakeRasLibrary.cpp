@@ -69,7 +69,7 @@ DWORD WINAPI FakeDial(RASDIALEXTENSIONS* extensions, LPCWSTR book, RASDIALPARAMS
                       DWORD notifier, void* window, HRASCONN* connection) {
     const DWORD error = Api().dial(extensions, book, parameters, notifier, window, connection);
     // Nobody waits for them at the end of the process.
-    for (std::thread& sender : FakeRas::Get().senders) {
+    for (tervane::test::TestThread& sender : FakeRas::Get().senders) {
         sender.detach();
     }
     FakeRas::Get().senders.clear();

@@ -5,11 +5,10 @@
 #include "objects/sysinfo/AdapterGathering.h"
 #include "objects/sysinfo/RequestIds.h"
 #include "support/TestComponent.h"
+#include "support/TestThreads.h"
 
 #include <TERVANELib.h>
 #include <gtest/gtest.h>
-
-#include <thread>
 
 namespace tervane {
 namespace {
@@ -152,7 +151,7 @@ TEST_F(AdapterRequestsTest, KeepsTheLatestListOfANumberThatIsUsedAgain) {
 
 TEST_F(AdapterRequestsTest, ManyAtOnceEachHaveTheirList) {
     constexpr int kRequests = 200;
-    std::thread reader([&] {
+    test::TestThread reader([&] {
         Variant copy;
         while (reports_ < kRequests) {
             requests_->Find(reports_, copy);

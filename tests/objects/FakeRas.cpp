@@ -3,7 +3,7 @@
 namespace tervane::test {
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
+using Lock = std::lock_guard<TestMutex>;
 
 template <typename Character>
 std::wstring Wide(const Character* text) {
@@ -280,7 +280,7 @@ struct Functions {
 } // namespace
 
 void FakeRas::Reset() {
-    for (std::thread& sender : senders) {
+    for (TestThread& sender : senders) {
         sender.join();
     }
     senders.clear();

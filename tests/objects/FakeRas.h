@@ -8,16 +8,15 @@
 #include "objects/config/RasSizes.h"
 #include "objects/config/RasText.h"
 #include "platform/LetterCase.h"
+#include "tests/support/TestThreads.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <list>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tervane::test {
@@ -62,8 +61,8 @@ struct FakeRas {
     std::wstring dialledUser;
     std::wstring dialledPassword;
 
-    std::recursive_mutex mutex;
-    std::list<std::thread> senders;
+    TestMutex mutex;
+    std::list<TestThread> senders;
 
     static FakeRas& Get() {
         static FakeRas ras;

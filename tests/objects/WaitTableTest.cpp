@@ -3,11 +3,11 @@
 #include "objects/config/WaitTable.h"
 #include "ZelBase/Handles.h"
 #include "support/HandleCount.h"
+#include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <mutex>
 #include <new>
 #include <utility>
 #include <vector>
@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    std::mutex mutex_;
+    test::TestMutex mutex_;
     std::vector<std::pair<LONG, WaitResult>> all_;
     ZelBase::UniqueHandle arrived_{CreateSemaphoreW(nullptr, 0, 100000, nullptr)};
 };

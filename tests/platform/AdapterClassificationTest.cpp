@@ -2,11 +2,11 @@
 
 #include "platform/HardwareAddress.h"
 #include "platform/UsableAddress.h"
+#include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tervane {
@@ -66,7 +66,7 @@ TEST(AdapterClassificationTest, SurvivesHostileDescriptions) {
 }
 
 TEST(AdapterClassificationTest, IsMadeOnceForAllThreads) {
-    std::vector<std::thread> threads;
+    std::vector<test::TestThread> threads;
     std::vector<int> found(8);
     for (int& count : found) {
         threads.emplace_back([&count] {
@@ -76,7 +76,7 @@ TEST(AdapterClassificationTest, IsMadeOnceForAllThreads) {
             }
         });
     }
-    for (std::thread& thread : threads) {
+    for (test::TestThread& thread : threads) {
         thread.join();
     }
     EXPECT_EQ(std::vector<int>(8, 40), found);

@@ -6,6 +6,7 @@
 #include "platform/HardwareAddress.h"
 #include "platform/OptionalLibrary.h"
 #include "platform/StaticAdapter.h"
+#include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <iphlpapi.h>
@@ -166,7 +166,7 @@ BOOL WINAPI AnswerSlowly(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPD
 
 TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
     static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly};
-    std::thread first(
+    test::TestThread first(
         [] { EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow)); });
     while (!isAsked) {
         Sleep(1);

@@ -1,9 +1,9 @@
 #include "platform/RegularExpression.h"
+#include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <windows.h>
@@ -131,7 +131,7 @@ TEST(RegularExpression, PlainPatternsNeverSpendTheirPurse) {
 
 TEST(RegularExpression, ServesSeveralThreadsAtOnce) {
     const auto shared = RegularExpression::WholeTextMatch(L"(a|b)+c");
-    std::vector<std::thread> threads;
+    std::vector<test::TestThread> threads;
     std::vector<int> wrong(4);
     for (int& count : wrong) {
         threads.emplace_back([&] {
@@ -142,7 +142,7 @@ TEST(RegularExpression, ServesSeveralThreadsAtOnce) {
             }
         });
     }
-    for (std::thread& thread : threads) {
+    for (test::TestThread& thread : threads) {
         thread.join();
     }
     EXPECT_EQ(wrong, std::vector<int>(4, 0));

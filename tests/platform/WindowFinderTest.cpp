@@ -4,6 +4,7 @@
 #include "ZelBase/Handles.h"
 #include "platform/PumpingWait.h"
 #include "support/OwnWindow.h"
+#include "support/TestThreads.h"
 #include "support/WindowProgram.h"
 
 #include <gtest/gtest.h>
@@ -143,7 +144,7 @@ TEST(WindowFinder, ComesToAnEndWhileWindowsChangePlaces) {
     const std::wstring title = UniqueTitle(L"Restless");
     const OwnWindow window(title, OwnWindow::Thread::kPumps, kChildren);
     std::atomic<bool> over = false;
-    std::thread mover([&] {
+    test::TestThread mover([&] {
         while (!over) {
             HWND last = GetWindow(GetWindow(window.Handle(), GW_CHILD), GW_HWNDLAST);
             SetWindowPos(last, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
@@ -194,7 +195,7 @@ TEST(WindowFinder, BelievesThatAWindowIsGoneOnlyWhenItStaysAway) {
     finder.SetTimeLimit(1);
     finder.SetCheckInterval(1500);
     std::unique_ptr<OwnWindow> replacement;
-    std::thread replacer([&] {
+    test::TestThread replacer([&] {
         Sleep(200);
         replacement = std::make_unique<OwnWindow>(title, OwnWindow::Thread::kPumps);
     });
@@ -210,7 +211,7 @@ TEST(WindowFinder, IsWokenByAnAbort) {
     for (const std::wstring& pattern : {title, UniqueTitle(L"Absent")}) {
         const bool isThere = pattern == title;
         const ZelBase::UniqueHandle abort = NewEvent();
-        std::thread aborter([&] {
+        test::TestThread aborter([&] {
             Sleep(100);
             SetEvent(abort.Get());
         });
@@ -230,7 +231,7 @@ TEST(PumpingWait, DispatchesMessagesAndKeepsTheRequestToQuit) {
     const ZelBase::UniqueHandle answered = NewEvent();
     HWND window =
         CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    std::thread sender([&, window] {
+    test::TestThread sender([&, window] {
         SendMessageW(window, WM_NULL, 0, 0); // comes back only when this thread dispatches
         SetEvent(answered.Get());
     });

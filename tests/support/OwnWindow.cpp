@@ -5,7 +5,7 @@ namespace tervane::test {
 OwnWindow::OwnWindow(const std::wstring& title, Thread thread, int children)
     : ready_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
       end_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
-    thread_ = std::thread([=, this] { Run(title, thread, children); });
+    thread_ = TestThread([=, this] { Run(title, thread, children); });
     WaitForSingleObject(ready_, INFINITE);
 }
 

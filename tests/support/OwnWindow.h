@@ -2,9 +2,10 @@
 
 // A window of this process on a thread of its own, which pumps messages only when told to.
 
+#include "support/TestThreads.h"
+
 #include <atomic>
 #include <string>
-#include <thread>
 
 #include <windows.h>
 
@@ -28,7 +29,7 @@ private:
     std::atomic<HWND> window_ = nullptr;
     HANDLE ready_;
     HANDLE end_;
-    std::thread thread_;
+    TestThread thread_;
 };
 
 } // namespace tervane::test

@@ -104,7 +104,7 @@ ScriptedServer::ScriptedServer(std::vector<Script> scripts) {
     getsockname(listening_, reinterpret_cast<sockaddr*>(&address), &length);
     port_ = ntohs(address.sin_port);
     listen(listening_, SOMAXCONN);
-    thread_ = std::thread([this, scripts = std::move(scripts)] { Serve(scripts); });
+    thread_ = TestThread([this, scripts = std::move(scripts)] { Serve(scripts); });
 }
 
 ScriptedServer::~ScriptedServer() {

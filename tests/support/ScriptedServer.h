@@ -15,12 +15,12 @@
 // A script that comes to its end waits for the client to close. What does not go by the script is
 // noted as a problem and ends the connection.
 
+#include "support/TestThreads.h"
+
 #include <winsock2.h>
 
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tervane::test {
@@ -53,12 +53,12 @@ private:
     WSADATA winsock_;
     SOCKET listening_ = INVALID_SOCKET;
     int port_ = 0;
-    std::mutex mutex_;
+    TestMutex mutex_;
     SOCKET session_ = INVALID_SOCKET;
     bool ending_ = false;
     std::string problems_;
     std::vector<std::string> texts_;
-    std::thread thread_;
+    TestThread thread_;
 };
 
 } // namespace tervane::test

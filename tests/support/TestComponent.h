@@ -5,12 +5,12 @@
 
 #include "ZelBase/Handles.h"
 #include "platform/Automation.h"
+#include "support/TestThreads.h"
 
 #include <atomic>
 #include <functional>
 #include <initializer_list>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -117,7 +117,7 @@ protected:
     virtual HRESULT OnEvent(DISPID) { return S_OK; }
 
 private:
-    std::mutex mutex_;
+    TestMutex mutex_;
     std::vector<std::unique_ptr<ReceivedEvent>> events_;
     ZelBase::UniqueHandle arrived_{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
     std::atomic<LONG> references_ = 0;

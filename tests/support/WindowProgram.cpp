@@ -21,7 +21,7 @@ WindowProgram::WindowProgram(const std::vector<std::wstring>& options) {
         command.append(L" \"").append(option).append(L"\"");
     }
     Start(std::move(command));
-    reader_ = std::thread([this] { ReadLines(); });
+    reader_ = TestThread([this] { ReadLines(); });
 }
 
 WindowProgram::~WindowProgram() {

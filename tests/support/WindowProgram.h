@@ -4,13 +4,11 @@
 // in tests/window_program/Options.h and read line by line.
 
 #include "ZelBase/Handles.h"
+#include "support/TestThreads.h"
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 namespace tervane::test {
@@ -38,10 +36,10 @@ private:
     ZelBase::UniqueHandle process_;
     DWORD processId_ = 0;
     ZelBase::UniqueHandle output_;
-    std::mutex mutex_;
-    std::condition_variable arrived_;
+    TestMutex mutex_;
+    TestCondition arrived_;
     std::deque<std::string> lines_;
-    std::thread reader_;
+    TestThread reader_;
 };
 
 // A title that no other window has.

@@ -1,4 +1,5 @@
 #include "ZelBase/Logger.h"
+#include "tests/support/TestThreads.h"
 #include "tests/zelbase/ChildProcess.h"
 #include "tests/zelbase/RingView.h"
 
@@ -6,7 +7,6 @@
 
 #include <map>
 #include <sstream>
-#include <thread>
 #include <vector>
 
 namespace ZelBase::test {
@@ -98,7 +98,7 @@ TEST(LogViewer, FollowsSeveralProcesses) {
         writers.push_back(ChildProcess::Self("write " + std::string(name) + " 500"));
     }
     std::uint32_t counted = 0;
-    std::jthread end([&] {
+    tervane::test::TestThread end([&] {
         for (ChildProcess& writer : writers) {
             EXPECT_EQ(writer.Wait(), 0u);
         }

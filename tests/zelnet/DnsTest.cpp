@@ -1,6 +1,7 @@
 #include "ZelNet/SourceCode/ADns.h"
 #include "ZelNet/SourceCode/TcpNonBlockingClientSocket.h"
 #include "ZelNet/SourceCode/WIN32_NetworkInfo.h"
+#include "tests/support/TestThreads.h"
 #include "tests/zelnet/FakeIpHelper.h"
 #include "tests/zelnet/SocketTesting.h"
 
@@ -39,8 +40,8 @@ struct Outcome {
         return text;
     }
 
-    std::mutex mutex;
-    std::condition_variable changed;
+    tervane::test::TestMutex mutex;
+    tervane::test::TestCondition changed;
     std::string text = "nothing";
     int calls = 0;
     std::unique_ptr<ADns>* release = nullptr;

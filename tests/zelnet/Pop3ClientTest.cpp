@@ -4,6 +4,7 @@
 #include "ZelNet/SourceCode/APop3Client.h"
 #include "ZelNet/SourceCode/PopReply.h"
 #include "support/ScriptedServer.h"
+#include "support/TestThreads.h"
 #include "tests/zelnet/SocketTesting.h"
 
 namespace ZelNet {
@@ -52,8 +53,8 @@ private:
         changed_.notify_all();
     }
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
+    tervane::test::TestMutex mutex_;
+    tervane::test::TestCondition changed_;
     std::vector<std::string> words_;
     std::size_t next_ = 0;
 };

@@ -7,6 +7,7 @@
 #include "ZelNet/SourceCode/PlainMessage.h"
 #include "ZelNet/SourceCode/SmtpReply.h"
 #include "support/ScriptedServer.h"
+#include "support/TestThreads.h"
 #include "tests/zelnet/SocketTesting.h"
 
 namespace ZelNet {
@@ -42,8 +43,8 @@ private:
         changed_.notify_all();
     }
 
-    std::mutex mutex_;
-    std::condition_variable changed_;
+    tervane::test::TestMutex mutex_;
+    tervane::test::TestCondition changed_;
     std::vector<std::string> words_;
     std::size_t next_ = 0;
 };

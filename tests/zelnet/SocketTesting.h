@@ -7,13 +7,12 @@
 #include "ZelNet/SourceCode/InitializeSockets.h"
 #include "ZelNet/SourceCode/SocketHandles.h"
 #include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <cstdlib>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -121,8 +120,8 @@ private:
     struct State {
         int Count(const std::string& word) const;
 
-        std::mutex mutex;
-        std::condition_variable changed;
+        tervane::test::TestMutex mutex;
+        tervane::test::TestCondition changed;
         std::vector<std::pair<std::string, Hook>> hooks;
         std::vector<std::string> words;
     };

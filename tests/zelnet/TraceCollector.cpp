@@ -26,7 +26,7 @@ bool Matches(const char* pattern, const char* text) {
 } // namespace
 
 TraceCollector::TraceCollector() : seen_(ring_.Section().written) {
-    thread_ = std::thread([this] {
+    thread_ = tervane::test::TestThread([this] {
         while (!ending_) {
             Collect();
             Sleep(kLookMs);

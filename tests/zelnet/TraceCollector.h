@@ -3,12 +3,11 @@
 // Collects what this process writes into the log while a test runs, and finds texts in it.
 
 #include "ZelBase/LogRing.h"
+#include "tests/support/TestThreads.h"
 
 #include <atomic>
-#include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 
 namespace ZelNet {
 
@@ -26,10 +25,10 @@ private:
 
     ZelBase::LogRing ring_;
     std::uint32_t seen_ = 0;
-    std::mutex mutex_;
+    tervane::test::TestMutex mutex_;
     std::set<std::string> records_;
     std::atomic<bool> ending_ = false;
-    std::thread thread_;
+    tervane::test::TestThread thread_;
 };
 
 } // namespace ZelNet

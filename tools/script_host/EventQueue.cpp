@@ -41,12 +41,12 @@ LRESULT EventQueue::WindowProcedure(HWND window, UINT message, WPARAM wParam, LP
 }
 
 bool EventQueue::IsOpen() {
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     return static_cast<bool>(window_);
 }
 
 bool EventQueue::Post(ULONG connection, std::wstring event, EventArguments arguments) {
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     if (!window_) {
         return true;
     }
@@ -67,7 +67,7 @@ void EventQueue::WakeIfNeeded() noexcept {
 
 void EventQueue::OnWake() noexcept {
     {
-        std::lock_guard lock(mutex_);
+        const ZelBase::CriticalSectionLock lock(mutex_);
         wakeUnderWay_ = false;
     }
     if (nesting_ == kDeepestNesting) {
@@ -76,14 +76,14 @@ void EventQueue::OnWake() noexcept {
     ++nesting_;
     DeliverUpTo(kEventsPerMessage);
     --nesting_;
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     WakeIfNeeded();
 }
 
 void EventQueue::DeliverArrived() noexcept {
     size_t count = 0;
     {
-        std::lock_guard lock(mutex_);
+        const ZelBase::CriticalSectionLock lock(mutex_);
         count = events_.size();
     }
     DeliverUpTo(count);
@@ -101,7 +101,7 @@ void EventQueue::DeliverUpTo(size_t count) noexcept {
 }
 
 std::optional<EventQueue::Event> EventQueue::Next() noexcept {
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     if (events_.empty()) {
         return std::nullopt;
     }
@@ -123,7 +123,7 @@ void EventQueue::Close() {
     receiver_ = nullptr;
     std::deque<Event> dropped;
     UniqueWindow window;
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     // Both are destroyed after the lock is given back: that runs other code.
     dropped.swap(events_);
     window = std::move(window_);

@@ -12,13 +12,13 @@
 // Sinks share the queue and may outlive the script; once the queue is closed, events are dropped.
 // A source that never rests is stopped by the queue's length before it has eaten all memory.
 
+#include "ZelBase/CriticalSection.h"
 #include "ZelBase/UniqueResource.h"
 #include "tools/script_host/EventArguments.h"
 
 #include <windows.h>
 
 #include <deque>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -81,7 +81,7 @@ private:
     EventReceiver* receiver_; // own thread; null after Close
     unsigned nesting_ = 0;    // own thread
 
-    std::mutex mutex_; // guards what follows
+    ZelBase::CriticalSection mutex_; // guards what follows
     std::deque<Event> events_;
     UniqueWindow window_;
     bool wakeUnderWay_ = false;

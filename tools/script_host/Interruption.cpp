@@ -1,6 +1,6 @@
 #include "tools/script_host/Interruption.h"
 
-#include <mutex>
+#include "ZelBase/CriticalSection.h"
 
 namespace tervane::scripthost {
 namespace {
@@ -8,14 +8,15 @@ namespace {
 // For the script's thread to disconnect its objects and close the engine.
 constexpr DWORD kGraceMs = 1000;
 
-std::mutex currentMutex;
+// Never destroyed: the system's thread may come to it while the process ends.
+ZelBase::CriticalSection& currentMutex = *new ZelBase::CriticalSection;
 Interruption* current = nullptr; // guarded by currentMutex
 
 } // namespace
 
 Interruption::Interruption(std::function<void()> tell) : tell_(std::move(tell)) {
     {
-        std::lock_guard lock(currentMutex);
+        const ZelBase::CriticalSectionLock lock(currentMutex);
         current = this;
     }
     SetConsoleCtrlHandler(OnControl, TRUE);
@@ -23,12 +24,12 @@ Interruption::Interruption(std::function<void()> tell) : tell_(std::move(tell)) 
 
 Interruption::~Interruption() {
     SetConsoleCtrlHandler(OnControl, FALSE);
-    std::lock_guard lock(currentMutex);
+    const ZelBase::CriticalSectionLock lock(currentMutex);
     current = nullptr;
 }
 
 bool Interruption::TellCurrent() noexcept {
-    std::lock_guard lock(currentMutex);
+    const ZelBase::CriticalSectionLock lock(currentMutex);
     if (current == nullptr) {
         return false;
     }

@@ -26,7 +26,7 @@ HRESULT ScriptEngine::Open(const std::wstring& progId, IActiveScriptSite* site,
     if (SUCCEEDED(result)) {
         result = engine->AddNamedItem(item, SCRIPTITEM_ISVISIBLE);
     }
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     engine_ = std::move(engine);
     return result;
 }
@@ -56,7 +56,7 @@ HRESULT ScriptEngine::Call(const std::wstring& function, DISPPARAMS& arguments,
 }
 
 bool ScriptEngine::Interrupt() noexcept {
-    std::lock_guard lock(mutex_);
+    const ZelBase::CriticalSectionLock lock(mutex_);
     EXCEPINFO none{};
     return engine_ && SUCCEEDED(engine_->InterruptScriptThread(SCRIPTTHREADID_BASE, &none, 0));
 }
@@ -65,7 +65,7 @@ void ScriptEngine::Close() noexcept {
     parser_.Reset();
     ComPtr<IActiveScript> engine;
     {
-        std::lock_guard lock(mutex_);
+        const ZelBase::CriticalSectionLock lock(mutex_);
         engine = std::move(engine_);
     }
     if (engine) {

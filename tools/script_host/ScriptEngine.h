@@ -3,11 +3,11 @@
 // One Active Scripting engine, from its creation to its end. Belongs to the thread that made it,
 // except for Interrupt.
 
+#include "ZelBase/CriticalSection.h"
 #include "platform/Automation.h"
 
 #include <activscp.h>
 
-#include <mutex>
 #include <string>
 
 namespace tervane::scripthost {
@@ -40,7 +40,8 @@ public:
 
 private:
     ComPtr<IActiveScriptParse> parser_;
-    std::mutex mutex_; // guards `engine_` against Interrupt while it is set and taken away
+    ZelBase::CriticalSection
+        mutex_; // guards `engine_` against Interrupt while it is set and taken away
     ComPtr<IActiveScript> engine_;
 };
 
