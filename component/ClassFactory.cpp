@@ -4,6 +4,23 @@
 #include "component/ModuleState.h"
 
 namespace tervane {
+namespace {
+
+// False when the library is being unloaded.
+bool HoldModule(bool hold) noexcept {
+    ModuleState* state = ModuleState::Get();
+    if (!state) {
+        return false;
+    }
+    if (hold) {
+        state->AddLock();
+    } else {
+        state->ReleaseLock();
+    }
+    return true;
+}
+
+} // namespace
 
 HRESULT STDMETHODCALLTYPE ClassFactory::QueryInterface(REFIID iid, void** out) {
     if (!out) {
@@ -19,6 +36,7 @@ HRESULT STDMETHODCALLTYPE ClassFactory::QueryInterface(REFIID iid, void** out) {
 }
 
 ULONG STDMETHODCALLTYPE ClassFactory::AddRef() {
+    HoldModule(true);
     return ++references_;
 }
 
@@ -26,6 +44,8 @@ ULONG STDMETHODCALLTYPE ClassFactory::Release() {
     const ULONG left = --references_;
     if (left == 0) {
         delete this;
+    } else {
+        HoldModule(false);
     }
     return left;
 }
@@ -43,16 +63,7 @@ HRESULT STDMETHODCALLTYPE ClassFactory::CreateInstance(IUnknown* outer, REFIID i
 }
 
 HRESULT STDMETHODCALLTYPE ClassFactory::LockServer(BOOL lock) {
-    ModuleState* state = ModuleState::Get();
-    if (!state) {
-        return E_UNEXPECTED;
-    }
-    if (lock) {
-        state->AddLock();
-    } else {
-        state->ReleaseLock();
-    }
-    return S_OK;
+    return HoldModule(lock != FALSE) ? S_OK : E_UNEXPECTED;
 }
 
 } // namespace tervane

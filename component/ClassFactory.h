@@ -1,7 +1,8 @@
 #pragma once
 
-// Makes instances of one row of the class table. Cached by the module state; holding a factory does
-// not keep the library loaded, LockServer does.
+// Makes instances of one row of the class table. Its first reference belongs to the module state,
+// which caches it; every further one holds the library as an object does. A host may keep a factory
+// for a long time without an object, and would call into nothing if COM unloaded us meanwhile.
 
 #include "component/ClassTable.h"
 
@@ -25,6 +26,7 @@ private:
     ~ClassFactory() = default;
 
     const ClassRow& row_;
+    // The cache's, which does not hold the library: the library holds it.
     std::atomic<ULONG> references_ = 1;
 };
 

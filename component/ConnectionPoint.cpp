@@ -38,16 +38,6 @@ ComPtr<IDispatch> SinkInterface(IUnknown* sink, REFIID events) noexcept {
     return found;
 }
 
-HRESULT CallSink(IDispatch& sink, DISPID event, DISPPARAMS& parameters) noexcept {
-    try {
-        Variant result;
-        return sink.Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
-                           result.Put(), nullptr, nullptr);
-    } catch (...) {
-        return E_UNEXPECTED;
-    }
-}
-
 } // namespace
 
 HRESULT STDMETHODCALLTYPE ConnectionPoint::QueryInterface(REFIID iid, void** out) {
@@ -110,8 +100,8 @@ HRESULT STDMETHODCALLTYPE ConnectionPoint::EnumConnections(IEnumConnections** co
         ConnectionEnumerator::Elements elements;
         elements.reserve(size);
         for (DWORD i = 0; i < size; ++i) {
-            if (ComPtr<IDispatch> sink = sinks_->At(i)) {
-                elements.push_back({sink.Release(), i + 1});
+            if (const ComPtr<AdvisedSink> sink = sinks_->At(i)) {
+                elements.push_back({AddReference(sink->Interface()).Release(), i + 1});
             }
         }
         *connections = ConnectionEnumerator::Create(std::move(elements));
@@ -147,10 +137,9 @@ HRESULT STDMETHODCALLTYPE EventSource::FindConnectionPoint(REFIID iid, IConnecti
 
 HRESULT FireEvent(SinkArray& sinks, DISPID event,
                   std::initializer_list<EventArgument> arguments) noexcept {
-    constexpr size_t kMostArguments = 8;
-    VARIANT reversed[kMostArguments];
+    VARIANT reversed[kMostEventArguments];
     const size_t count = arguments.size();
-    if (count > kMostArguments) {
+    if (count > kMostEventArguments) {
         return E_INVALIDARG;
     }
     std::transform(arguments.begin(), arguments.begin() + count,
@@ -161,8 +150,8 @@ HRESULT FireEvent(SinkArray& sinks, DISPID event,
     HRESULT last = S_OK;
     const DWORD size = sinks.Size();
     for (DWORD i = 0; i < size; ++i) {
-        if (const ComPtr<IDispatch> sink = sinks.At(i)) {
-            last = CallSink(*sink.Get(), event, parameters);
+        if (const ComPtr<AdvisedSink> sink = sinks.At(i)) {
+            last = sink->Deliver(event, parameters);
         }
     }
     return last;

@@ -93,9 +93,9 @@ private:
 };
 
 // Calls every sink that is advised, in slot order, on this thread; a sink that fails or throws does
-// not keep the others from being called. The arguments stand in their declared order. The result of
-// the last call; S_OK when no sink was called; E_INVALIDARG for more than eight arguments. Any
-// thread.
+// not keep the others from being called, and one that takes calls on its own thread only gets the
+// event there (see AdvisedSink). The arguments stand in their declared order. The result of the
+// last call; S_OK when no sink was called; E_INVALIDARG for more than eight arguments. Any thread.
 HRESULT FireEvent(SinkArray& sinks, DISPID event,
                   std::initializer_list<EventArgument> arguments) noexcept;
 

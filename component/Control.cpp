@@ -41,9 +41,6 @@ void* Control::FindInterface(REFIID iid) noexcept {
     if (isOneOf(&IID_IViewObject, &IID_IViewObject2, &IID_IViewObjectEx)) {
         return static_cast<IViewObjectEx*>(this);
     }
-    if (isOneOf(&IID_IObjectWithSite)) {
-        return static_cast<IObjectWithSite*>(this);
-    }
     if (isOneOf(&IID_IPersist, &IID_IPersistStreamInit)) {
         return static_cast<IPersistStreamInit*>(this);
     }
@@ -309,19 +306,6 @@ HRESULT STDMETHODCALLTYPE Control::QueryHitRect(DWORD, LPCRECT, LPCRECT, LONG, D
 HRESULT STDMETHODCALLTYPE Control::GetNaturalExtent(DWORD, LONG, DVTARGETDEVICE*, HDC,
                                                     DVEXTENTINFO*, LPSIZEL size) {
     return CopyExtent(extent_, size);
-}
-
-HRESULT STDMETHODCALLTYPE Control::SetSite(IUnknown* site) {
-    site_ = AddReference(site);
-    return S_OK;
-}
-
-HRESULT STDMETHODCALLTYPE Control::GetSite(REFIID iid, void** site) {
-    if (!site) {
-        return E_POINTER;
-    }
-    *site = nullptr;
-    return site_ ? site_->QueryInterface(iid, site) : E_FAIL;
 }
 
 HRESULT STDMETHODCALLTYPE Control::GetClassID(CLSID* clsid) {

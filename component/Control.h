@@ -3,6 +3,10 @@
 // The mix-in of the classes that are registered as controls. Containers (forms, HTML pages) host
 // them for their methods and events only: they are invisible at run time, have no window, draw
 // nothing and have no state to save, but they answer everything that a container asks of a control.
+//
+// They take their site through IOleObject only. IObjectWithSite would be the other way, and they
+// had no use for it; but some script hosts that find it insist on giving the object a site of
+// theirs, and where they have none they refuse to create the object at all.
 
 #include "component/ClassTable.h"
 #include "platform/Automation.h"
@@ -20,7 +24,6 @@ class Control : public IOleObject,
                 public IOleControl,
                 public IOleInPlaceObject,
                 public IViewObjectEx,
-                public IObjectWithSite,
                 public IPersistStreamInit,
                 public IPersistStorage,
                 public IPersistPropertyBag {
@@ -92,10 +95,6 @@ public:
                                                HDC targetContext, DVEXTENTINFO* info,
                                                LPSIZEL size) override;
 
-    // IObjectWithSite
-    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
-    HRESULT STDMETHODCALLTYPE GetSite(REFIID iid, void** site) override;
-
     // IPersist and what follows from it: there is nothing to save.
     HRESULT STDMETHODCALLTYPE GetClassID(CLSID* clsid) override;
     HRESULT STDMETHODCALLTYPE IsDirty() override;
@@ -118,7 +117,6 @@ protected:
 private:
     const ClassRow& row_;
     ComPtr<IOleClientSite> clientSite_;
-    ComPtr<IUnknown> site_;
     ComPtr<IOleAdviseHolder> advises_;
     ComPtr<IAdviseSink> viewSink_;
     DWORD viewAspects_ = 0;

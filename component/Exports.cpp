@@ -1,5 +1,6 @@
 // The library's four exports and its entry point.
 
+#include "component/AdvisingThread.h"
 #include "component/ComEdge.h"
 #include "component/ModuleState.h"
 #include "component/Registrar.h"
@@ -24,6 +25,8 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
 }
 
 STDAPI DllCanUnloadNow() {
+    // What waits for a thread that is no more would hold the library for good.
+    tervane::AdvisingThread::ForgetEnded();
     const ModuleState* state = ModuleState::Get();
     return state && state->IsLocked() ? S_FALSE : S_OK;
 }
@@ -50,6 +53,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEn
         }
     } else if (reason == DLL_PROCESS_DETACH && !processEnds) {
         // When the process ends, the libraries that these pointers lead into may be gone already.
+        tervane::AdvisingThread::LeaveWindows();
         delete ModuleState::Get();
         ModuleState::Set(nullptr);
         tervane::ReleaseTypeInfo();

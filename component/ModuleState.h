@@ -24,7 +24,8 @@ public:
 
     HINSTANCE Instance() const noexcept { return instance_; }
 
-    // Live objects plus LockServer(TRUE) calls without their LockServer(FALSE).
+    // Live objects, references to class factories beyond the cached one, and LockServer(TRUE) calls
+    // without their LockServer(FALSE).
     void AddLock() noexcept { ++locks_; }
     void ReleaseLock() noexcept { --locks_; }
     bool IsLocked() const noexcept { return locks_ != 0; }

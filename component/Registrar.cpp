@@ -2,6 +2,7 @@
 
 #include "component/ClassTable.h"
 #include "component/TypeLibrary.h"
+#include "platform/NarrowText.h"
 
 namespace tervane {
 namespace {
@@ -16,12 +17,32 @@ HRESULT LastError() noexcept {
     return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
 }
 
+// Readers of the registry may know the machine's code page only. A path that it cannot spell would
+// lead them to another file or none, so nothing is registered there; taking out is always possible.
+HRESULT CheckPath(const std::wstring& path, Registering direction) {
+    if (path.empty()) {
+        return HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
+    }
+    return direction == Registering::Unregister || ToNarrow(path)
+               ? S_OK
+               : HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION);
+}
+
+// Registering a class leaves all of it or nothing.
+HRESULT RunScript(Registrar& registrar, UINT script, Registering direction) {
+    const HRESULT result = registrar.Run(script, direction);
+    if (FAILED(result) && direction == Registering::Register) {
+        registrar.Run(script, Registering::Unregister);
+    }
+    return result;
+}
+
 // Runs every class's script. Registering stops at the first that fails; unregistering goes on, so
 // that as little as possible stays behind. The first failure is the result.
 HRESULT RunScripts(Registering direction) {
     const std::wstring path = ModulePath();
-    if (path.empty()) {
-        return HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
+    if (const HRESULT result = CheckPath(path, direction); FAILED(result)) {
+        return result;
     }
     Registrar registrar;
     if (const HRESULT result = registrar.Open(path); FAILED(result)) {
@@ -29,7 +50,7 @@ HRESULT RunScripts(Registering direction) {
     }
     HRESULT failure = S_OK;
     for (const ClassRow& row : ClassTable()) {
-        const HRESULT result = registrar.Run(row.script, direction);
+        const HRESULT result = RunScript(registrar, row.script, direction);
         if (FAILED(result) && direction == Registering::Register) {
             return result;
         }

@@ -51,6 +51,9 @@ private:
 std::wstring ModuleReplacement(const std::wstring& modulePath);
 
 // The work of DllRegisterServer and DllUnregisterServer.
+// HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION), and nothing is written, when the code page
+// cannot spell the path of the library. A class whose script fails is taken out again; those before
+// it stay.
 HRESULT RegisterModule();
 HRESULT UnregisterModule();
 

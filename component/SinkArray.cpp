@@ -9,7 +9,7 @@ namespace tervane {
 SinkArray::~SinkArray() {
     ReleaseRetired();
     for (DWORD i = 0; i < Size(); ++i) {
-        ComPtr<IDispatch>(Find(i)->sink.load()).Reset();
+        ComPtr<AdvisedSink>(Find(i)->sink.load()).Reset();
     }
     for (auto& segment : segments_) {
         delete[] segment.load();
@@ -47,7 +47,8 @@ SinkArray::Slot* SinkArray::FindFree(DWORD& index) noexcept {
 
 DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
     std::unique_ptr<Retired> entry(new (std::nothrow) Retired);
-    if (!entry) {
+    ComPtr<AdvisedSink> advised = AdvisedSink::Create(std::move(sink));
+    if (!entry || !advised) {
         return 0;
     }
     const ZelBase::CriticalSectionLock lock(writers_);
@@ -57,7 +58,7 @@ DWORD SinkArray::Add(ComPtr<IDispatch> sink) noexcept {
         return 0;
     }
     slot->entry = std::move(entry);
-    slot->sink.store(sink.Release());
+    slot->sink.store(advised.Release());
     if (index == Size()) {
         size_.store(index + 1, std::memory_order_release);
     }
@@ -72,21 +73,22 @@ bool SinkArray::Remove(DWORD cookie) noexcept {
             return false;
         }
         Slot* slot = Find(cookie - 1);
-        IDispatch* sink = slot->sink.exchange(nullptr);
+        AdvisedSink* sink = slot->sink.exchange(nullptr);
         if (!sink) {
             return false;
         }
         entry = std::move(slot->entry);
         entry->sink.Reset(sink);
     }
+    entry->sink->Unadvise();
     PushRetired(entry.release());
     ReleaseRetired();
     return true;
 }
 
-ComPtr<IDispatch> SinkArray::At(DWORD index) noexcept {
+ComPtr<AdvisedSink> SinkArray::At(DWORD index) noexcept {
     ++readers_;
-    ComPtr<IDispatch> sink = AddReference(Find(index)->sink.load());
+    ComPtr<AdvisedSink> sink = AddReference(Find(index)->sink.load());
     --readers_;
     ReleaseRetired();
     return sink;

@@ -10,12 +10,8 @@
 //
 // An unadvised slot holds null and is used again by the next Advise.
 
-#include <windows.h>
-
-#include <oaidl.h>
-
 #include "ZelBase/CriticalSection.h"
-#include "platform/Automation.h"
+#include "component/AdvisedSink.h"
 
 #include <array>
 #include <atomic>
@@ -31,24 +27,26 @@ public:
     SinkArray(const SinkArray&) = delete;
     SinkArray& operator=(const SinkArray&) = delete;
 
-    // Stores the sink and returns its cookie, never 0; 0 when memory is exhausted. Any thread.
+    // Stores the sink and returns its cookie, never 0; 0 when memory is exhausted. On the thread
+    // that advises, see AdvisedSink.
     DWORD Add(ComPtr<IDispatch> sink) noexcept;
-    // Empties the cookie's slot; false when no sink has that cookie. Any thread.
+    // Empties the cookie's slot and drops the events that wait for its sink; false when no sink has
+    // that cookie. Any thread.
     bool Remove(DWORD cookie) noexcept;
 
     // Number of slots in use or once used. Any thread, without a lock.
     DWORD Size() const noexcept { return size_.load(std::memory_order_acquire); }
     // The sink in slot `index` (below Size()), with a reference; null when it was unadvised.
     // Any thread, without a lock.
-    ComPtr<IDispatch> At(DWORD index) noexcept;
+    ComPtr<AdvisedSink> At(DWORD index) noexcept;
 
 private:
     struct Retired {
-        ComPtr<IDispatch> sink;
+        ComPtr<AdvisedSink> sink;
         Retired* next = nullptr;
     };
     struct Slot {
-        std::atomic<IDispatch*> sink = nullptr;
+        std::atomic<AdvisedSink*> sink = nullptr;
         // The list entry that will carry the sink when it is taken out: removal cannot run out of
         // memory.
         std::unique_ptr<Retired> entry;

@@ -79,15 +79,46 @@ struct LibraryAttributes {
     HRESULT result;
 };
 
-// Whether the system has an entry of the library for this architecture.
-bool IsRegistered(const TLIBATTR& library) {
+// The key of the library's entry for one architecture, below HKEY_CLASSES_ROOT.
+std::wstring KeyOf(const TLIBATTR& library, SYSKIND architecture) {
     wchar_t id[40];
     StringFromGUID2(library.guid, id, static_cast<int>(std::size(id)));
     wchar_t path[120];
     swprintf(path, std::size(path), L"TypeLib\\%ls\\%x.%x\\%lx\\%ls", id, library.wMajorVerNum,
-             library.wMinorVerNum, library.lcid,
-             library.syskind == SYS_WIN64 ? L"win64" : L"win32");
-    return RegistryKey::Open(RegistryHive::kClassesRoot, path).IsOpen();
+             library.wMinorVerNum, library.lcid, architecture == SYS_WIN64 ? L"win64" : L"win32");
+    return path;
+}
+
+// The file that is registered for that architecture; nothing when there is none, or no more.
+std::optional<std::wstring> RegisteredFile(const TLIBATTR& library, SYSKIND architecture) {
+    auto file =
+        RegistryKey::Open(RegistryHive::kClassesRoot, KeyOf(library, architecture)).ReadText(L"");
+    return file && GetFileAttributesW(file->c_str()) != INVALID_FILE_ATTRIBUTES ? file
+                                                                                : std::nullopt;
+}
+
+// Paths have short forms, too.
+bool IsSameFile(const std::wstring& one, const std::wstring& other) {
+    wchar_t shortOne[MAX_PATH];
+    wchar_t shortOther[MAX_PATH];
+    const DWORD length = GetShortPathNameW(one.c_str(), shortOne, MAX_PATH);
+    const DWORD otherLength = GetShortPathNameW(other.c_str(), shortOther, MAX_PATH);
+    const bool areShort = length - 1 < MAX_PATH - 1 && otherLength - 1 < MAX_PATH - 1;
+    return areShort ? lstrcmpiW(shortOne, shortOther) == 0
+                    : lstrcmpiW(one.c_str(), other.c_str()) == 0;
+}
+
+// Takes out everything that the system knows of the library for this architecture.
+HRESULT TakeOut(const TLIBATTR& library) {
+    // Looked up at run time: the first versions of the automation library lack it, and there a
+    // registered type library simply stays.
+    const ZelBase::UniqueLibrary automation(LoadLibraryA("oleaut32.dll"));
+    using UnRegister = HRESULT(STDAPICALLTYPE*)(REFGUID, WORD, WORD, LCID, SYSKIND);
+    const auto unregister = reinterpret_cast<UnRegister>(
+        reinterpret_cast<void*>(GetProcAddress(automation.Get(), "UnRegisterTypeLib")));
+    return unregister ? unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum,
+                                   library.lcid, library.syskind)
+                      : S_OK;
 }
 
 } // namespace
@@ -193,20 +224,27 @@ HRESULT UnregisterTypeLibrary() {
     if (FAILED(attributes.result)) {
         return attributes.result;
     }
-    // Looked up at run time: the first versions of the automation library lack it, and there a
-    // registered type library simply stays.
-    const ZelBase::UniqueLibrary automation(LoadLibraryA("oleaut32.dll"));
-    using UnRegister = HRESULT(STDAPICALLTYPE*)(REFGUID, WORD, WORD, LCID, SYSKIND);
-    const auto unregister = reinterpret_cast<UnRegister>(
-        reinterpret_cast<void*>(GetProcAddress(automation.Get(), "UnRegisterTypeLib")));
-    if (!unregister) {
+    const TLIBATTR& library = *attributes.attributes;
+    const auto registered = RegisteredFile(library, library.syskind);
+    if (registered && !IsSameFile(*registered, loaded.path)) {
+        return S_OK; // another copy's
+    }
+    const std::wstring key = KeyOf(library, library.syskind);
+    const auto isRegistered = [&key] {
+        return RegistryKey::Open(RegistryHive::kClassesRoot, key).IsOpen();
+    };
+    // What is not registered need not be unregistered: doing it twice is no failure.
+    if (!isRegistered()) {
         return S_OK;
     }
-    const TLIBATTR& library = *attributes.attributes;
-    const HRESULT result = unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum,
-                                      library.lcid, library.syskind);
-    // What is not registered need not be unregistered: doing it twice is no failure.
-    return FAILED(result) && !IsRegistered(library) ? S_OK : result;
+    // The system's function takes the interfaces, too, which the other architecture still needs.
+    if (RegisteredFile(library, library.syskind == SYS_WIN64 ? SYS_WIN32 : SYS_WIN64)) {
+        return RegistryKey::Delete(RegistryHive::kClassesRoot, key)
+                   ? S_OK
+                   : HRESULT_FROM_WIN32(GetLastError());
+    }
+    const HRESULT result = TakeOut(library);
+    return FAILED(result) && !isRegistered() ? S_OK : result;
 }
 
 } // namespace tervane

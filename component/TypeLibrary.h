@@ -53,7 +53,9 @@ struct LoadedTypeLibrary {
 // The error of the second attempt when both fail.
 HRESULT LoadModuleTypeLibrary(LoadedTypeLibrary& loaded);
 
-// Announces the type library to the system, or takes that back.
+// Announces the type library to the system, or takes that back. Taking back leaves what serves
+// others: the entry of a copy in another folder that was registered later, and, as long as the
+// other architecture's library is registered, the interfaces that both describe.
 HRESULT RegisterTypeLibrary();
 HRESULT UnregisterTypeLibrary();
 

@@ -12,10 +12,22 @@ var LIVE = "c4fef9b0-0ef2-40e6-9474-36a915527057";
 var info = WScript.CreateObject("Tervane.AdapterInfo", "Info_");
 var lists = {};
 var ended = 0;
+var PATIENCE = 60; // seconds
 
 function Info_OnAdapterInfoComplete(request, gathered) {
     lists[request] = gathered ? new VBArray(info.GetRequestedAdapterInfo(request)).toArray() : null;
     ended++;
+}
+
+// Events come in while the script sleeps, if the host delivers any.
+function sleepUntil(isDone) {
+    for (var waited = 0; !isDone(); waited += 20) {
+        if (waited >= PATIENCE * 1000) {
+            WScript.Echo("No event has come in " + PATIENCE + " seconds: this host delivers none.");
+            WScript.Quit(1);
+        }
+        WScript.Sleep(20);
+    }
 }
 
 function yesNo(flag) {
@@ -54,9 +66,7 @@ var liveRequest = info.GetAdapterInfo(LIVE, 7); // a number of one's own, below 
 if (installedRequest == 0 || liveRequest == 0) {
     throw new Error("a request could not be made, error " + info.LastErrorCode);
 }
-while (ended < 2) {
-    WScript.Sleep(20);
-}
+sleepUntil(function () { return ended === 2; });
 var installed = lists[installedRequest];
 var live = lists[liveRequest];
 if (installed == null || live == null) {

@@ -7,6 +7,7 @@ Option Explicit
 
 Const kTime = 1000 ' milliseconds per test
 Const kLookUpTime = 3000
+Const kPatience = 60 ' seconds
 
 Dim tester, host, i, ended, succeeded
 Set tester = WScript.CreateObject("Tervane.ConnectivityTester", "Tester_")
@@ -30,9 +31,17 @@ Sub Finish(success)
     ended = True
 End Sub
 
+' Events come in while the script sleeps, if the host delivers any.
 Sub Await(what)
+    Dim waited
+    waited = 0
     Do Until ended
+        If waited >= kPatience * 1000 Then
+            WScript.Echo "No event has come in " & kPatience & " seconds: this host delivers none."
+            WScript.Quit 1
+        End If
         WScript.Sleep 20
+        waited = waited + 20
     Loop
     If succeeded Then
         WScript.Echo "  ok      " & what

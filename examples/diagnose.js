@@ -13,6 +13,7 @@ var PINGS = 2;
 var DNS_PORT = 53;
 var LITTLE_SPACE = 200;     // MB
 var LITTLE_MEMORY = 64;     // MB
+var PATIENCE = 60;          // seconds until an event must have come
 var COLUMN = 26;            // characters
 
 var info = WScript.CreateObject("Ostrel.GeneralSysInfo", "Info_");
@@ -238,13 +239,22 @@ function reportNameServers() {
 
 // ---- the tests
 
+// Events come in while the script sleeps, if the host delivers any.
+function sleepUntil(isDone) {
+    for (var waited = 0; !isDone(); waited += 20) {
+        if (waited >= PATIENCE * 1000) {
+            WScript.Echo("No event has come in " + PATIENCE + " seconds: this host delivers none.");
+            WScript.Quit(1);
+        }
+        WScript.Sleep(20);
+    }
+}
+
 // Calls a method of the tester and waits for its event.
 function succeeds(what, start) {
     answer = null;
     start();
-    while (answer === null) {
-        WScript.Sleep(10);
-    }
+    sleepUntil(function () { return answer !== null; });
     WScript.Echo((answer ? "  ok      " : "  FAILED  ") + what);
     return answer !== 0;
 }
@@ -307,9 +317,7 @@ function conclude() {
 
 WScript.Echo("Gathering what is known of this computer...");
 info.GetSystemInfo();
-while (!gathered) {
-    WScript.Sleep(20);
-}
+sleepUntil(function () { return gathered; });
 reportProcessorAndMemory();
 reportSystem();
 reportDrives();

@@ -23,13 +23,23 @@ function argument(index) {
     return WScript.Arguments.length > index ? WScript.Arguments(index) : "";
 }
 
+// Events come in while the script sleeps, if the host delivers any.
+function sleepUntilEnd() {
+    for (var waited = 0; !end && waited < PATIENCE * 1000; waited += 20) {
+        WScript.Sleep(20);
+    }
+}
+
 // Waits for the end of a connection that has been begun; gives it up when it takes too long.
 function endOf(id) {
-    for (var waited = 0; !end; waited += 20) {
-        WScript.Sleep(20);
-        if (waited === PATIENCE * 1000) {
-            WScript.Echo("  given up: " + manager.AbortConnect(id));
-        }
+    sleepUntilEnd();
+    if (!end) {
+        WScript.Echo("  given up: " + manager.AbortConnect(id));
+        sleepUntilEnd();
+    }
+    if (!end) {
+        WScript.Echo("No event has come in " + 2 * PATIENCE + " seconds: this host delivers none.");
+        WScript.Quit(1);
     }
     return end;
 }

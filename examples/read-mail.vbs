@@ -7,6 +7,7 @@
 Option Explicit
 
 Const TEST_SUBJECT = "Tervane test"
+Const PATIENCE = 120 ' seconds until an event must have come
 
 Dim pop, ended, result, meanings
 Set meanings = CreateObject("Scripting.Dictionary")
@@ -49,8 +50,15 @@ End Sub
 ' Waits for the event of what was started, tells the outcome if it is a failure, and returns what
 ' the event said.
 Function EndOf(what, started)
+    Dim waited
+    waited = 0
     Do Until ended Or Not started
+        If waited >= PATIENCE * 1000 Then
+            WScript.Echo "No event has come in " & PATIENCE & " seconds: this host delivers none."
+            WScript.Quit 1
+        End If
         WScript.Sleep 20
+        waited = waited + 20
     Loop
     If pop.LastError <> "POP_SUCCESS" Then
         WScript.Echo "  " & what & ": " & pop.LastError & ", " & meanings(pop.LastError)

@@ -6,6 +6,7 @@
 
 var LIVE = "c4fef9b0-0ef2-40e6-9474-36a915527057"; // names the kind of list, see adapters.js
 var REQUEST = 1;
+var PATIENCE = 180; // seconds; each card takes five or more
 
 var info = WScript.CreateObject("Tervane.AdapterInfo", "Info_");
 var dhcp = WScript.CreateObject("Tervane.DHCP", "Dhcp_");
@@ -20,8 +21,13 @@ function Dhcp_OnReleaseRenewComplete(count) {
     ended = true;
 }
 
+// Events come in while the script sleeps, if the host delivers any.
 function sleepUntilEnded() {
-    while (!ended) {
+    for (var waited = 0; !ended; waited += 50) {
+        if (waited >= PATIENCE * 1000) {
+            WScript.Echo("No event has come in " + PATIENCE + " seconds: this host delivers none.");
+            WScript.Quit(1);
+        }
         WScript.Sleep(50);
     }
 }

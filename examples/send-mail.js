@@ -39,12 +39,24 @@ smtp.Port = parseInt(argument(1, "25"), 10);
 smtp.Login = argument(4, "");
 smtp.Password = argument(5, "");
 smtp.Timeout = 20; // seconds, for each step
+var PATIENCE = 240; // seconds, for all of them
 smtp.EmailData = mail;
 var ended = false;
 
 function Smtp_OnSmtpSendMailComplete(success, sender) {
     report(sender.StatusCode);
     ended = true;
+}
+
+// Events come in while the script sleeps, if the host delivers any.
+function sleepUntilEnded() {
+    for (var waited = 0; !ended; waited += 20) {
+        if (waited >= PATIENCE * 1000) {
+            WScript.Echo("No event has come in " + PATIENCE + " seconds: this host delivers none.");
+            WScript.Quit(1);
+        }
+        WScript.Sleep(20);
+    }
 }
 
 function report(status) {
@@ -54,9 +66,7 @@ function report(status) {
 WScript.Echo("Sending from " + mail.From + " to " + mail.To + " by " + smtp.SmtpServer +
              ", port " + smtp.Port);
 if (smtp.SendMail()) {
-    while (!ended) {
-        WScript.Sleep(20);
-    }
+    sleepUntilEnded();
 } else {
     report(smtp.StatusCode);
 }

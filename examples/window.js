@@ -12,6 +12,7 @@ var VISIBLE = 1, INVISIBLE = 2, GONE = 3; // what GetWindowState says
 var SHOW = 1, HIDE = 2;                   // what SetWindowState does
 var INTERVAL = 100;                       // milliseconds between two looks at the windows
 var LOOKS = 300;                          // the time-out of a wait counts looks
+var PATIENCE = 120;                       // seconds until an event must have come
 var FILE = "Tervane example.txt";
 var ANY = "", QUESTION = "Tervane example\\.txt", CANCEL = "^&?Cancel$";
 
@@ -29,9 +30,13 @@ function Windows_OnWaitOnWindowComplete(id, result) {
     ended[id] = result;
 }
 
-// Events come in while the script sleeps.
+// Events come in while the script sleeps, if the host delivers any.
 function endOf(id) {
-    while (ended[id] === undefined) {
+    for (var waited = 0; ended[id] === undefined; waited += 20) {
+        if (waited >= PATIENCE * 1000) {
+            WScript.Echo("No event has come in " + PATIENCE + " seconds: this host delivers none.");
+            WScript.Quit(1);
+        }
         WScript.Sleep(20);
     }
     return ended[id];

@@ -13,6 +13,7 @@ Option Explicit
 Const GONE = 3             ' what GetWindowState says
 Const INTERVAL = 100       ' milliseconds between two looks at the windows
 Const LOOKS = 300          ' the time-out of a wait counts looks
+Const PATIENCE = 120       ' seconds until an event must have come
 Const APPEARANCE_ONLY = True
 Const FILE = "Tervane example.txt"
 Const ANY = ""
@@ -35,10 +36,17 @@ Sub Windows_OnWaitForWindowToComeAndGoComplete(id, result)
     ended.Add id, result
 End Sub
 
-' Events come in while the script sleeps.
+' Events come in while the script sleeps, if the host delivers any.
 Function EndOf(id)
+    Dim waited
+    waited = 0
     Do Until ended.Exists(id)
+        If waited >= PATIENCE * 1000 Then
+            WScript.Echo "No event has come in " & PATIENCE & " seconds: this host delivers none."
+            WScript.Quit 1
+        End If
         WScript.Sleep 20
+        waited = waited + 20
     Loop
     EndOf = ended(id)
 End Function

@@ -77,8 +77,7 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
         request.enter = [] { ZelNet::InitializeSockets(); };
         request.uninitializeCom = false;
     }
-    StartWorker(std::move(request));
-    return S_OK;
+    return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
 }
 
 HRESULT ConnectivityTester::Fire_OnDNSLookupComplete(bool success) const {

@@ -26,8 +26,7 @@ HRESULT DHCP::ReleaseRenew() {
         WorkerRequest request;
         request.object = AddReference(Controlling());
         request.work = [this] { Fire_OnReleaseRenewComplete(RenewAllLeases()); };
-        StartWorker(std::move(request));
-        return S_OK;
+        return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
     });
 }
 

@@ -31,8 +31,7 @@ HRESULT GeneralSysInfo::GetSystemInfo() {
             Renew();
             completions->Post(*window_, std::move(*object));
         };
-        StartWorker(std::move(request));
-        return S_OK;
+        return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
     });
 }
 

@@ -1,6 +1,8 @@
 // Firing events: order, argument types, sinks that misbehave, and sinks that come and go while
 // other threads fire.
 
+#include "ZelBase/ModulePin.h"
+#include "component/AdvisingThread.h"
 #include "component/ConnectionPoint.h"
 #include "support/TestComponent.h"
 #include "support/TestThreads.h"
@@ -29,8 +31,8 @@ DWORD Add(SinkArray& sinks, IDispatch& sink) {
 }
 
 TEST(Events, ArriveWithTheirArgumentsInDeclaredOrderAndFlagsAsNumbers) {
-    SinkArray sinks;
     RecordingSink sink;
+    SinkArray sinks;
     Add(sinks, sink);
     const UniqueBstr text = MakeBstr(L"Grüße");
     EXPECT_EQ(S_OK, FireEvent(sinks, 7, {true, false, 41L, &sink, text}));
@@ -49,10 +51,10 @@ TEST(Events, ArriveWithTheirArgumentsInDeclaredOrderAndFlagsAsNumbers) {
 }
 
 TEST(Events, ReachEverySinkWhateverTheOthersDo) {
-    SinkArray sinks;
     ActingSink failing;
     ActingSink throwing;
     RecordingSink last;
+    SinkArray sinks;
     failing.action = [] { return E_FAIL; };
     throwing.action = []() -> HRESULT { throw std::runtime_error("script"); };
     Add(sinks, failing);
@@ -72,10 +74,10 @@ TEST(Events, ReachEverySinkWhateverTheOthersDo) {
 }
 
 TEST(Events, SeeSinksThatChangeTheListWhileItIsWalked) {
-    SinkArray sinks;
     ActingSink first;
     RecordingSink removed;
     RecordingSink added;
+    SinkArray sinks;
     const DWORD own = Add(sinks, first);
     const DWORD other = Add(sinks, removed);
     first.action = [&] {
@@ -126,7 +128,9 @@ private:
 
 TEST(Events, NeverUseASinkThatIsGone) {
     constexpr int kSinks = 3000;
+    MortalSink always; // keeps what there is once for the advising thread
     SinkArray sinks;
+    Add(sinks, always);
     std::atomic<bool> stop = false;
     std::vector<test::TestThread> firing;
     for (int i = 0; i < 3; ++i) {
@@ -177,6 +181,151 @@ TEST(Events, GrowWithoutMovingWhatIsThere) {
         EXPECT_EQ(1u, sink->Count());
         EXPECT_EQ(0, sink->References());
     }
+}
+
+// As a script engine's: it takes calls on its own thread only, and notes which those are.
+class EngineSink final : public RecordingSink {
+public:
+    explicit EngineSink(HRESULT refusal = RPC_E_WRONG_THREAD) : refusal_(refusal) {}
+
+    std::vector<DISPID> taken;
+    std::function<void()> handler;
+
+private:
+    HRESULT OnEvent(DISPID event) override {
+        if (GetCurrentThreadId() != home_) {
+            return refusal_;
+        }
+        taken.push_back(event);
+        if (handler) {
+            handler();
+        }
+        return S_OK;
+    }
+
+    const HRESULT refusal_;
+    const DWORD home_ = GetCurrentThreadId();
+};
+
+void OnAnotherThread(const std::function<void()>& body) {
+    const ZelBase::UniqueHandle thread = ZelBase::ModulePin::StartThread([&] { body(); });
+    ASSERT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread.Get(), 20000));
+}
+
+// Whatever is on its way has come.
+void DispatchAll() {
+    test::PumpUntil([] { return false; }, 50);
+}
+
+HWND EventWindow() {
+    return FindWindowExA(HWND_MESSAGE, nullptr, "TervaneEvents", nullptr);
+}
+
+TEST(RefusedEvents, ComeOnceMoreOnTheThreadThatAdvised) {
+    struct {
+        HRESULT answer;
+        bool again;
+    } const rows[] = {{RPC_E_WRONG_THREAD, true},
+                      {E_UNEXPECTED, true},
+                      {E_FAIL, false},
+                      {RPC_E_DISCONNECTED, false},
+                      {S_OK, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.answer);
+        RecordingSink object;
+        EngineSink sink(row.answer);
+        SinkArray sinks;
+        Add(sinks, sink);
+        EXPECT_NE(nullptr, EventWindow());
+        OnAnotherThread([&] {
+            const UniqueBstr text = MakeBstr(L"text");
+            EXPECT_EQ(row.answer, FireEvent(sinks, 3, {true, text, &object}));
+        });
+        EXPECT_EQ(row.again ? 2 : 1, object.References()) << "one in the recorded event";
+        DispatchAll();
+        ASSERT_EQ(row.again ? 2u : 1u, sink.Count());
+        EXPECT_EQ(row.again ? 1u : 0u, sink.taken.size());
+        const test::ReceivedEvent& last = sink[sink.Count() - 1];
+        EXPECT_EQ(3, last.id);
+        ASSERT_EQ(3u, last.arguments.size());
+        EXPECT_EQ(VT_I2, last.arguments[0].Type());
+        EXPECT_EQ(L"text", last.arguments[1].Text());
+        EXPECT_EQ(&object, last.arguments[2].Get().pdispVal);
+        EXPECT_EQ(static_cast<LONG>(sink.Count()), object.References());
+    }
+    EXPECT_EQ(nullptr, EventWindow());
+}
+
+TEST(RefusedEvents, KeepTheirOrderAndHoldNobodyUp) {
+    EngineSink engine;
+    RecordingSink ordinary;
+    SinkArray sinks;
+    Add(sinks, engine);
+    Add(sinks, ordinary);
+    // A handler that dispatches messages lets the next one in.
+    engine.handler = [&] { DispatchAll(); };
+    OnAnotherThread([&] {
+        for (DISPID event = 1; event <= 3; ++event) {
+            FireEvent(sinks, event, {});
+        }
+    });
+    EXPECT_EQ(3u, ordinary.Count());
+    FireEvent(sinks, 4, {}); // on the engine's own thread, yet behind the three
+    EXPECT_TRUE(engine.taken.empty());
+    test::PumpUntil([&] { return engine.taken.size() == 4; }, 5000);
+    EXPECT_EQ((std::vector<DISPID>{1, 2, 3, 4}), engine.taken);
+    FireEvent(sinks, 5, {});
+    EXPECT_EQ(5u, engine.taken.size()) << "nothing waits: called at once";
+    EXPECT_EQ(6u, engine.Count()) << "only the first was tried elsewhere";
+}
+
+TEST(RefusedEvents, OfAnExceptionOrOfTheOwnThreadAreNotRepeated) {
+    ActingSink sink;
+    SinkArray sinks;
+    Add(sinks, sink);
+    sink.action = [] { return E_UNEXPECTED; };
+    EXPECT_EQ(E_UNEXPECTED, FireEvent(sinks, 1, {}));
+    sink.action = []() -> HRESULT { throw std::runtime_error("script"); };
+    OnAnotherThread([&] { FireEvent(sinks, 2, {}); });
+    DispatchAll();
+    EXPECT_EQ(2u, sink.Count());
+}
+
+TEST(RefusedEvents, GoWithTheConnectionAndNotWithTheObject) {
+    EngineSink kept;
+    EngineSink unadvised;
+    {
+        SinkArray sinks;
+        Add(sinks, kept);
+        const DWORD cookie = Add(sinks, unadvised);
+        OnAnotherThread([&] { FireEvent(sinks, 1, {}); });
+        EXPECT_TRUE(sinks.Remove(cookie));
+        EXPECT_EQ(0, unadvised.References());
+    }
+    EXPECT_EQ(1, kept.References());
+    DispatchAll();
+    EXPECT_EQ(1u, kept.taken.size());
+    EXPECT_EQ(0, kept.References());
+    EXPECT_TRUE(unadvised.taken.empty());
+    EXPECT_EQ(nullptr, EventWindow());
+}
+
+TEST(RefusedEvents, GoWithTheThreadThatAdvised) {
+    RecordingSink argument;
+    ActingSink sink;
+    sink.action = [] { return RPC_E_WRONG_THREAD; };
+    SinkArray sinks;
+    const auto fire = [&] { FireEvent(sinks, 1, {&argument}); };
+    OnAnotherThread([&] {
+        Add(sinks, sink);
+        OnAnotherThread(fire);
+    });
+    EXPECT_EQ(2, argument.References());
+    AdvisingThread::ForgetEnded();
+    EXPECT_EQ(1, argument.References());
+    fire(); // as ever, and nothing is kept of it
+    EXPECT_EQ(2u, sink.Count());
+    EXPECT_EQ(2, argument.References());
 }
 
 } // namespace

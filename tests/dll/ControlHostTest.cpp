@@ -61,7 +61,7 @@ TEST(ControlHost, HostsEveryControlAndItsEvents) {
     const auto create = reinterpret_cast<CreateControlEx>(
         reinterpret_cast<void*>(GetProcAddress(host.Get(), "AtlAxCreateControlEx")));
     ASSERT_NE(nullptr, create);
-    const AnnouncedClasses classes;
+    auto classes = std::make_unique<AnnouncedClasses>();
     for (const ControlCase& control : kControls) {
         SCOPED_TRACE(control.progId);
         const HWND window = CreateWindowW(L"STATIC", L"container", WS_OVERLAPPEDWINDOW, 0, 0, 200,
@@ -87,6 +87,7 @@ TEST(ControlHost, HostsEveryControlAndItsEvents) {
         DestroyWindow(window);
         EXPECT_EQ(0, sink.References()) << "the container is gone, so is the control";
     }
+    classes.reset();
     EXPECT_EQ(S_OK, TestComponent::Get().CanUnloadNow()) << "a hosted control was leaked";
 }
 

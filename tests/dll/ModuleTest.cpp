@@ -202,12 +202,7 @@ TEST_P(ClassTest, IsHostedAsAControlWhereRegisteredAsOne) {
               control->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(OLEOBJ_S_INVALIDVERB, control->DoVerb(7, nullptr, nullptr, 0, nullptr, nullptr));
 
-    RecordingSink site;
-    const auto sited = QueryFor<IObjectWithSite>(object.Get());
-    EXPECT_EQ(S_OK, sited->SetSite(&site));
-    EXPECT_EQ(1, site.References());
-    EXPECT_EQ(S_OK, sited->SetSite(nullptr));
-    EXPECT_EQ(0, site.References());
+    EXPECT_FALSE(QueryFor<IObjectWithSite>(object.Get())) << "hosts without a site would refuse it";
     EXPECT_EQ(S_OK, control->Close(OLECLOSE_NOSAVE));
 }
 
@@ -272,11 +267,42 @@ TEST_F(ModuleTest, StaysLoadedWhileAnythingHoldsIt) {
     ComPtr<IClassFactory> factory;
     ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(WindowMgr), IID_IClassFactory,
                                               reinterpret_cast<void**>(factory.Put())));
-    EXPECT_EQ(S_OK, component_.CanUnloadNow());
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
     EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    factory.Reset();
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    component_.GetClassObject(__uuidof(WindowMgr), IID_IClassFactory,
+                              reinterpret_cast<void**>(factory.Put()));
     EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow());
+    factory.Reset();
     EXPECT_EQ(S_OK, component_.CanUnloadNow());
+}
+
+// Takes calls on the test's thread only, as a script engine's does.
+class EngineSink final : public RecordingSink {
+    HRESULT OnEvent(DISPID) override {
+        return GetCurrentThreadId() == home_ ? S_OK : RPC_E_WRONG_THREAD;
+    }
+    const DWORD home_ = GetCurrentThreadId();
+};
+
+TEST_F(ModuleTest, StaysLoadedForAnEventThatItsSinkRefused) {
+    EngineSink sink;
+    {
+        const ComPtr<IDispatch> object = component_.Create(__uuidof(ConnectivityTester));
+        Advise(object.Get(), &sink);
+        ASSERT_EQ(S_OK, Call(object.Get(), L"DNSLookup", {L"", 1}).status);
+    }
+    for (int i = 0; i < 1000 && sink.Count() == 0; ++i) {
+        Sleep(10); // dispatches nothing
+    }
+    ASSERT_EQ(1u, sink.Count());
+    EXPECT_EQ(S_FALSE, component_.CanUnloadNow()) << "by the worker, or by the event alone";
+    EXPECT_TRUE(sink.WaitFor(2, 10000));
+    EXPECT_EQ(GetCurrentThreadId(), sink[1].thread);
+    EXPECT_TRUE(PumpUntil([&] { return component_.CanUnloadNow() == S_OK; }, 10000));
+    EXPECT_EQ(0, sink.References());
 }
 
 // Objects made, called and dropped in great number, from several threads at once: nothing remains.

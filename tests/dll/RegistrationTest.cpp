@@ -130,12 +130,24 @@ Tree Expected(const ScriptCase& script, const std::wstring& module) {
     return tree;
 }
 
-std::wstring TypeLibraryPath() {
-    const std::wstring platform = sizeof(void*) == 8 ? L"win64" : L"win32";
-    const auto key =
-        RegistryKey::Open(RegistryHive::kClassesRoot,
-                          L"TypeLib\\" + std::wstring(kLibrary) + L"\\1.0\\0\\" + platform);
-    return key.ReadText(L"").value_or(L"");
+constexpr bool k64Bit = sizeof(void*) == 8;
+
+std::wstring TypeLibraryKey(bool is64Bit) {
+    return L"TypeLib\\" + std::wstring(kLibrary) + L"\\1.0\\0\\" + (is64Bit ? L"win64" : L"win32");
+}
+
+std::wstring TypeLibraryPath(bool is64Bit = k64Bit) {
+    return RegistryKey::Open(RegistryHive::kClassesRoot, TypeLibraryKey(is64Bit))
+        .ReadText(L"")
+        .value_or(L"");
+}
+
+// The library that describes an interface to the system; empty when the interface is not known.
+std::wstring LibraryOfInterfaces() {
+    return RegistryKey::Open(RegistryHive::kClassesRoot,
+                             L"Interface\\{A061A23D-0E7A-435A-9737-A9C76A5725EE}\\TypeLib")
+        .ReadText(L"")
+        .value_or(L"");
 }
 
 // A copy of the DLL in a folder of its own, loaded for the time of a test.
@@ -148,7 +160,7 @@ public:
         CreateDirectoryW(folder_.c_str(), nullptr);
         path_ = folder_ + L"\\Tervane.DLL";
         CopyFileW(TestComponent::Get().Path().c_str(), path_.c_str(), FALSE);
-        module_.Reset(LoadLibraryW(path_.c_str()));
+        Load();
     }
     ~CopiedModule() {
         module_.Reset();
@@ -161,6 +173,8 @@ public:
             reinterpret_cast<void*>(GetProcAddress(module_.Get(), name)));
         return function ? function() : E_FAIL;
     }
+    void Unload() { module_.Reset(); }
+    void Load() { module_.Reset(LoadLibraryW(path_.c_str())); }
     HRESULT Register() const { return Run("DllRegisterServer"); }
     HRESULT Unregister() const { return Run("DllUnregisterServer"); }
     const std::wstring& Path() const { return path_; }
@@ -215,6 +229,86 @@ TEST(Registration, ReplacesWhatStoodInTheClassKey) {
         .WriteText(L"", L"old.exe");
     ASSERT_EQ(S_OK, module.Register());
     EXPECT_EQ(Expected(kScripts[14], module.ShortPath()), Registered(kScripts[14]));
+    EXPECT_EQ(S_OK, module.Unregister());
+}
+
+// Georgian is in no code page but those that spell everything.
+TEST(Registration, WritesNothingForAPathThatTheCodePageCannotSpell) {
+    if (GetACP() == CP_UTF8) {
+        GTEST_SKIP() << "this machine's code page spells everything";
+    }
+    const Apartment apartment;
+    const CopiedModule module(L"\u10D0\u10D1\u10D2");
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION), module.Register());
+    EXPECT_EQ(Tree(), Registered(kScripts[0]));
+    EXPECT_EQ(L"", TypeLibraryPath());
+    EXPECT_EQ(S_OK, module.Unregister()) << "an earlier version may have registered it";
+}
+
+// The seventh script fails in its second key, since nothing lasting may stand below a key that goes
+// with the system's session.
+TEST(Registration, LeavesNoHalfOfAClassThatCannotBeRegistered) {
+    const Apartment apartment;
+    const CopiedModule module(L"plain");
+    constexpr wchar_t kVolatile[] = L"Tervane.DHCP";
+    HKEY key = nullptr;
+    ASSERT_EQ(ERROR_SUCCESS,
+              RegCreateKeyExW(HKEY_CLASSES_ROOT, kVolatile, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    RegCloseKey(key);
+    EXPECT_TRUE(FAILED(module.Register()));
+    EXPECT_EQ(Expected(kScripts[5], module.ShortPath()), Registered(kScripts[5]));
+    EXPECT_EQ(Tree(), Registered(kScripts[6]));
+    EXPECT_EQ(Tree(), Registered(kScripts[7]));
+    EXPECT_EQ(L"", TypeLibraryPath());
+    EXPECT_EQ(S_OK, module.Unregister());
+    EXPECT_EQ(Tree(), Registered(kScripts[5]));
+}
+
+TEST(Registration, LeavesTheTypeLibraryOfOthersAlone) {
+    const Apartment apartment;
+    const CopiedModule old(L"old");
+    const CopiedModule newer(L"newer");
+    ASSERT_EQ(S_OK, old.Register());
+    ASSERT_EQ(S_OK, newer.Register());
+    EXPECT_EQ(S_OK, old.Unregister());
+    EXPECT_EQ(0, lstrcmpiW(newer.Path().c_str(), TypeLibraryPath().c_str()));
+    EXPECT_EQ(kLibrary, LibraryOfInterfaces());
+
+    // The other architecture's, as its own library would write it.
+    RegistryKey::Create(RegistryHive::kClassesRoot, TypeLibraryKey(!k64Bit))
+        .WriteText(L"", old.Path());
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_EQ(S_OK, newer.Unregister());
+        EXPECT_EQ(L"", TypeLibraryPath());
+        EXPECT_EQ(old.Path(), TypeLibraryPath(!k64Bit));
+        EXPECT_EQ(kLibrary, LibraryOfInterfaces());
+    }
+    RegistryKey::Delete(RegistryHive::kClassesRoot, TypeLibraryKey(!k64Bit));
+    ASSERT_EQ(S_OK, newer.Register());
+    EXPECT_EQ(S_OK, newer.Unregister());
+    EXPECT_EQ(L"", LibraryOfInterfaces());
+}
+
+// COM unloads what says that it can be unloaded, whoever holds a class factory of it.
+TEST(Registration, AHeldClassFactoryHoldsTheLibrary) {
+    const Apartment apartment;
+    CopiedModule module(L"plain");
+    ASSERT_EQ(S_OK, module.Register());
+    module.Unload();
+    {
+        ComPtr<IClassFactory> factory;
+        ASSERT_EQ(S_OK,
+                  CoGetClassObject(__uuidof(Registry2), CLSCTX_INPROC_SERVER, nullptr,
+                                   IID_IClassFactory, reinterpret_cast<void**>(factory.Put())));
+        CoFreeUnusedLibraries();
+        ComPtr<IDispatch> object;
+        EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch,
+                                                reinterpret_cast<void**>(object.Put())));
+    }
+    CoFreeUnusedLibraries();
+    EXPECT_EQ(nullptr, GetModuleHandleW(module.ShortPath().c_str()));
+    module.Load();
     EXPECT_EQ(S_OK, module.Unregister());
 }
 

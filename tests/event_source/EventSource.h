@@ -57,7 +57,8 @@ public:
     STDMETHODIMP GetClassInfo(ITypeInfo** type) override;
     STDMETHODIMP GetGUID(DWORD kind, GUID* guid) override;
 
-    // IObjectWithSite, as controls have it: an engine may refuse an object that it has no site for.
+    // IObjectWithSite, as many controls have it: an engine may refuse an object that it has no site
+    // for.
     STDMETHODIMP SetSite(IUnknown*) override { return S_OK; }
     STDMETHODIMP GetSite(REFIID, void**) override { return E_FAIL; }
 
