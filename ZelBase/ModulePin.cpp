@@ -1,5 +1,7 @@
 #include "ZelBase/ModulePin.h"
 
+#include "ZelBase/SystemLibrary.h"
+
 #include <new>
 
 #include <process.h>
@@ -11,13 +13,6 @@ struct ModulePin::StartRecord {
     Routine routine;
     void* argument;
 };
-
-UniqueLibrary ReferenceModuleOf(const void* code) noexcept {
-    UniqueLibrary module;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const wchar_t*>(code),
-                       module.Put());
-    return module;
-}
 
 ModulePin::ModulePin() noexcept
     : module_(ReferenceModuleOf(reinterpret_cast<const void*>(&ModulePin::Run))) {}

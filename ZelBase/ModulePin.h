@@ -16,9 +16,6 @@
 
 namespace ZelBase {
 
-// A reference on the module that the code lies in; null when it lies in none.
-UniqueLibrary ReferenceModuleOf(const void* code) noexcept;
-
 class ModulePin {
 public:
     // What a thread runs. An exception that escapes it ends the thread with kEscapedException.

@@ -77,13 +77,12 @@ std::wstring ModuleReplacement(const std::wstring& modulePath) {
 
 HRESULT Registrar::Open(const std::wstring& modulePath) {
     modulePath_ = modulePath;
-    library_.Reset(LoadLibraryA("ATL.DLL"));
+    library_ = ZelBase::SystemLibrary("ATL.DLL");
     if (!library_) {
         return LastError();
     }
     using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
-    const auto getClassObject = reinterpret_cast<GetClassObject>(
-        reinterpret_cast<void*>(GetProcAddress(library_.Get(), "DllGetClassObject")));
+    const auto getClassObject = library_.Find<GetClassObject>("DllGetClassObject");
     if (!getClassObject) {
         return LastError();
     }

@@ -3,7 +3,7 @@
 // The platform's registrar (ATL.DLL) runs the registration scripts. It is taken straight from that
 // library, so it works whether or not the library itself is registered.
 
-#include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 #include "platform/Automation.h"
 
 #include <string>
@@ -40,7 +40,7 @@ public:
 
 private:
     // In this order: the registrar must be released before its library is.
-    ZelBase::UniqueLibrary library_;
+    ZelBase::SystemLibrary library_;
     ComPtr<IRegistrar> registrar_;
     std::wstring modulePath_;
 };

@@ -1,7 +1,7 @@
 #include "component/TypeLibrary.h"
 
 #include "ZelBase/CriticalSection.h"
-#include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 #include "component/ModuleState.h"
 #include "platform/RegistryKey.h"
 
@@ -112,10 +112,9 @@ bool IsSameFile(const std::wstring& one, const std::wstring& other) {
 HRESULT TakeOut(const TLIBATTR& library) {
     // Looked up at run time: the first versions of the automation library lack it, and there a
     // registered type library simply stays.
-    const ZelBase::UniqueLibrary automation(LoadLibraryA("oleaut32.dll"));
+    const ZelBase::SystemLibrary automation("oleaut32.dll");
     using UnRegister = HRESULT(STDAPICALLTYPE*)(REFGUID, WORD, WORD, LCID, SYSKIND);
-    const auto unregister = reinterpret_cast<UnRegister>(
-        reinterpret_cast<void*>(GetProcAddress(automation.Get(), "UnRegisterTypeLib")));
+    const auto unregister = automation.Find<UnRegister>("UnRegisterTypeLib");
     return unregister ? unregister(library.guid, library.wMajorVerNum, library.wMinorVerNum,
                                    library.lcid, library.syskind)
                       : S_OK;
@@ -187,10 +186,8 @@ void ReleaseTypeInfo() noexcept {
 }
 
 std::wstring ModulePath() {
-    wchar_t path[MAX_PATH];
     const ModuleState* state = ModuleState::Get();
-    const DWORD length = GetModuleFileNameW(state ? state->Instance() : nullptr, path, MAX_PATH);
-    return length < MAX_PATH ? std::wstring(path, length) : std::wstring();
+    return ZelBase::ModulePath(state ? state->Instance() : nullptr);
 }
 
 HRESULT LoadModuleTypeLibrary(LoadedTypeLibrary& loaded) {

@@ -1,6 +1,6 @@
 #include "platform/DhcpClientLibrary.h"
 
-#include "platform/OptionalLibrary.h"
+#include "ZelBase/SystemLibrary.h"
 
 namespace tervane {
 namespace {
@@ -21,7 +21,7 @@ private:
         }
     }
 
-    const OptionalLibrary library_{L"dhcpcsvc.dll"};
+    const ZelBase::SystemLibrary library_{"dhcpcsvc.dll"};
 };
 
 } // namespace

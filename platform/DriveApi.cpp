@@ -1,12 +1,12 @@
 #include "platform/DriveApi.h"
 
-#include "platform/OptionalLibrary.h"
+#include "ZelBase/SystemLibrary.h"
 
 namespace tervane {
 
 const DriveApi& DriveApi::System() noexcept {
     // Kept for as long as the function may be called.
-    static const OptionalLibrary kernel(L"Kernel32.dll");
+    static const ZelBase::SystemLibrary kernel("Kernel32.dll");
     static const DriveApi api = {
         &GetDriveTypeA,
         kernel.Find<decltype(&GetDiskFreeSpaceExA)>("GetDiskFreeSpaceExA"),

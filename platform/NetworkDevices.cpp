@@ -1,9 +1,9 @@
 #include "platform/NetworkDevices.h"
 
+#include "ZelBase/SystemLibrary.h"
 #include "ZelBase/UniqueResource.h"
 #include "platform/AsciiText.h"
 #include "platform/NarrowText.h"
-#include "platform/OptionalLibrary.h"
 
 #include <cstring>
 #include <optional>
@@ -21,7 +21,7 @@ constexpr GUID kNetworkClass = {
 class SetupApi {
 public:
     SetupApi() noexcept
-        : library_(L"SETUPAPI.DLL"),
+        : library_("SETUPAPI.DLL"),
           getClassDevs(library_.Find<decltype(getClassDevs)>("SetupDiGetClassDevsA")),
           enumDeviceInfo(library_.Find<decltype(enumDeviceInfo)>("SetupDiEnumDeviceInfo")),
           getInstanceId(library_.Find<decltype(getInstanceId)>("SetupDiGetDeviceInstanceIdA")),
@@ -33,7 +33,7 @@ public:
     }
 
 private:
-    OptionalLibrary library_;
+    ZelBase::SystemLibrary library_;
 
 public:
     decltype(&SetupDiGetClassDevsA) getClassDevs;

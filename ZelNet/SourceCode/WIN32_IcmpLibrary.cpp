@@ -1,8 +1,5 @@
 #include "ZelNet/SourceCode/WIN32_IcmpLibrary.h"
 
-#include "ZelBase/ModulePin.h"
-#include "ZelNet/SourceCode/EntryPoint.h"
-
 #include <algorithm>
 
 namespace ZelNet {
@@ -13,11 +10,11 @@ WIN32_IcmpLibrary::Load(std::initializer_list<const char*> names) {
     // All of them before the first look-up of a function: a forwarded one is found in a module that
     // somebody else may be about to unload.
     for (const char* name : names) {
-        icmp->modules_.emplace_back(LoadLibraryA(name));
+        icmp->libraries_.emplace_back(name);
     }
     const bool found = std::any_of(
-        icmp->modules_.begin(), icmp->modules_.end(),
-        [&](const ZelBase::UniqueLibrary& library) { return icmp->FindFunctions(library); });
+        icmp->libraries_.begin(), icmp->libraries_.end(),
+        [&](const ZelBase::SystemLibrary& library) { return icmp->FindFunctions(library); });
     if (!found) {
         return nullptr;
     }
@@ -34,10 +31,10 @@ WIN32_IcmpLibrary::~WIN32_IcmpLibrary() {
     }
 }
 
-bool WIN32_IcmpLibrary::FindFunctions(const ZelBase::UniqueLibrary& library) {
-    FindEntryPoint(library, "IcmpCreateFile", createFile_);
-    FindEntryPoint(library, "IcmpCloseHandle", closeHandle_);
-    FindEntryPoint(library, "IcmpSendEcho", sendEcho_);
+bool WIN32_IcmpLibrary::FindFunctions(const ZelBase::SystemLibrary& library) {
+    library.Find("IcmpCreateFile", createFile_);
+    library.Find("IcmpCloseHandle", closeHandle_);
+    library.Find("IcmpSendEcho", sendEcho_);
     return createFile_ && closeHandle_ && sendEcho_;
 }
 

@@ -2,7 +2,7 @@
 
 // The system's functions for ICMP echo requests, and the one handle that they are used with.
 
-#include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 
 #include <winsock2.h>
 
@@ -37,10 +37,11 @@ public:
 private:
     WIN32_IcmpLibrary() = default;
 
-    bool FindFunctions(const ZelBase::UniqueLibrary& library);
+    bool FindFunctions(const ZelBase::SystemLibrary& library);
     void HoldModuleOf(const void* function);
 
-    // Those that were named, and those that the functions really lie in.
+    std::vector<ZelBase::SystemLibrary> libraries_;
+    // Those that the functions really lie in.
     std::vector<ZelBase::UniqueLibrary> modules_;
     decltype(&::IcmpCreateFile) createFile_ = nullptr;
     decltype(&::IcmpCloseHandle) closeHandle_ = nullptr;

@@ -1,7 +1,5 @@
 #include "ZelNet/SourceCode/WIN32_IpHelper.h"
 
-#include "ZelNet/SourceCode/EntryPoint.h"
-
 namespace ZelNet {
 namespace {
 
@@ -16,13 +14,13 @@ std::shared_ptr<IpHelper> IpHelper::Load() {
     return std::make_shared<WIN32_IpHelper>();
 }
 
-WIN32_IpHelper::WIN32_IpHelper() : library_(LoadLibraryA("IPHLPAPI.DLL")) {
-    FindEntryPoint(library_, "GetAdaptersInfo", getAdaptersInfo_);
-    FindEntryPoint(library_, "GetNetworkParams", getNetworkParams_);
-    FindEntryPoint(library_, "GetIpForwardTable", getIpForwardTable_);
-    FindEntryPoint(library_, "GetInterfaceInfo", getInterfaceInfo_);
-    FindEntryPoint(library_, "IpReleaseAddress", ipReleaseAddress_);
-    FindEntryPoint(library_, "IpRenewAddress", ipRenewAddress_);
+WIN32_IpHelper::WIN32_IpHelper() : library_("IPHLPAPI.DLL") {
+    library_.Find("GetAdaptersInfo", getAdaptersInfo_);
+    library_.Find("GetNetworkParams", getNetworkParams_);
+    library_.Find("GetIpForwardTable", getIpForwardTable_);
+    library_.Find("GetInterfaceInfo", getInterfaceInfo_);
+    library_.Find("IpReleaseAddress", ipReleaseAddress_);
+    library_.Find("IpRenewAddress", ipRenewAddress_);
 }
 
 bool WIN32_IpHelper::IsAvailable() const {

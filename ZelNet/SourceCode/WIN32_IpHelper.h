@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 #include "ZelNet/SourceCode/IpHelper.h"
 
 namespace ZelNet {
@@ -19,7 +19,7 @@ public:
     DWORD IpRenewAddress(IP_ADAPTER_INDEX_MAP* adapter) const override;
 
 private:
-    ZelBase::UniqueLibrary library_;
+    ZelBase::SystemLibrary library_;
     decltype(&::GetAdaptersInfo) getAdaptersInfo_;
     decltype(&::GetNetworkParams) getNetworkParams_;
     decltype(&::GetIpForwardTable) getIpForwardTable_;

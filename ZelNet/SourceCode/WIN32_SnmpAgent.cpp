@@ -1,7 +1,5 @@
 #include "ZelNet/SourceCode/WIN32_SnmpAgent.h"
 
-#include "ZelNet/SourceCode/EntryPoint.h"
-
 namespace ZelNet {
 
 std::unique_ptr<SnmpAgent> SnmpAgent::Load() {
@@ -9,12 +7,11 @@ std::unique_ptr<SnmpAgent> SnmpAgent::Load() {
     return agent->IsComplete() ? std::move(agent) : nullptr;
 }
 
-WIN32_SnmpAgent::WIN32_SnmpAgent()
-    : api_(LoadLibraryA("SNMPAPI.DLL")), agent_(LoadLibraryA("INETMIB1.DLL")) {
-    FindEntryPoint(api_, "SnmpUtilMemAlloc", memAlloc_);
-    FindEntryPoint(api_, "SnmpUtilMemFree", memFree_);
-    FindEntryPoint(agent_, "SnmpExtensionInit", init_);
-    FindEntryPoint(agent_, "SnmpExtensionQuery", query_);
+WIN32_SnmpAgent::WIN32_SnmpAgent() : api_("SNMPAPI.DLL"), agent_("INETMIB1.DLL") {
+    api_.Find("SnmpUtilMemAlloc", memAlloc_);
+    api_.Find("SnmpUtilMemFree", memFree_);
+    agent_.Find("SnmpExtensionInit", init_);
+    agent_.Find("SnmpExtensionQuery", query_);
 }
 
 } // namespace ZelNet

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 #include "ZelNet/SourceCode/SnmpAgent.h"
 
 namespace ZelNet {
@@ -22,8 +22,8 @@ public:
 
 private:
     // The agent stands on the other library and goes first.
-    ZelBase::UniqueLibrary api_;
-    ZelBase::UniqueLibrary agent_;
+    ZelBase::SystemLibrary api_;
+    ZelBase::SystemLibrary agent_;
     decltype(&::SnmpUtilMemAlloc) memAlloc_;
     decltype(&::SnmpUtilMemFree) memFree_;
     decltype(&::SnmpExtensionInit) init_;

@@ -6,7 +6,7 @@
 namespace tervane {
 
 std::shared_ptr<const DialUp> DialUp::System() {
-    OptionalLibrary library(L"rasapi32.dll");
+    ZelBase::SystemLibrary library("rasapi32.dll");
     if (!library) {
         return std::make_shared<RasDialUp<WideRas>>(RasApi<WideRas>::Missing());
     }

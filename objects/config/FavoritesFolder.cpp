@@ -1,7 +1,7 @@
 #include "objects/config/FavoritesFolder.h"
 
+#include "ZelBase/SystemLibrary.h"
 #include "platform/NarrowText.h"
-#include "platform/OptionalLibrary.h"
 
 #include <shlobj.h>
 
@@ -14,7 +14,7 @@ using WideFunction = BOOL(WINAPI*)(HWND, LPWSTR, int, BOOL);
 } // namespace
 
 std::wstring FavoritesFolder(bool create) {
-    const OptionalLibrary shell(L"Shell32.dll");
+    const ZelBase::SystemLibrary shell("Shell32.dll");
     const auto narrow = shell.Find<NarrowFunction>("SHGetSpecialFolderPathA");
     const auto wide = shell.Find<WideFunction>("SHGetSpecialFolderPathW");
     char narrowPath[MAX_PATH] = {};

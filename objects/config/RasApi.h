@@ -8,7 +8,7 @@
 // A function that is missing is in the table all the same and returns why it cannot be called, so
 // nobody needs to ask. Tests put a table of their own in the place of the system's.
 
-#include "platform/OptionalLibrary.h"
+#include "ZelBase/SystemLibrary.h"
 
 #include <windows.h>
 
@@ -65,9 +65,11 @@ struct RasApi {
     DWORD(WINAPI* notifyConnection)(HRASCONN, HANDLE, DWORD);
 
     // The functions of a loaded library; ERROR_PROC_NOT_FOUND from those that it lacks.
-    static RasApi Of(const OptionalLibrary& library) { return Fill<ERROR_PROC_NOT_FOUND>(library); }
+    static RasApi Of(const ZelBase::SystemLibrary& library) {
+        return Fill<ERROR_PROC_NOT_FOUND>(library);
+    }
     // Of a system without the library: ERROR_MOD_NOT_FOUND from all of them.
-    static RasApi Missing() { return Fill<ERROR_MOD_NOT_FOUND>(OptionalLibrary()); }
+    static RasApi Missing() { return Fill<ERROR_MOD_NOT_FOUND>(ZelBase::SystemLibrary()); }
 
 private:
     template <DWORD error, typename... Arguments>
@@ -75,7 +77,7 @@ private:
         return error;
     }
     template <DWORD error, typename... Arguments>
-    static void Find(const OptionalLibrary& library, const char* stem,
+    static void Find(const ZelBase::SystemLibrary& library, const char* stem,
                      DWORD(WINAPI*& function)(Arguments...)) {
         const std::string name = std::string(stem) + Form::kSuffix;
         function = library.Find<DWORD(WINAPI*)(Arguments...)>(name.c_str());
@@ -84,7 +86,7 @@ private:
         }
     }
     template <DWORD error>
-    static RasApi Fill(const OptionalLibrary& library) {
+    static RasApi Fill(const ZelBase::SystemLibrary& library) {
         RasApi api;
         Find<error>(library, "RasEnumEntries", api.enumEntries);
         Find<error>(library, "RasGetEntryProperties", api.getEntry);

@@ -13,7 +13,8 @@ template <typename Form>
 class RasDialUp final : public DialUp {
 public:
     // `library` is the one that the functions are from, if they are from one.
-    explicit RasDialUp(const RasApi<Form>& api, OptionalLibrary library = OptionalLibrary())
+    explicit RasDialUp(const RasApi<Form>& api,
+                       ZelBase::SystemLibrary library = ZelBase::SystemLibrary())
         : api_(api), library_(std::move(library)) {}
 
     DWORD Entries(std::vector<std::wstring>& names) const override;
@@ -45,7 +46,7 @@ private:
     DWORD FindCountry(DWORD code) const;
 
     const RasApi<Form> api_;
-    const OptionalLibrary library_;
+    const ZelBase::SystemLibrary library_;
 };
 
 extern template class RasDialUp<WideRas>;

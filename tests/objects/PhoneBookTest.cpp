@@ -251,7 +251,8 @@ TEST(RasApiTest, RefusesEverythingWhereThereIsNoDialUpNetworking) {
     EXPECT_EQ(DWORD{ERROR_MOD_NOT_FOUND}, dialUp.DeleteEntry(L"x"));
     EXPECT_NE(L"", dialUp.ErrorText(ERROR_MOD_NOT_FOUND));
     // A library that has other functions.
-    const RasDialUp<NarrowRas> lacking(RasApi<NarrowRas>::Of(OptionalLibrary(L"kernel32.dll")));
+    const RasDialUp<NarrowRas> lacking(
+        RasApi<NarrowRas>::Of(ZelBase::SystemLibrary("kernel32.dll")));
     EXPECT_EQ(DWORD{ERROR_PROC_NOT_FOUND}, lacking.Entries(names));
 }
 

@@ -1,10 +1,10 @@
 // Hardware addresses from drivers: the real ones of this machine, and drivers that misbehave.
 
 #include "platform/DriverAddress.h"
+#include "ZelBase/SystemLibrary.h"
 
 #include "ZelBase/Handles.h"
 #include "platform/HardwareAddress.h"
-#include "platform/OptionalLibrary.h"
 #include "platform/StaticAdapter.h"
 #include "support/TestThreads.h"
 
@@ -178,7 +178,7 @@ TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
 
 // Every adapter of this machine that both know.
 TEST(StaticAdapterTest, TellsTheAddressesThatTheStackTells) {
-    const OptionalLibrary library(L"IPHLPAPI.DLL");
+    const ZelBase::SystemLibrary library("IPHLPAPI.DLL");
     const auto getAdapters = library.Find<decltype(&GetAdaptersInfo)>("GetAdaptersInfo");
     ASSERT_NE(nullptr, getAdapters);
     ULONG size = 0;

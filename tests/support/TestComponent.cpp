@@ -30,12 +30,12 @@ void DispatchMessages() {
 } // namespace
 
 TestComponent& TestComponent::Get() {
-    static TestComponent component;
+    static TestComponent component(BuildFolder() + L"\\Tervane.DLL");
     return component;
 }
 
-TestComponent::TestComponent()
-    : path_(BuildFolder() + L"\\Tervane.DLL"), module_(LoadLibraryW(path_.c_str())) {}
+TestComponent::TestComponent(const std::wstring& path)
+    : path_(path), module_(LoadLibraryW(path_.c_str())) {}
 
 HRESULT TestComponent::GetClassObject(REFCLSID clsid, REFIID iid, void** out) const {
     using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);

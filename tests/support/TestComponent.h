@@ -27,8 +27,10 @@ public:
 
 class TestComponent {
 public:
-    // Loads Tervane.DLL of the build that this test belongs to. One per process.
+    // Tervane.DLL of the build that this test belongs to, loaded until the process ends.
     static TestComponent& Get();
+    // Loads a copy of it; Module() is null when that fails.
+    explicit TestComponent(const std::wstring& path);
 
     HMODULE Module() const { return module_.Get(); }
     const std::wstring& Path() const { return path_; }
@@ -40,8 +42,6 @@ public:
     ComPtr<IDispatch> Create(REFCLSID clsid) const;
 
 private:
-    TestComponent();
-
     std::wstring path_;
     ZelBase::UniqueLibrary module_;
 };

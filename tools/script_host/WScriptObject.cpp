@@ -1,5 +1,6 @@
 #include "tools/script_host/WScriptObject.h"
 
+#include "ZelBase/SystemLibrary.h"
 #include "tools/script_host/Console.h"
 #include "tools/script_host/ErrorText.h"
 #include "tools/script_host/ScriptArguments.h"
@@ -181,9 +182,7 @@ CallOutcome WScriptObject::Name(const CallArguments&, Variant& result) {
 }
 
 CallOutcome WScriptObject::FullName(const CallArguments&, Variant& result) {
-    wchar_t path[MAX_PATH];
-    DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return ReturnText({path, length}, result);
+    return ReturnText(ZelBase::ModulePath(nullptr), result);
 }
 
 CallOutcome WScriptObject::ScriptName(const CallArguments&, Variant& result) {
