@@ -47,4 +47,10 @@ void ServerLoad::Run() const {
     }
 }
 
+void ServerLoad::CheckUnloaded() const {
+    if (GetModuleHandleW(library_.c_str()) != nullptr) {
+        Fail("unloading a library", E_UNEXPECTED);
+    }
+}
+
 } // namespace bench

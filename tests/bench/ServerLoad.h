@@ -16,6 +16,8 @@ public:
 
     // One full cycle. The library must not be in use otherwise, else this measures less.
     void Run() const;
+    // Fails the program when the library is still loaded.
+    void CheckUnloaded() const;
 
 private:
     CLSID classId_ = {};

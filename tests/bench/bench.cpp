@@ -37,7 +37,11 @@ void CompareLoading() {
     bench::ServerLoad ours(L"Tervane.Registry2");
     bench::ServerLoad theirs(L"Scripting.Dictionary");
     bench::Compare(
-        {"load, create the first object, unload : Dictionary", 0, 5}, [&] { ours.Run(); },
+        {"load, create the first object, unload : Dictionary", 0, 5},
+        [&] {
+            ours.Run();
+            ours.CheckUnloaded();
+        },
         [&] { theirs.Run(); });
 }
 

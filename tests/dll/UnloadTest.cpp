@@ -1,0 +1,83 @@
+// A host that loads the library for one call and unloads it, again and again.
+
+#include "support/HandleCount.h"
+#include "support/MemoryUse.h"
+#include "support/TestComponent.h"
+#include "support/TestThreads.h"
+
+#include <TERVANELib.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace tervane::test {
+namespace {
+
+// A copy, because other tests of this program keep the library itself loaded.
+constexpr wchar_t kCopy[] = L"TervaneCopy.DLL";
+
+void LoadCallUnload() {
+    const TestComponent component(kCopy);
+    ASSERT_TRUE(component.Module());
+    const ComPtr<IDispatch> manager = component.Create(__uuidof(WindowMgr));
+    ASSERT_TRUE(manager);
+    // An exception is thrown and caught inside.
+    EXPECT_EQ(VARIANT_FALSE, Call(manager.Get(), L"SetWindowState", {3, L"("}).Number());
+    EXPECT_EQ(2, Read(manager.Get(), L"LastErrorCode").Number());
+}
+
+struct Taken {
+    DWORD slot; // the lowest that is free
+    size_t handles;
+    size_t bytes;
+};
+
+Taken TakenNow() {
+    const DWORD slot = TlsAlloc();
+    TlsFree(slot);
+    return {slot, OpenHandleCount(), MemoryInUse().committed};
+}
+
+// The environment may ask for more: TERVANE_CYCLES=10000.
+TEST(UnloadTest, TakesNothingAlong) {
+    constexpr int kWarmUp = 30;
+    constexpr size_t kMostBytesPerCycle = 100;
+    const char* wanted = std::getenv("TERVANE_CYCLES");
+    const int cycles = wanted ? std::atoi(wanted) : 300;
+    const Apartment apartment;
+    ASSERT_TRUE(CopyFileW(TestComponent::Get().Path().c_str(), kCopy, FALSE));
+    const auto run = [](int count) {
+        for (int i = 0; i < count && !testing::Test::HasFailure(); ++i) {
+            LoadCallUnload();
+            EXPECT_FALSE(GetModuleHandleW(kCopy));
+        }
+    };
+    // Threads of the host that throw within the library and live on when it goes.
+    const auto runOnTwoThreads = [](int count) {
+        const auto body = [count] {
+            const Apartment own;
+            for (int i = 0; i < count; ++i) {
+                LoadCallUnload();
+            }
+        };
+        TestThread other(body);
+        body();
+        other.join();
+        EXPECT_FALSE(GetModuleHandleW(kCopy));
+    };
+    runOnTwoThreads(kWarmUp);
+    run(kWarmUp);
+    const Taken before = TakenNow();
+    run(cycles);
+    runOnTwoThreads(cycles / 2);
+    const Taken after = TakenNow();
+    EXPECT_EQ(before.slot, after.slot);
+    EXPECT_LE(after.handles, before.handles);
+    EXPECT_LE(after.bytes, before.bytes + cycles * kMostBytesPerCycle);
+    RecordProperty("bytes", std::to_string(static_cast<long>(after.bytes - before.bytes)));
+    EXPECT_TRUE(DeleteFileW(kCopy));
+}
+
+} // namespace
+} // namespace tervane::test
