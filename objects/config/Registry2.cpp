@@ -38,14 +38,18 @@ RegistryKey OpenKey(short hive, BSTR path, REGSAM access) {
     return known ? RegistryKey::Open(*known, TextOf(path), access) : RegistryKey();
 }
 
+enum class Numbers { kRead, kLeaveEmpty };
+
 // VT_EMPTY for a value that is missing or cannot be read; nullopt when memory is exhausted.
-std::optional<Variant> ReadAsVariant(const RegistryKey& key, std::wstring_view name) {
+std::optional<Variant> ReadAsVariant(const RegistryKey& key, std::wstring_view name,
+                                     Numbers numbers) {
     switch (TypeCodeOf(key.TypeOf(name))) {
     case kNumber:
     // Deliberate: a binary value is delivered as a number too, and one of more than four bytes not
     // at all.
     case kBinary:
-        if (std::optional<DWORD> number = key.ReadNumber(name)) {
+        if (std::optional<DWORD> number =
+                numbers == Numbers::kRead ? key.ReadNumber(name) : std::nullopt) {
             return Variant::FromUnsigned(*number);
         }
         break;
@@ -63,6 +67,19 @@ std::optional<Variant> ReadAsVariant(const RegistryKey& key, std::wstring_view n
         break;
     }
     return Variant();
+}
+
+// A key may grant the reading of its values alone, and then tells its texts. A number takes the
+// right to all reading: deliberate, scripts see an empty value where they always have.
+std::optional<Variant> ReadGranted(short hive, BSTR path, std::wstring_view name) {
+    const RegistryKey key = OpenKey(hive, path, KEY_READ);
+    if (key.IsOpen()) {
+        return ReadAsVariant(key, name, Numbers::kRead);
+    }
+    if (GetLastError() != ERROR_ACCESS_DENIED) {
+        return Variant();
+    }
+    return ReadAsVariant(OpenKey(hive, path, KEY_QUERY_VALUE), name, Numbers::kLeaveEmpty);
 }
 
 bool WriteArray(const RegistryKey& key, std::wstring_view name, const VARIANT& array) {
@@ -145,10 +162,7 @@ HRESULT Registry2::GetValue(short hive, BSTR path, BSTR name, VARIANT* result) {
         return S_FALSE;
     }
     VariantInit(result);
-    return Guarded([&] {
-        const RegistryKey key = OpenKey(hive, path, KEY_READ);
-        return ReturnValue(ReadAsVariant(key, TextOf(name)), result);
-    });
+    return Guarded([&] { return ReturnValue(ReadGranted(hive, path, TextOf(name)), result); });
 }
 
 HRESULT Registry2::SetValue(short hive, BSTR path, BSTR name, VARIANT value, VARIANT_BOOL* result) {

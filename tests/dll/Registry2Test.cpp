@@ -2,6 +2,7 @@
 
 #include "platform/RegistryKey.h"
 #include "support/HandleCount.h"
+#include "support/ScratchRegistry.h"
 #include "support/TestComponent.h"
 
 #include <TERVANELib.h>
@@ -130,6 +131,24 @@ TEST_F(Registry2Test, TellsTypesAndDeliversTheirValues) {
     for (const wchar_t* name : {L"long binary", L"quad", L"none", L"missing"}) {
         EXPECT_EQ(Get(name).value.Type(), VT_EMPTY) << name;
     }
+}
+
+TEST_F(Registry2Test, ReadsTextsFromAKeyThatGrantsItsValuesOnly) {
+    const Texts two = {L"first", L"second"};
+    Set(L"text", L"Grüße");
+    Set(L"texts", MakeTextArray(two)->Get());
+    Set(L"number", 7);
+    UniqueRegistryKey key;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, kRoot.c_str(), 0, WRITE_DAC, key.Put()), 0);
+    GrantOnly(key.Get(), KEY_QUERY_VALUE);
+    EXPECT_EQ(Get(L"text").Text(), L"Grüße");
+    EXPECT_EQ(Get(L"texts").Texts(), two);
+    EXPECT_EQ(Get(L"number").value.Type(), VT_EMPTY);
+    EXPECT_EQ(Ask(L"GetValueType", kRoot, L"number").Number(), 1);
+    GrantOnly(key.Get(), KEY_SET_VALUE);
+    EXPECT_EQ(Get(L"text").value.Type(), VT_EMPTY);
+    GrantOnly(key.Get(), KEY_ALL_ACCESS);
+    EXPECT_EQ(Get(L"number").Number(), 7);
 }
 
 TEST_F(Registry2Test, ListsCreatesAndDeletes) {

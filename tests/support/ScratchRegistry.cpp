@@ -67,6 +67,21 @@ void DeleteTree(RegistryHive hive, const std::wstring& path) {
     RegistryKey::Delete(hive, path);
 }
 
+void GrantOnly(HKEY key, DWORD rights) {
+    struct {
+        ACL list;
+        ACCESS_ALLOWED_ACE entry;
+        DWORD rest[4];
+    } granted = {};
+    SID everybody = {SID_REVISION, 1, SECURITY_WORLD_SID_AUTHORITY, {SECURITY_WORLD_RID}};
+    InitializeAcl(&granted.list, sizeof(granted), ACL_REVISION);
+    AddAccessAllowedAce(&granted.list, ACL_REVISION, rights, &everybody);
+    SECURITY_DESCRIPTOR security;
+    InitializeSecurityDescriptor(&security, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&security, TRUE, &granted.list, FALSE);
+    RegSetKeySecurity(key, DACL_SECURITY_INFORMATION, &security);
+}
+
 const RegistryApi& RefuseValue(const std::wstring& name) {
     static const RegistryApi api = [] {
         RegistryApi refusing = RegistryApi::System();

@@ -29,6 +29,9 @@ private:
 // Deletes a key with everything below it.
 void DeleteTree(RegistryHive hive, const std::wstring& path);
 
+// Leaves everybody `rights` on a key, and no others.
+void GrantOnly(HKEY key, DWORD rights);
+
 // The system's registry, except that it refuses to write or delete the value of that name; Wine
 // lets root do everything. One such registry at a time.
 const RegistryApi& RefuseValue(const std::wstring& name);
