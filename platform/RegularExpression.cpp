@@ -169,7 +169,7 @@ public:
     explicit Matcher(std::wstring_view pattern)
         : pattern_(pattern.data(), pattern.data() + pattern.size()), purse_(pattern.size()) {}
 
-    bool Matches(std::wstring_view text) noexcept {
+    bool Matches(std::wstring_view text) {
         if (purse_.IsSpent()) {
             return false;
         }
@@ -179,21 +179,24 @@ public:
             return boost::regex_match(MeteredIterator(text.data(), &purse_),
                                       MeteredIterator(text.data() + text.size(), &purse_), groups,
                                       pattern_);
+        } catch (const std::bad_alloc&) {
+            throw;
         } catch (...) {
-            // The purse is empty, or a bound of the library's is reached, or memory is exhausted.
+            // The purse is empty, or a bound of the library's is reached.
             purse_.MarkSpent();
             return false;
         }
     }
 
     void FillPurse() noexcept { purse_.Fill(); }
+    bool IsSpent() const noexcept { return purse_.IsSpent(); }
 
 private:
     Pattern pattern_;
     Purse purse_;
 };
 
-RegularExpression RegularExpression::WholeTextMatch(std::wstring_view pattern) noexcept {
+RegularExpression RegularExpression::WholeTextMatch(std::wstring_view pattern) {
     if (pattern.size() > kLongestPattern) {
         return RegularExpression(nullptr);
     }
@@ -201,20 +204,18 @@ RegularExpression RegularExpression::WholeTextMatch(std::wstring_view pattern) n
     try {
         return RegularExpression(
             std::make_unique<Matcher>(pattern.empty() ? std::wstring_view(L".*") : pattern));
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (...) {
         return RegularExpression(nullptr);
     }
 }
 
-RegularExpression RegularExpression::ContainingMatch(std::wstring_view pattern) noexcept {
+RegularExpression RegularExpression::ContainingMatch(std::wstring_view pattern) {
     if (pattern.find_first_of(L"^$") != std::wstring_view::npos) {
         return WholeTextMatch(pattern);
     }
-    try {
-        return WholeTextMatch(L".*(" + std::wstring(pattern) + L").*");
-    } catch (...) {
-        return RegularExpression(nullptr);
-    }
+    return WholeTextMatch(L".*(" + std::wstring(pattern) + L").*");
 }
 
 RegularExpression::RegularExpression(std::unique_ptr<Matcher> matcher) noexcept
@@ -227,7 +228,12 @@ bool RegularExpression::IsValid() const noexcept {
     return matcher_ != nullptr;
 }
 
-bool RegularExpression::Matches(std::wstring_view text) const noexcept {
+bool RegularExpression::IsSpent() const noexcept {
+    const MatchingLock lock;
+    return matcher_ != nullptr && matcher_->IsSpent();
+}
+
+bool RegularExpression::Matches(std::wstring_view text) const {
     const MatchingLock lock;
     return matcher_ != nullptr && matcher_->Matches(text);
 }

@@ -9,6 +9,8 @@
 // against a row of "a" for instance. An operation therefore has a purse of matching steps, some for
 // the whole operation and some more for every text; when it is empty, the pattern matches nothing
 // any more. That bounds an operation to a fraction of a second beyond what is linear in its texts.
+//
+// Memory that is exhausted says nothing about a pattern or a text: std::bad_alloc is thrown.
 
 #include <memory>
 #include <string_view>
@@ -19,10 +21,10 @@ class RegularExpression {
 public:
     // Matches texts that are described by `pattern` from their first to their last character.
     // The empty pattern matches every text. An invalid one matches nothing.
-    static RegularExpression WholeTextMatch(std::wstring_view pattern) noexcept;
+    static RegularExpression WholeTextMatch(std::wstring_view pattern);
     // The rule for the titles of windows: a pattern without "^" and "$" may match any part of the
     // text; with either of them, anywhere in it, it must match the whole.
-    static RegularExpression ContainingMatch(std::wstring_view pattern) noexcept;
+    static RegularExpression ContainingMatch(std::wstring_view pattern);
 
     RegularExpression(RegularExpression&&) noexcept;
     RegularExpression& operator=(RegularExpression&&) noexcept;
@@ -30,8 +32,10 @@ public:
 
     // Whether the pattern could be compiled.
     bool IsValid() const noexcept;
-    // Any thread. Also false once the purse is empty, and when memory is.
-    bool Matches(std::wstring_view text) const noexcept;
+    // Any thread. Also false once the purse is empty.
+    bool Matches(std::wstring_view text) const;
+    // Whether the purse has been empty in this operation: what did not match since then might.
+    bool IsSpent() const noexcept;
     // Fills the purse again: whoever looks at the same texts over and over begins a new operation
     // each time.
     void BeginOperation() const noexcept;

@@ -63,8 +63,7 @@ DWORD PositiveOr(LONG value, LONG otherwise) noexcept {
 
 } // namespace
 
-WindowFinder::WindowFinder(std::wstring_view topLevelPattern,
-                           std::wstring_view childPattern) noexcept
+WindowFinder::WindowFinder(std::wstring_view topLevelPattern, std::wstring_view childPattern)
     : topLevel_(RegularExpression::ContainingMatch(topLevelPattern)),
       child_(RegularExpression::ContainingMatch(childPattern)),
       hasChildPattern_(!childPattern.empty()) {}
@@ -111,6 +110,15 @@ bool WindowFinder::IsAcceptable(HWND window) const noexcept {
     return window && IsWindow(window) && (!visibleOnly_ || IsWindowVisible(window));
 }
 
+bool WindowFinder::HasSeenAll() const noexcept {
+    return !topLevel_.IsSpent() && !child_.IsSpent();
+}
+
+bool WindowFinder::IsKnownToBeGone() {
+    HWND window = Find();
+    return window ? !IsAcceptable(window) : HasSeenAll();
+}
+
 HWND WindowFinder::WaitUntilPresent(HANDLE abort) {
     const DWORD start = GetTickCount();
     do {
@@ -128,7 +136,7 @@ HWND WindowFinder::WaitUntilPresent(HANDLE abort) {
 bool WindowFinder::WaitUntilGone(HANDLE abort) {
     const DWORD start = GetTickCount();
     do {
-        if (!IsAcceptable(Find()) && StaysGone(abort)) {
+        if (IsKnownToBeGone() && StaysGone(abort)) {
             return true;
         }
         if (!Pause(abort, checkInterval_)) {
@@ -136,14 +144,14 @@ bool WindowFinder::WaitUntilGone(HANDLE abort) {
         }
     } while (ElapsedSince(start) < timeLimit_);
     HWND window = Find();
-    return !window || (visibleOnly_ && !IsWindowVisible(window));
+    return window ? visibleOnly_ && !IsWindowVisible(window) : HasSeenAll();
 }
 
 // A program that replaces one window by another shows none for a moment.
 bool WindowFinder::StaysGone(HANDLE abort) {
     const DWORD start = GetTickCount();
     do {
-        if (!Pause(abort, kConfirmationInterval) || IsAcceptable(Find())) {
+        if (!Pause(abort, kConfirmationInterval) || !IsKnownToBeGone()) {
             return false;
         }
     } while (ElapsedSince(start) < checkInterval_);

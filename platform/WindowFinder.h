@@ -26,7 +26,7 @@ public:
 
     // Both patterns are matched as RegularExpression::ContainingMatch says. With an empty
     // `childPattern` the title of the top-level window alone decides.
-    WindowFinder(std::wstring_view topLevelPattern, std::wstring_view childPattern) noexcept;
+    WindowFinder(std::wstring_view topLevelPattern, std::wstring_view childPattern);
 
     // How long the waits below go on; 0 or less means the default.
     void SetTimeLimit(LONG milliseconds) noexcept;
@@ -38,7 +38,7 @@ public:
     // Whether both patterns could be compiled. An invalid one matches no window.
     bool IsValid() const noexcept;
 
-    // The functions below throw std::bad_alloc. One thread at a time.
+    // The constructor and the functions below throw std::bad_alloc. One thread at a time.
 
     // The first top-level window, in the system's order and visible or not, whose title matches and
     // which is or contains a window that matches the child pattern; null when there is none.
@@ -51,11 +51,15 @@ public:
     // count. Null when the time limit runs out, and at once when `abort` (an event) is signalled.
     HWND WaitUntilPresent(HANDLE abort);
     // Looks until no acceptable window has been there for one check interval. False when the time
-    // limit runs out, and at once when `abort` is signalled.
+    // limit runs out, and at once when `abort` is signalled. A look that a costly pattern brought
+    // to an early end has not seen that a window is gone.
     bool WaitUntilGone(HANDLE abort);
 
 private:
     bool IsAcceptable(HWND window) const noexcept;
+    // Whether a window that Find has not found does not exist, for all that the patterns say.
+    bool HasSeenAll() const noexcept;
+    bool IsKnownToBeGone();
     bool StaysGone(HANDLE abort);
 
     RegularExpression topLevel_;

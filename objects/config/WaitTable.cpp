@@ -44,7 +44,7 @@ LONG WaitTable::Start(std::unique_ptr<WaitTask> task) {
         return 0;
     }
     Entry entry;
-    entry.abortEvent.Reset(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    entry.abortEvent.Reset(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     if (!entry.abortEvent) {
         return 0;
     }

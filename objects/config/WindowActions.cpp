@@ -15,13 +15,13 @@ HWND Click(WindowFinder& finder) {
         return nullptr;
     }
     const WPARAM clicked = MAKEWPARAM(id, BN_CLICKED);
-    return PostMessageW(window, WM_COMMAND, clicked, reinterpret_cast<LPARAM>(button)) ? button
+    return PostMessageA(window, WM_COMMAND, clicked, reinterpret_cast<LPARAM>(button)) ? button
                                                                                        : nullptr;
 }
 
 bool Answers(HWND window) noexcept {
     DWORD_PTR result = 0;
-    return SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, kAnswerPatience, &result) !=
+    return SendMessageTimeoutA(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, kAnswerPatience, &result) !=
            0;
 }
 
@@ -61,7 +61,7 @@ bool ChangeState(WindowFinder& finder, StateChange change) {
         // Looked for once more; it may be gone by now, and a message to no window would come back
         // to this thread.
         if (HWND last = finder.Find()) {
-            PostMessageW(last, WM_CLOSE, 0, 0);
+            PostMessageA(last, WM_CLOSE, 0, 0);
         }
         break;
     }
@@ -82,7 +82,7 @@ bool ClickButton(WindowFinder& finder) {
 // the state asked for.
 bool ClickAndCheck(WindowFinder& finder, bool checked) {
     HWND button = Click(finder);
-    return button && PostMessageW(button, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+    return button && PostMessageA(button, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
 }
 
 } // namespace tervane

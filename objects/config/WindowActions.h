@@ -1,7 +1,8 @@
 #pragma once
 
 // What scripts do to the windows that a finder finds. Each looks once, without waiting, and none is
-// held up by a program that does not answer.
+// held up by a program that does not answer. Messages without text are sent by the narrow
+// functions, which exist on every system.
 
 #include "platform/WindowFinder.h"
 

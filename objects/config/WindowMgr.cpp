@@ -11,7 +11,7 @@ namespace tervane {
 namespace {
 
 // A null string is an empty pattern, which every title matches.
-WindowFinder FinderFor(BSTR topLevelPattern, BSTR childPattern) noexcept {
+WindowFinder FinderFor(BSTR topLevelPattern, BSTR childPattern) {
     return WindowFinder(TextOf(topLevelPattern), TextOf(childPattern));
 }
 

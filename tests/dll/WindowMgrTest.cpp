@@ -174,6 +174,9 @@ TEST_F(WindowMgrTest, CountsInvisibleWindowsOnlyForTheOneTrueFlag) {
         EXPECT_EQ(S_OK, manager->WaitForWindow(pattern.Get(), nullptr, kQuick, flag, 1, &wait));
         EXPECT_EQ(Ended(kOnWaitForWindow, result), EndOf(wait));
     }
+    // The number of a script has become a flag before it arrives.
+    EXPECT_EQ(Ended(kOnWaitForWindow, 0),
+              EndOf(Number(L"WaitForWindow", {title, L"", kQuick, 1, 1})));
 }
 
 TEST_F(WindowMgrTest, ReadsTheTitleOfTheTopLevelWindow) {

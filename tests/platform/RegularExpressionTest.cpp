@@ -112,7 +112,9 @@ TEST(RegularExpression, ExplosivePatternsEnd) {
 TEST(RegularExpression, SpentPurseMatchesNothingForTheRestOfTheOperation) {
     const auto expression = RegularExpression::WholeTextMatch(L"(a|aa)+");
     EXPECT_TRUE(expression.Matches(L"aaa"));
+    EXPECT_FALSE(expression.IsSpent());
     EXPECT_FALSE(expression.Matches(Repeat(L"a", 10'000) + L"b"));
+    EXPECT_TRUE(expression.IsSpent());
     EXPECT_FALSE(expression.Matches(L"aaa"));
     expression.BeginOperation();
     EXPECT_TRUE(expression.Matches(L"aaa"));

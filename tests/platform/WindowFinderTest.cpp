@@ -188,6 +188,20 @@ TEST(WindowFinder, TakesInvisibleWindowsOnlyWhenTheyCount) {
     EXPECT_FALSE(finder.WaitUntilGone(never.Get()));
 }
 
+TEST(WindowFinder, DoesNotTakeAWindowForGoneWhenItsPatternWasTooCostly) {
+    const ZelBase::UniqueHandle never = NewEvent();
+    const std::wstring title = UniqueTitle(std::wstring(400, L'a'));
+    const OwnWindow there(title, OwnWindow::Thread::kPumps);
+    const std::wstring costly = L"(a+)+!";
+    for (const auto& [topLevel, child] : {std::pair(costly, std::wstring()), {title, costly}}) {
+        WindowFinder finder(topLevel, child);
+        finder.SetTimeLimit(1);
+        finder.SetCheckInterval(20);
+        EXPECT_EQ(nullptr, finder.Find());
+        EXPECT_FALSE(finder.WaitUntilGone(never.Get()));
+    }
+}
+
 TEST(WindowFinder, BelievesThatAWindowIsGoneOnlyWhenItStaysAway) {
     const ZelBase::UniqueHandle never = NewEvent();
     const std::wstring title = UniqueTitle(L"Replaced");
