@@ -110,16 +110,19 @@ std::wstring BrowserSettings::ProgramPath() const {
     return {};
 }
 
-bool BrowserSettings::SetAutomaticDetection(bool enable) const {
-    const RegistryKey key = RegistryKey::Open(RegistryHive::kCurrentUser, kConnections,
-                                              KEY_QUERY_VALUE | KEY_SET_VALUE, api_);
-    std::optional<RegistryValue> settings = key.Read(kConnectionSettings);
+BrowserSettings::Detection BrowserSettings::SetAutomaticDetection(bool enable) const {
+    const auto open = [this](REGSAM access) {
+        return RegistryKey::Open(RegistryHive::kCurrentUser, kConnections, access, api_);
+    };
+    std::optional<RegistryValue> settings = open(KEY_QUERY_VALUE).Read(kConnectionSettings);
     if (!settings || settings->type != REG_BINARY || settings->bytes.size() <= kFlagsOffset) {
-        return false;
+        return Detection::kNoSettings;
     }
     // Every other way of connecting is switched off along with it, on purpose.
     settings->bytes[kFlagsOffset] = enable ? kDirect | kDetect : kDirect;
-    return key.WriteBytes(kConnectionSettings, settings->bytes);
+    return open(KEY_SET_VALUE).WriteBytes(kConnectionSettings, settings->bytes)
+               ? Detection::kSwitched
+               : Detection::kRefused;
 }
 
 std::wstring BrowserSettings::AutoConfigurationScript() const {
@@ -144,6 +147,10 @@ bool BrowserSettings::SetLocalBypass(bool enable) const {
         return true;
     }
     return WriteOrDelete(kProxyOverride, enable ? WithLocalBypass(list) : WithoutLocalBypass(list));
+}
+
+bool BrowserSettings::IsProxyEnabled() const {
+    return OpenInternetSettings().ReadNumber(kProxyEnable).value_or(0) != 0;
 }
 
 std::wstring BrowserSettings::ProxyServerText() const {

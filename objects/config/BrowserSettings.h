@@ -23,9 +23,10 @@ public:
     std::wstring ProgramPath() const;
 
     // Switches automatic detection of the proxy settings in the connection settings that Windows
-    // stores as one block of bytes. False when there is no such block, or one that is too short to
-    // have that switch.
-    bool SetAutomaticDetection(bool enable) const;
+    // stores as one block of bytes. kNoSettings when there is no such block, or one that is too
+    // short to have that switch.
+    enum class Detection { kSwitched, kNoSettings, kRefused };
+    Detection SetAutomaticDetection(bool enable) const;
 
     std::wstring AutoConfigurationScript() const;
     // "" leaves the browser without one.
@@ -36,7 +37,9 @@ public:
     bool SetProxyExceptions(std::wstring_view exceptions) const;
     bool SetLocalBypass(bool enable) const;
 
-    // See ProxyServers.h. Setting them switches the use of the proxy on, or off with "".
+    // See ProxyServers.h. They may be stored while no proxy is used. Setting them switches the use
+    // of the proxy on, or off with "".
+    bool IsProxyEnabled() const;
     std::wstring ProxyServerText() const;
     bool SetProxyServerText(std::wstring_view text) const;
 

@@ -11,10 +11,11 @@
 namespace tervane {
 namespace {
 
-// Runs `change`, which tells whether it was made.
+// Runs `change`, which tells whether the registry let it happen. There is no place for that answer
+// but the success code itself, which scripts do not see.
 template <typename Change>
 HRESULT MakeChange(Change change) noexcept {
-    return Guarded([&] { return change() ? S_OK : E_FAIL; });
+    return Guarded([&] { return change() ? S_OK : S_FALSE; });
 }
 
 // Returns what `read` has at the index, and an empty text with a failure where there is nothing.
@@ -72,11 +73,21 @@ HRESULT ConfigureIE::AddFavorite(BSTR name, BSTR url) {
     if (!IsFavoriteName(TextOf(name)) || !IsFavoriteUrl(TextOf(url))) {
         return E_INVALIDARG;
     }
-    return MakeChange([&] { return favorites_.Add(TextOf(name), TextOf(url)); });
+    return Guarded([&] { return favorites_.Add(TextOf(name), TextOf(url)) ? S_OK : E_FAIL; });
 }
 
 HRESULT ConfigureIE::EnableAutomaticSettingDetection(long enable) {
-    return MakeChange([&] { return settings_.SetAutomaticDetection(enable != 0); });
+    return Guarded([&]() -> HRESULT {
+        switch (settings_.SetAutomaticDetection(enable != 0)) {
+        case BrowserSettings::Detection::kSwitched:
+            return S_OK;
+        case BrowserSettings::Detection::kRefused:
+            return S_FALSE;
+        case BrowserSettings::Detection::kNoSettings:
+            break;
+        }
+        return E_FAIL;
+    });
 }
 
 HRESULT ConfigureIE::get_AutoConfigurationScript(BSTR* result) {
@@ -159,7 +170,10 @@ HRESULT ConfigureIE::EnableLocalBypass(long enable) {
 
 HRESULT ConfigureIE::CommitProxyServers() {
     return MakeChange([&] {
-        ProxyServers servers = ProxyServers::Parse(settings_.ProxyServerText());
+        // What is stored while no proxy is used is a leftover, not to be switched on along with
+        // what was put.
+        ProxyServers servers = ProxyServers::Parse(
+            settings_.IsProxyEnabled() ? settings_.ProxyServerText() : std::wstring());
         for (size_t i = 0; i < kProxyProtocols; ++i) {
             if (putProxies_[i]) {
                 servers.SetAddress(static_cast<ProxyProtocol>(i), *putProxies_[i]);

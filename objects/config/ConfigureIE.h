@@ -2,9 +2,10 @@
 
 // Internet Explorer for scripts: home page, favourites and proxy settings of the current user.
 //
-// What cannot be done is a failure of the call, which scripts see as an error: E_INVALIDARG for an
-// index out of range and for a name or an address that cannot be one, E_FAIL when the registry or
-// the file system refuses.
+// A change that the registry refuses answers S_FALSE, which is no error to a script. What cannot be
+// done at all is a failure of the call: E_INVALIDARG for an index out of range and for a name or an
+// address that cannot be one, E_FAIL when the file system refuses and when there are no settings in
+// which anything could be switched.
 
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"

@@ -13,21 +13,20 @@ using WideFunction = BOOL(WINAPI*)(HWND, LPWSTR, int, BOOL);
 
 } // namespace
 
+// The wide function where there is one that works. The narrow one spells a character that the code
+// page lacks as the letter that looks most like it, and so may lead into the folder of another
+// user.
 std::wstring FavoritesFolder(bool create) {
     const ZelBase::SystemLibrary shell("Shell32.dll");
-    const auto narrow = shell.Find<NarrowFunction>("SHGetSpecialFolderPathA");
     const auto wide = shell.Find<WideFunction>("SHGetSpecialFolderPathW");
-    char narrowPath[MAX_PATH] = {};
+    const auto narrow = shell.Find<NarrowFunction>("SHGetSpecialFolderPathA");
     wchar_t widePath[MAX_PATH] = {};
-    if (!narrow || !narrow(nullptr, narrowPath, CSIDL_FAVORITES, create)) {
-        return {};
+    if (wide && wide(nullptr, widePath, CSIDL_FAVORITES, create)) {
+        return widePath;
     }
-    // A path with a character that the code page lacks tells so by one that no path can contain.
-    std::wstring path = FromNarrow(narrowPath);
-    if (path.find(L'?') == std::wstring::npos) {
-        return path;
-    }
-    return wide && wide(nullptr, widePath, CSIDL_FAVORITES, create) ? widePath : L"";
+    char narrowPath[MAX_PATH] = {};
+    return narrow && narrow(nullptr, narrowPath, CSIDL_FAVORITES, create) ? FromNarrow(narrowPath)
+                                                                          : L"";
 }
 
 } // namespace tervane

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::array<std::wstring_view, kProxyProtocols> kNames = {L"http", L"https", L"ftp",
                                                                    L"gopher", L"socks"};
+constexpr size_t kSocks = static_cast<size_t>(ProxyProtocol::kSocks);
 constexpr std::wstring_view kBlanks = L" \t\r\n";
 constexpr std::wstring_view kSeparators = L"; \t\r\n";
 
@@ -57,9 +58,9 @@ ProxyServers ProxyServers::Parse(std::wstring_view text) {
         }
         begin = end;
     }
-    for (Addresses& addresses : servers.known_) {
-        if (addresses.empty()) {
-            addresses = forAll;
+    for (size_t i = 0; i < kProxyProtocols; ++i) {
+        if (i != kSocks && servers.known_[i].empty()) {
+            servers.known_[i] = forAll;
         }
     }
     return servers;
@@ -94,9 +95,9 @@ void ProxyServers::SetAddress(ProxyProtocol protocol, std::wstring_view address)
 }
 
 bool ProxyServers::IsOneForAll() const {
-    return others_.empty() && std::all_of(known_.begin(), known_.end(), [this](const auto& other) {
-               return other == known_.front();
-           });
+    return others_.empty() && known_[kSocks].empty() &&
+           std::all_of(known_.begin(), known_.begin() + kSocks,
+                       [this](const Addresses& other) { return other == known_.front(); });
 }
 
 std::wstring ProxyServers::Text() const {

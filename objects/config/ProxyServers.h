@@ -1,9 +1,10 @@
 #pragma once
 
 // The proxy servers as the browser stores them, in one text: "http=a:80;https=b:80", or just
-// "a:80", which is meant for all protocols. Entries are separated by semicolons or blanks. What the
-// text says beyond that - protocols that nobody here knows, several servers for one protocol, of
-// which the first one counts - survives a change of the rest.
+// "a:80", which is meant for all protocols but socks, whose servers speak another language. Entries
+// are separated by semicolons or blanks. What the text says beyond that - protocols that nobody
+// here knows, several servers for one protocol, of which the first one counts - survives a change
+// of the rest.
 
 #include <array>
 #include <string>
@@ -25,8 +26,8 @@ public:
     // `address` satisfies IsProxyAddress, or is "" for none.
     void SetAddress(ProxyProtocol protocol, std::wstring_view address);
 
-    // In the order http, https, ftp, gopher, socks, others; without any protocol when all five
-    // have the same and there are no others; "" when nothing is left.
+    // In the order http, https, ftp, gopher, socks, others; without any protocol when the first
+    // four have the same and there is nothing else; "" when nothing is left.
     std::wstring Text() const;
 
 private:

@@ -37,13 +37,15 @@ protected:
     std::wstring Get(const wchar_t* property) { return Read(Object(), property).Text(); }
 
     Apartment apartment_;
-    fs::path folder_ = fs::temp_directory_path() / L"tervane ConfigureIE test";
+    // With a letter that no code page of the west has.
+    fs::path folder_ = fs::temp_directory_path() / L"tervane ConfigureIE test \u0101\u0416";
     ScratchHive user_{RegistryHive::kCurrentUser};
     ComPtr<IDispatch> object_ = TestComponent::Get().Create(__uuidof(::ConfigureIE));
 };
 
 TEST_F(ConfigureIETest, HoldsProxiesUntilTheyAreCommitted) {
     Settings().WriteText(L"ProxyServer", L"http=old:80;ftp=old:21;rtsp=r");
+    Settings().WriteNumber(L"ProxyEnable", 1);
     EXPECT_EQ(L"old:80", Get(L"HttpProxyServer"));
     EXPECT_EQ(S_OK, Put(L"HttpProxyServer", L" new:8080 "));
     EXPECT_EQ(S_OK, Put(L"FtpProxyServer", L""));
@@ -53,15 +55,19 @@ TEST_F(ConfigureIETest, HoldsProxiesUntilTheyAreCommitted) {
         EXPECT_EQ(DISP_E_EXCEPTION, Put(L"HttpProxyServer", bad)) << bad;
     }
     EXPECT_EQ(L"http=old:80;ftp=old:21;rtsp=r", Settings().ReadText(L"ProxyServer"));
-    EXPECT_EQ(std::nullopt, Settings().ReadNumber(L"ProxyEnable"));
-
     EXPECT_EQ(S_OK, Call(Object(), L"CommitProxyServers").status);
     EXPECT_EQ(L"http=new:8080;rtsp=r", Settings().ReadText(L"ProxyServer"));
     EXPECT_EQ(1u, Settings().ReadNumber(L"ProxyEnable"));
     // What is committed is held no longer.
     Settings().WriteText(L"ProxyServer", L"other:3128");
     EXPECT_EQ(L"other:3128", Get(L"HttpProxyServer"));
-    EXPECT_EQ(L"other:3128", Get(L"SocksProxyServer"));
+    EXPECT_EQ(L"", Get(L"SocksProxyServer"));
+    // Where no proxy is used, what is stored is no beginning.
+    Settings().WriteNumber(L"ProxyEnable", 0);
+    EXPECT_EQ(S_OK, Put(L"FtpProxyServer", L"new:21"));
+    EXPECT_EQ(S_OK, Call(Object(), L"CommitProxyServers").status);
+    EXPECT_EQ(L"ftp=new:21", Settings().ReadText(L"ProxyServer"));
+    EXPECT_EQ(1u, Settings().ReadNumber(L"ProxyEnable"));
 }
 
 TEST_F(ConfigureIETest, StoresOneProxyForAllWithoutPrefixAndNoneAsSwitchedOff) {
@@ -69,10 +75,15 @@ TEST_F(ConfigureIETest, StoresOneProxyForAllWithoutPrefixAndNoneAsSwitchedOff) {
         EXPECT_EQ(S_OK, Put(proxy, L"proxy:8080"));
     }
     EXPECT_EQ(S_OK, Call(Object(), L"CommitProxyServers").status);
+    EXPECT_EQ(L"http=proxy:8080;https=proxy:8080;ftp=proxy:8080;gopher=proxy:8080;"
+              L"socks=proxy:8080",
+              Settings().ReadText(L"ProxyServer"));
+    EXPECT_EQ(S_OK, Put(L"SocksProxyServer", L""));
+    EXPECT_EQ(S_OK, Call(Object(), L"CommitProxyServers").status);
     EXPECT_EQ(L"proxy:8080", Settings().ReadText(L"ProxyServer"));
     const ComPtr<IDispatch> another = TestComponent::Get().Create(__uuidof(::ConfigureIE));
     for (const wchar_t* proxy : kProxies) {
-        EXPECT_EQ(L"proxy:8080", Read(another.Get(), proxy).Text());
+        EXPECT_EQ(proxy == kProxies[4] ? L"" : L"proxy:8080", Read(another.Get(), proxy).Text());
         EXPECT_EQ(S_OK, Put(proxy, L""));
     }
     EXPECT_EQ(S_OK, Call(Object(), L"CommitProxyServers").status);
@@ -131,6 +142,20 @@ TEST_F(ConfigureIETest, TellsItsFailuresToCompiledCallersToo) {
     EXPECT_EQ(S_OK, browser->put_HttpProxyServer(nullptr));
     EXPECT_EQ(S_OK, browser->put_AutoConfigurationScript(nullptr));
     EXPECT_EQ(E_FAIL, browser->EnableAutomaticSettingDetection(0));
+
+    // What the registry refuses is not done, and no error.
+    UniqueRegistryKey key;
+    Settings();
+    ASSERT_EQ(0, RegOpenKeyExW(HKEY_CURRENT_USER,
+                               L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings",
+                               0, WRITE_DAC, key.Put()));
+    GrantOnly(key.Get(), KEY_READ);
+    EXPECT_EQ(S_FALSE, browser->EnableLocalBypass(1));
+    EXPECT_EQ(S_FALSE, browser->CommitProxyServers());
+    EXPECT_EQ(S_FALSE, browser->put_ProxyExceptions(MakeBstr(L"host").Get()));
+    EXPECT_EQ(S_OK, Call(Object(), L"EnableLocalBypass", {1}).status);
+    GrantOnly(key.Get(), KEY_ALL_ACCESS);
+    EXPECT_EQ(L"", Get(L"ProxyExceptions"));
 }
 
 TEST_F(ConfigureIETest, DISABLED_CompletesTheWizardForANamedUser) {

@@ -67,28 +67,29 @@ TEST_F(BrowserSettingsTest, ReadWhatTheSetupTold) {
 }
 
 TEST_F(BrowserSettingsTest, SwitchAutomaticDetectionInTheFlagsByteOnly) {
-    EXPECT_FALSE(settings_.SetAutomaticDetection(true));
+    using enum BrowserSettings::Detection;
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
     EXPECT_FALSE(user_.Open(kInternet + L"\\Connections").IsOpen());
     const RegistryKey key = Connections();
-    EXPECT_FALSE(settings_.SetAutomaticDetection(true));
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
     EXPECT_TRUE(key.ValueNames().empty());
 
     std::vector<unsigned char> block(56, 0x5A);
     block[0] = 0x3C;
     key.WriteBytes(L"DefaultConnectionSettings", block);
     for (const bool enable : {true, false}) {
-        EXPECT_TRUE(settings_.SetAutomaticDetection(enable));
+        EXPECT_EQ(kSwitched, settings_.SetAutomaticDetection(enable));
         block[8] = enable ? 9 : 1;
         EXPECT_EQ(block, key.Read(L"DefaultConnectionSettings")->bytes);
     }
     for (size_t size : {0, 1, 8}) {
         block.resize(size);
         key.WriteBytes(L"DefaultConnectionSettings", block);
-        EXPECT_FALSE(settings_.SetAutomaticDetection(true)) << size;
+        EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true)) << size;
         EXPECT_EQ(block, key.Read(L"DefaultConnectionSettings")->bytes);
     }
     key.WriteText(L"DefaultConnectionSettings", L"longer than nine bytes");
-    EXPECT_FALSE(settings_.SetAutomaticDetection(true));
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
     EXPECT_EQ(L"longer than nine bytes", key.ReadText(L"DefaultConnectionSettings"));
 }
 
@@ -112,10 +113,12 @@ TEST_F(BrowserSettingsTest, SwitchTheProxyOnAndOffWithItsServers) {
     EXPECT_TRUE(settings_.SetProxyServerText(L"http=a"));
     EXPECT_EQ(L"http=a", Text(L"ProxyServer"));
     EXPECT_EQ(1u, Number(L"ProxyEnable"));
+    EXPECT_TRUE(settings_.IsProxyEnabled());
     for (int i = 0; i < 2; ++i) { // off already, the second time
         EXPECT_TRUE(settings_.SetProxyServerText(L""));
         EXPECT_EQ(std::nullopt, Text(L"ProxyServer"));
         EXPECT_EQ(0u, Number(L"ProxyEnable"));
+        EXPECT_FALSE(settings_.IsProxyEnabled());
     }
 }
 
@@ -134,7 +137,8 @@ TEST_F(BrowserSettingsTest, StayWholeWhenTheRegistryRefuses) {
         }
     }
     Connections().WriteBytes(L"DefaultConnectionSettings", std::vector<unsigned char>(9));
-    EXPECT_FALSE(
+    EXPECT_EQ(
+        BrowserSettings::Detection::kRefused,
         BrowserSettings(RefuseValue(L"DefaultConnectionSettings")).SetAutomaticDetection(true));
     Internet().WriteText(L"ProxyOverride", L"a");
     EXPECT_FALSE(BrowserSettings(RefuseValue(L"ProxyOverride")).SetLocalBypass(true));

@@ -21,10 +21,14 @@ struct StoredText {
 const StoredText kTextsFromTheField[] = {
     {L"", {L"", L"", L"", L"", L""}, L""},
     {L" ; ;", {L"", L"", L"", L"", L""}, L""},
+    // What is meant for all protocols is never meant for socks.
     {L"proxy:8080",
-     {L"proxy:8080", L"proxy:8080", L"proxy:8080", L"proxy:8080", L"proxy:8080"},
+     {L"proxy:8080", L"proxy:8080", L"proxy:8080", L"proxy:8080", L""},
      L"proxy:8080"},
-    {L"  proxy ; ", {L"proxy", L"proxy", L"proxy", L"proxy", L"proxy"}, L"proxy"},
+    {L"  proxy ; ", {L"proxy", L"proxy", L"proxy", L"proxy", L""}, L"proxy"},
+    {L"proxy;socks=e",
+     {L"proxy", L"proxy", L"proxy", L"proxy", L"e"},
+     L"http=proxy;https=proxy;ftp=proxy;gopher=proxy;socks=e"},
     {L"http=a:80;https=b:443;ftp=c;gopher=d;socks=e:1080",
      {L"a:80", L"b:443", L"c", L"d", L"e:1080"},
      L"http=a:80;https=b:443;ftp=c;gopher=d;socks=e:1080"},
@@ -36,10 +40,10 @@ const StoredText kTextsFromTheField[] = {
      {L"http://a:80", L"", L"", L"", L""},
      L"http=http://a:80;rtsp=r:554;=x"},
     {L"ftp=c;proxy",
-     {L"proxy", L"proxy", L"c", L"proxy", L"proxy"},
-     L"http=proxy;https=proxy;ftp=c;gopher=proxy;socks=proxy"},
+     {L"proxy", L"proxy", L"c", L"proxy", L""},
+     L"http=proxy;https=proxy;ftp=c;gopher=proxy"},
     {L"http=first;http=second", {L"first", L"", L"", L"", L""}, L"http=first;http=second"},
-    {L"one;two", {L"one", L"one", L"one", L"one", L"one"}, L"one;two"},
+    {L"one;two", {L"one", L"one", L"one", L"one", L""}, L"one;two"},
     {L"==;;=", {L"", L"", L"", L"", L""}, L"=="},
 };
 
@@ -65,7 +69,7 @@ TEST(ProxyServersTest, ChangesOneProtocolAndLeavesTheOthers) {
     servers.SetAddress(kSocks, L"other");
     EXPECT_EQ(L"http=proxy:80;https=proxy:80;ftp=proxy:80;gopher=proxy:80;socks=other",
               servers.Text());
-    servers.SetAddress(kSocks, L"proxy:80");
+    servers.SetAddress(kSocks, L"");
     EXPECT_EQ(L"proxy:80", servers.Text());
     for (size_t i = 0; i < kProxyProtocols; ++i) {
         servers.SetAddress(static_cast<ProxyProtocol>(i), L"");
