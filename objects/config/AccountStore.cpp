@@ -162,17 +162,25 @@ MailError AccountStore::Remove(std::wstring_view name) const {
     if (!account) {
         return MailError::kUnknownAccount;
     }
-    if (!Forget(L"\\Accounts\\" + account->key)) {
-        return MailError::kWriteFailed;
-    }
-    const RegistryKey manager = Open(L"", KEY_QUERY_VALUE | KEY_SET_VALUE);
+    const RegistryKey manager = Open(L"", KEY_QUERY_VALUE);
+    std::vector<const wchar_t*> defaults;
     for (const AccountKind kind : {AccountKind::kMail, AccountKind::kNews}) {
-        if (manager.ReadText(DefaultValueOf(kind)) == account->key) {
-            // If this is refused, the value names nothing, which is the same as no default.
-            manager.DeleteValue(DefaultValueOf(kind));
+        if (SameName(manager.ReadText(DefaultValueOf(kind)).value_or(L""), account->key)) {
+            defaults.push_back(DefaultValueOf(kind));
         }
     }
-    return MailError::kSuccess;
+    // First, so that no default names an account that is gone.
+    const RegistryKey changed = Open(L"", KEY_SET_VALUE);
+    const bool isNoDefault =
+        std::all_of(defaults.begin(), defaults.end(),
+                    [&changed](const wchar_t* name) { return changed.DeleteValue(name); });
+    if (isNoDefault && Forget(L"\\Accounts\\" + account->key)) {
+        return MailError::kSuccess;
+    }
+    for (const wchar_t* value : defaults) {
+        changed.WriteText(value, account->key);
+    }
+    return MailError::kWriteFailed;
 }
 
 MailError AccountStore::Read(std::wstring_view name, std::wstring_view setting,

@@ -2,6 +2,11 @@
 
 #include "platform/RegistryKey.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
 namespace tervane {
 namespace {
 
@@ -9,9 +14,27 @@ struct Place {
     const wchar_t* path;
     const wchar_t* name;
 };
-constexpr Place kRemoteAccess = {L"RemoteAccess", L"InternetProfile"};
-constexpr Place kAutomaticDialling = {L"Software\\Microsoft\\RAS AutoDial\\Default",
-                                      L"DefaultInternet"};
+// In the order in which they are looked at.
+constexpr Place kPlaces[] = {
+    {L"Software\\Microsoft\\RAS AutoDial\\Default", L"DefaultInternet"},
+    {L"RemoteAccess", L"InternetProfile"},
+};
+
+bool Exists(const Place& place, const RegistryApi& api) {
+    return RegistryKey::Open(RegistryHive::kCurrentUser, place.path, KEY_QUERY_VALUE, api).IsOpen();
+}
+
+// Those that exist on this machine. Where neither does nobody can tell yet which one the system
+// will look at, so both are made.
+std::vector<Place> PlacesToWrite(const RegistryApi& api) {
+    std::vector<Place> places;
+    std::copy_if(std::begin(kPlaces), std::end(kPlaces), std::back_inserter(places),
+                 [&api](const Place& place) { return Exists(place, api); });
+    if (places.empty()) {
+        places.assign(std::begin(kPlaces), std::end(kPlaces));
+    }
+    return places;
+}
 
 std::wstring Read(const Place& place, const RegistryApi& api) {
     return RegistryKey::Open(RegistryHive::kCurrentUser, place.path, KEY_QUERY_VALUE, api)
@@ -31,25 +54,28 @@ bool Write(const Place& place, const std::wstring& entry, const RegistryApi& api
 
 } // namespace
 
-std::wstring DefaultConnection(PlatformFamily family, const RegistryApi& api) {
-    std::wstring entry;
-    if (family == PlatformFamily::kXp) {
-        entry = Read(kAutomaticDialling, api);
+std::wstring DefaultConnection(const RegistryApi& api) {
+    for (const Place& place : kPlaces) {
+        std::wstring entry = Read(place, api);
+        if (!entry.empty()) {
+            return entry;
+        }
     }
-    return entry.empty() ? Read(kRemoteAccess, api) : entry;
+    return {};
 }
 
-bool SetDefaultConnection(PlatformFamily family, const std::wstring& entry,
-                          const RegistryApi& api) {
-    const std::wstring before = Read(kRemoteAccess, api);
-    if (!Write(kRemoteAccess, entry, api)) {
-        return false;
+bool SetDefaultConnection(const std::wstring& entry, const RegistryApi& api) {
+    std::vector<std::pair<Place, std::wstring>> written;
+    for (const Place& place : PlacesToWrite(api)) {
+        written.emplace_back(place, Read(place, api));
+        if (!Write(place, entry, api)) {
+            for (const auto& [changed, before] : written) {
+                Write(changed, before, api);
+            }
+            return false;
+        }
     }
-    if (family != PlatformFamily::kXp || Write(kAutomaticDialling, entry, api)) {
-        return true;
-    }
-    Write(kRemoteAccess, before, api);
-    return false;
+    return true;
 }
 
 } // namespace tervane

@@ -2,9 +2,9 @@
 
 // The phone-book entry that programs dial when they need the internet, by its name. Windows XP
 // keeps it with the settings of automatic dialling, older systems (and programs written for them)
-// with those of remote access.
+// with those of remote access. Which of them count on a machine is told by their keys: a browser
+// that was installed later brings the new ones to an old system.
 
-#include "platform/PlatformFamily.h"
 #include "platform/RegistryApi.h"
 
 #include <string>
@@ -12,11 +12,10 @@
 namespace tervane {
 
 // "" when there is none.
-std::wstring DefaultConnection(PlatformFamily family,
-                               const RegistryApi& api = RegistryApi::System());
+std::wstring DefaultConnection(const RegistryApi& api = RegistryApi::System());
 
 // "" for none. False when the registry refuses it; then everything is as it was.
-bool SetDefaultConnection(PlatformFamily family, const std::wstring& entry,
+bool SetDefaultConnection(const std::wstring& entry,
                           const RegistryApi& api = RegistryApi::System());
 
 } // namespace tervane

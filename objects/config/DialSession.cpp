@@ -8,10 +8,6 @@
 
 namespace tervane {
 
-DialSession::~DialSession() {
-    SecureZeroMemory(request_.password.data(), request_.password.size() * sizeof(wchar_t));
-}
-
 DWORD DialSession::Run(const Listener& listener) {
     HRASCONN connection = nullptr;
     DWORD error = ERROR_NOT_ENOUGH_MEMORY;
@@ -31,12 +27,13 @@ DWORD DialSession::Dial(const Listener& listener, HRASCONN& connection) {
         return ERROR_USER_DISCONNECTION;
     }
     DialWindow window;
-    const ZelBase::UniqueHandle lost(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const ZelBase::UniqueHandle lost(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     if (!window.Handle() || !lost) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
     const DWORD error = dialUp_->Dial(request_.entry, request_.userName, request_.password,
                                       window.Handle(), connection);
+    request_.password.Clear();
     if (error != ERROR_SUCCESS) {
         return error;
     }

@@ -4,6 +4,7 @@
 // that fails, or is given up, is hung up before the session ends.
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/SecretText.h"
 #include "objects/config/DialUp.h"
 #include "objects/config/DialWindow.h"
 
@@ -17,16 +18,15 @@ class DialSession {
 public:
     struct Request {
         std::wstring entry;
-        std::wstring userName; // "" for the one stored with the entry
-        std::wstring password; // the same
+        std::wstring userName;            // "" for the one stored with the entry
+        ZelBase::WideSecretText password; // the same
     };
     // Is told each state with its error, on the thread that runs the session.
     using Listener = std::function<void(DWORD state, DWORD error)>;
 
     DialSession(std::shared_ptr<const DialUp> dialUp, Request request)
         : dialUp_(std::move(dialUp)), request_(std::move(request)),
-          abort_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
-    ~DialSession();
+          abort_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
     DialSession(const DialSession&) = delete;
     DialSession& operator=(const DialSession&) = delete;
 

@@ -7,6 +7,7 @@
 // All members can be called by any thread.
 
 #include "ZelBase/LocalMutex.h"
+#include "ZelBase/SecretText.h"
 #include "objects/config/PhoneBookRecord.h"
 
 #include <windows.h>
@@ -63,9 +64,10 @@ public:
 
     virtual DWORD ReadCredentials(const std::wstring& name, DialCredentials& credentials) const = 0;
     // Without `password` the stored one is kept; an empty one removes it.
-    virtual DWORD WriteCredentials(const std::wstring& name, const std::wstring& userName,
-                                   const std::wstring& domain,
-                                   const std::optional<std::wstring>& password) const = 0;
+    virtual DWORD
+    WriteCredentials(const std::wstring& name, const std::wstring& userName,
+                     const std::wstring& domain,
+                     const std::optional<ZelBase::WideSecretText>& password) const = 0;
 
     virtual DWORD Devices(std::vector<DialDevice>& devices) const = 0;
     // Those that are being made included.
@@ -77,7 +79,8 @@ public:
     // told of each state by the message RASDIALEVENT (wParam the state, lParam the error). A
     // connection is to be hung up even when dialling it fails; null when there is none.
     virtual DWORD Dial(const std::wstring& name, const std::wstring& userName,
-                       const std::wstring& password, HWND window, HRASCONN& connection) const = 0;
+                       const ZelBase::WideSecretText& password, HWND window,
+                       HRASCONN& connection) const = 0;
     // Signals the event when the connection ends. Not every system can.
     virtual DWORD NotifyOfEnd(HRASCONN connection, HANDLE event) const = 0;
     // Returns before the connection is gone; see HangUp.h.

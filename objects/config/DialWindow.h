@@ -37,7 +37,8 @@ public:
         DWORD state;
         DWORD error;
     };
-    // Lets waiting messages in, and takes out the oldest progress.
+    // Lets waiting messages in, and takes out the oldest progress. One that could not be noted is
+    // an error, ERROR_NOT_ENOUGH_MEMORY.
     std::optional<Progress> Take();
 
 private:
@@ -45,6 +46,7 @@ private:
 
     const UINT progressMessage_;
     std::deque<Progress> progress_;
+    std::optional<Progress> lost_;
     UniqueWindow window_;
 };
 

@@ -21,7 +21,7 @@ bool IsWithoutPhoneBook(DWORD error) noexcept {
 
 } // namespace
 
-bool FitsEntry(const std::wstring& text, size_t longest) noexcept {
+bool FitsEntry(std::wstring_view text, size_t longest) noexcept {
     return text.size() <= longest && std::none_of(text.begin(), text.end(), [](wchar_t letter) {
                return letter < L' ' || letter == 0x7F;
            });
@@ -115,12 +115,13 @@ DWORD PhoneBook::ReadOrBegin(const std::wstring& name, EntryImage& image, bool& 
                                                                : error;
 }
 
-DWORD PhoneBook::SaveCredentials(const PhoneBookDraft& draft) const {
+DWORD PhoneBook::SaveCredentials(const PhoneBookDraft& draft, bool& hasPassword) const {
     DialCredentials stored;
     const DWORD error = dialUp_->ReadCredentials(draft.name, stored);
     if (error != ERROR_SUCCESS) {
         return error;
     }
+    hasPassword = draft.newPassword ? !draft.newPassword->IsEmpty() : stored.hasPassword;
     if (!draft.newPassword && stored.userName == draft.credentials.userName &&
         stored.domain == draft.credentials.domain) {
         return ERROR_SUCCESS;
@@ -143,15 +144,14 @@ DWORD PhoneBook::Save(PhoneBookDraft& draft) const {
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    error = SaveCredentials(draft);
+    bool hasPassword = false;
+    error = SaveCredentials(draft, hasPassword);
     if (error != ERROR_SUCCESS) {
         exists ? dialUp_->WriteEntry(draft.name, before) : dialUp_->DeleteEntry(draft.name);
         return error;
     }
-    if (draft.newPassword) {
-        draft.credentials.hasPassword = !draft.newPassword->empty();
-        draft.newPassword.reset();
-    }
+    draft.credentials.hasPassword = hasPassword;
+    draft.newPassword.reset();
     return ERROR_SUCCESS;
 }
 

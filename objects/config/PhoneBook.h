@@ -3,6 +3,7 @@
 // The operations on phone-book entries that take several steps. One that fails half-way puts back
 // what it has done. Results are the system's error numbers, 0 for success.
 
+#include "ZelBase/SecretText.h"
 #include "objects/config/DialUp.h"
 
 #include <memory>
@@ -17,7 +18,7 @@ struct PhoneBookDraft {
     PhoneBookRecord record;
     DialCredentials credentials;
     // The one put since the entry was read; "" is to remove the stored one.
-    std::optional<std::wstring> newPassword;
+    std::optional<ZelBase::WideSecretText> newPassword;
 };
 
 class PhoneBook {
@@ -39,19 +40,19 @@ public:
     DWORD Load(const std::wstring& name, PhoneBookDraft& draft) const;
 
     // Creates the entry when there is none of that name. Afterwards the draft has no new password
-    // any more.
+    // any more, and tells whether one is stored with the entry of its name.
     DWORD Save(PhoneBookDraft& draft) const;
 
 private:
     DWORD FindDevice(const std::wstring& name, DialDevice& device) const;
     DWORD ReadOrBegin(const std::wstring& name, EntryImage& image, bool& exists) const;
-    DWORD SaveCredentials(const PhoneBookDraft& draft) const;
+    DWORD SaveCredentials(const PhoneBookDraft& draft, bool& hasPassword) const;
 
     std::shared_ptr<const DialUp> dialUp_;
 };
 
 // What fits into an entry. The system's structures have room for so many characters; a name or a
 // text with control characters is none.
-bool FitsEntry(const std::wstring& text, size_t longest) noexcept;
+bool FitsEntry(std::wstring_view text, size_t longest) noexcept;
 
 } // namespace tervane

@@ -20,12 +20,12 @@ HRESULT PhoneBookEntry::GetText(BSTR* result, Field field) noexcept {
     });
 }
 
-template <typename Field>
+template <typename Text, typename Field>
 HRESULT PhoneBookEntry::PutText(BSTR text, size_t longest, Field field) noexcept {
     return Guarded([&] {
-        std::wstring copy(TextOf(text));
+        Text copy(TextOf(text));
         const Lock lock(lock_);
-        lastError_ = FitsEntry(copy, longest) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+        lastError_ = FitsEntry(TextOf(text), longest) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
         if (lastError_ == ERROR_SUCCESS) {
             field(draft_) = std::move(copy);
         }
@@ -153,7 +153,7 @@ HRESULT PhoneBookEntry::put_Domain(BSTR domain) {
 }
 
 HRESULT PhoneBookEntry::put_Password(BSTR password) {
-    return PutText(
+    return PutText<ZelBase::WideSecretText>(
         password, PWLEN, [](auto& draft) -> auto& { return draft.newPassword; });
 }
 

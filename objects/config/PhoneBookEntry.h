@@ -64,7 +64,7 @@ private:
     // `field` finds a text, an address or a flag in the draft.
     template <typename Field>
     HRESULT GetText(BSTR* result, Field field) noexcept;
-    template <typename Field>
+    template <typename Text = std::wstring, typename Field>
     HRESULT PutText(BSTR text, size_t longest, Field field) noexcept;
     HRESULT GetAddress(BSTR* result, Ipv4Bytes PhoneBookRecord::*address) noexcept;
     HRESULT PutAddress(BSTR text, Ipv4Bytes PhoneBookRecord::*address) noexcept;

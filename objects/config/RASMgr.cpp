@@ -150,7 +150,8 @@ HRESULT RASMgr::Connect(BSTR entry, BSTR userName, BSTR password, long* result) 
             return 0L;
         }
         const auto session = std::make_shared<DialSession>(
-            dialUp, DialSession::Request{name, CopyOf(userName), CopyOf(password)});
+            dialUp, DialSession::Request{name, CopyOf(userName),
+                                         ZelBase::WideSecretText(TextOf(password))});
         const long id = Register(session);
         if (!StartSession(id, session)) {
             Unregister(id);
@@ -245,9 +246,7 @@ HRESULT RASMgr::GetConnectionState(BSTR entry, long* result) {
 HRESULT RASMgr::get_DefaultConnection(BSTR* result) {
     return AnswerText(result, [&] {
         std::vector<std::wstring> entries;
-        return Note(PhoneBook(dialUp_.Get()).List(entries))
-                   ? DefaultConnection(CurrentPlatformFamily())
-                   : std::wstring();
+        return Note(PhoneBook(dialUp_.Get()).List(entries)) ? DefaultConnection() : std::wstring();
     });
 }
 
@@ -260,7 +259,7 @@ HRESULT RASMgr::put_DefaultConnection(BSTR entry) {
         }
         if (!exists && !name.empty()) {
             Note(ERROR_CANNOT_FIND_PHONEBOOK_ENTRY);
-        } else if (!SetDefaultConnection(CurrentPlatformFamily(), name)) {
+        } else if (!SetDefaultConnection(name)) {
             Note(ERROR_ACCESS_DENIED);
         }
         return S_OK;

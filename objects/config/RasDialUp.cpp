@@ -87,7 +87,7 @@ template <typename Form>
 class RasDialUp<Form>::Parameters {
 public:
     Parameters() = default;
-    ~Parameters() { SecureZeroMemory(&value, sizeof(value)); }
+    ~Parameters() { ZelBase::WipeMemory(&value, sizeof(value)); }
     Parameters(const Parameters&) = delete;
     Parameters& operator=(const Parameters&) = delete;
 
@@ -272,19 +272,19 @@ DWORD RasDialUp<Form>::ReadCredentials(const std::wstring& name,
 }
 
 template <typename Form>
-DWORD RasDialUp<Form>::WriteCredentials(const std::wstring& name, const std::wstring& userName,
-                                        const std::wstring& domain,
-                                        const std::optional<std::wstring>& password) const {
+DWORD RasDialUp<Form>::WriteCredentials(
+    const std::wstring& name, const std::wstring& userName, const std::wstring& domain,
+    const std::optional<ZelBase::WideSecretText>& password) const {
     Parameters parameters;
     const DWORD status = ReadParameters(name, parameters);
     if (status != ERROR_SUCCESS) {
         return status;
     }
     // A password that is kept is written as it was read: newer systems hand out a stand-in for it.
-    const bool remove = password ? password->empty() : !parameters.hasPassword;
+    const bool remove = password ? password->IsEmpty() : !parameters.hasPassword;
     if (!PutRasText(userName, parameters.value.szUserName) ||
         !PutRasText(domain, parameters.value.szDomain) ||
-        (password && !PutRasText(*password, parameters.value.szPassword))) {
+        (password && !PutRasSecret(password->Text(), parameters.value.szPassword))) {
         return ERROR_INVALID_PARAMETER;
     }
     return api_.setDialParams(nullptr, &parameters.value, remove);
@@ -334,14 +334,15 @@ DWORD RasDialUp<Form>::State(HRASCONN connection, DWORD& state) const {
 
 template <typename Form>
 DWORD RasDialUp<Form>::Dial(const std::wstring& name, const std::wstring& userName,
-                            const std::wstring& password, HWND window, HRASCONN& connection) const {
+                            const ZelBase::WideSecretText& password, HWND window,
+                            HRASCONN& connection) const {
     Parameters parameters;
     const DWORD status = ReadParameters(name, parameters);
     if (status != ERROR_SUCCESS) {
         return status;
     }
     if ((!userName.empty() && !PutRasText(userName, parameters.value.szUserName)) ||
-        (!password.empty() && !PutRasText(password, parameters.value.szPassword))) {
+        (!password.IsEmpty() && !PutRasSecret(password.Text(), parameters.value.szPassword))) {
         return ERROR_INVALID_PARAMETER;
     }
     return api_.dial(nullptr, nullptr, &parameters.value, kNotifyWindow, window, &connection);

@@ -28,12 +28,13 @@ public:
     DWORD ReadCredentials(const std::wstring& name, DialCredentials& credentials) const override;
     DWORD WriteCredentials(const std::wstring& name, const std::wstring& userName,
                            const std::wstring& domain,
-                           const std::optional<std::wstring>& password) const override;
+                           const std::optional<ZelBase::WideSecretText>& password) const override;
     DWORD Devices(std::vector<DialDevice>& devices) const override;
     DWORD Connections(std::vector<DialConnection>& connections) const override;
     DWORD State(HRASCONN connection, DWORD& state) const override;
-    DWORD Dial(const std::wstring& name, const std::wstring& userName, const std::wstring& password,
-               HWND window, HRASCONN& connection) const override;
+    DWORD Dial(const std::wstring& name, const std::wstring& userName,
+               const ZelBase::WideSecretText& password, HWND window,
+               HRASCONN& connection) const override;
     DWORD NotifyOfEnd(HRASCONN connection, HANDLE event) const override;
     DWORD StartHangUp(HRASCONN connection) const override;
     std::wstring ErrorText(DWORD error) const override;

@@ -2,12 +2,15 @@
 
 // Texts in the structures of dial-up networking: character arrays of fixed length, wide or narrow.
 
+#include "ZelBase/SecretText.h"
 #include "platform/NarrowText.h"
 
 #include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include <windows.h>
 
 namespace tervane {
 
@@ -36,6 +39,12 @@ std::wstring FromRasText(const Character (&place)[size]) {
     }
 }
 
+// Fills the place; no character of `text` is left out.
+template <typename Character, size_t size>
+void FillRasText(std::basic_string_view<Character> text, Character (&place)[size]) noexcept {
+    std::fill(std::copy(text.begin(), text.end(), place), place + size, Character());
+}
+
 // False, and nothing is changed, when the text does not fit.
 template <typename Character, size_t size>
 bool PutRasText(std::wstring_view text, Character (&place)[size]) {
@@ -43,8 +52,34 @@ bool PutRasText(std::wstring_view text, Character (&place)[size]) {
     if (!converted || converted->size() >= size) {
         return false;
     }
-    std::fill(std::copy(converted->begin(), converted->end(), place), place + size, Character());
+    FillRasText<Character>(*converted, place);
     return true;
+}
+
+// The same for a password, of which nothing is left anywhere else.
+template <typename Character, size_t size>
+bool PutRasSecret(std::wstring_view text, Character (&place)[size]) noexcept {
+    if (text.find(L'\0') != std::wstring_view::npos || text.size() >= size) {
+        return false;
+    }
+    if constexpr (sizeof(Character) == sizeof(wchar_t)) {
+        FillRasText<Character>(text, place);
+        return true;
+    } else {
+        char narrow[size];
+        wchar_t back[size];
+        const ZelBase::WipeAtEnd wipeNarrow(narrow);
+        const ZelBase::WipeAtEnd wipeBack(back);
+        const int bytes = WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
+                                              narrow, size - 1, nullptr, nullptr);
+        const int characters = MultiByteToWideChar(CP_ACP, 0, narrow, bytes, back, size);
+        // The code page may lack a character.
+        if (text != std::wstring_view(back, static_cast<size_t>(characters))) {
+            return false;
+        }
+        FillRasText<Character>({narrow, static_cast<size_t>(bytes)}, place);
+        return true;
+    }
 }
 
 } // namespace tervane

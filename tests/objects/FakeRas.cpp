@@ -176,6 +176,13 @@ struct Functions {
         return ERROR_SUCCESS;
     }
 
+    static constexpr DWORD kIsThisOne = 0x20000001;
+    static BOOL CALLBACK IsOther(HWND topLevel, LPARAM window) {
+        const bool isOther = topLevel != reinterpret_cast<HWND>(window);
+        SetLastError(isOther ? ERROR_SUCCESS : kIsThisOne);
+        return isOther;
+    }
+
     static DWORD WINAPI Dial(RASDIALEXTENSIONS*, Name, typename Form::DialParams* params,
                              DWORD notifier, void* window, HRASCONN* connection) {
         const Lock lock(Ras().mutex);
@@ -184,6 +191,8 @@ struct Functions {
         }
         Ras().dialledUser = FromRasText(params->szUserName);
         Ras().dialledPassword = FromRasText(params->szPassword);
+        EnumWindows(&IsOther, reinterpret_cast<LPARAM>(window));
+        Ras().hearsBroadcasts = GetLastError() == kIsThisOne;
         static ULONG_PTR last = 0x100;
         *connection = reinterpret_cast<HRASCONN>(++last);
         Ras().connections[*connection].entry = FromRasText(params->szEntryName);

@@ -60,6 +60,7 @@ struct FakeRas {
     // What was dialled last.
     std::wstring dialledUser;
     std::wstring dialledPassword;
+    bool hearsBroadcasts = false; // the window that is told
 
     TestMutex mutex;
     std::list<TestThread> senders;

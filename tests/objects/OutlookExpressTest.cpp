@@ -193,6 +193,9 @@ TEST_F(AccountStoreTest, StaysAsItWasWhenTheRegistryRefuses) {
     EXPECT_EQ(kWriteFailed, AccountStore(kManager, test::RefuseKey(L"none")).Remove(L"Work"));
     EXPECT_EQ(kWriteFailed, AccountStore(kManager, test::RefuseValue(L"Default Mail Account"))
                                 .SetDefault(AccountKind::kMail, L"Work"));
+    // No default may name an account that is gone.
+    EXPECT_EQ(kWriteFailed,
+              AccountStore(kManager, test::RefuseValue(L"Default Mail Account")).Remove(L"Work"));
     EXPECT_EQ(L"Work", store_.DefaultName(AccountKind::kMail));
     EXPECT_EQ(Port(110), Get(store_, L"Work", L"Pop3Port"));
 }

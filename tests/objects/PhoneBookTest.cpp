@@ -64,7 +64,7 @@ PhoneBookDraft FullDraft() {
                     .usesRemoteGateway = false,
                     .compressesHeaders = true};
     draft.credentials = {L"jane", L"DOMAIN", false};
-    draft.newPassword = L"secret";
+    draft.newPassword = ZelBase::WideSecretText(L"secret");
     return draft;
 }
 
@@ -95,7 +95,7 @@ TYPED_TEST(PhoneBookTest, SavesAndLoadsEverySettingOnEveryRelease) {
         std::vector<std::wstring> names;
         EXPECT_EQ(0u, this->phoneBook_.List(names));
         EXPECT_EQ(std::vector<std::wstring>{L"Provider"}, names);
-        EXPECT_EQ(std::nullopt, loaded.newPassword);
+        EXPECT_FALSE(loaded.newPassword);
     }
 }
 
@@ -130,7 +130,16 @@ TYPED_TEST(PhoneBookTest, SetsKeepsAndRemovesPasswords) {
     ASSERT_EQ(0u, this->phoneBook_.Save(draft));
     EXPECT_EQ(L"joe", this->ras_.Find(L"Provider")->userName);
     EXPECT_EQ(L"secret", this->ras_.Find(L"Provider")->password);
-    draft.newPassword = L"";
+    // A new entry takes the settings along, not the password that nobody can read.
+    PhoneBookDraft other;
+    ASSERT_EQ(0u, this->phoneBook_.Load(L"Provider", other));
+    other.name = L"Other";
+    ASSERT_EQ(0u, this->phoneBook_.Save(other));
+    EXPECT_FALSE(other.credentials.hasPassword);
+    EXPECT_EQ(L"joe", this->ras_.Find(L"Other")->userName);
+    EXPECT_EQ(std::nullopt, this->ras_.Find(L"Other")->password);
+    EXPECT_EQ(L"secret", this->ras_.Find(L"Provider")->password);
+    draft.newPassword.emplace();
     ASSERT_EQ(0u, this->phoneBook_.Save(draft));
     EXPECT_EQ(std::nullopt, this->ras_.Find(L"Provider")->password);
     EXPECT_FALSE(draft.credentials.hasPassword);
@@ -144,13 +153,13 @@ TYPED_TEST(PhoneBookTest, LeavesThePhoneBookAsItWasWhenSavingFails) {
     this->ras_.setCredentialsError = ERROR_ACCESS_DENIED;
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, this->phoneBook_.Save(draft));
     EXPECT_TRUE(this->ras_.entries.empty());
-    EXPECT_EQ(L"secret", draft.newPassword); // for the next attempt
+    EXPECT_EQ(L"secret", draft.newPassword->Text()); // for the next attempt
 
     this->ras_.setCredentialsError = 0;
     ASSERT_EQ(0u, this->phoneBook_.Save(draft));
     const FakeEntry before = *this->ras_.Find(L"Provider");
     draft.record.phoneNumber = L"1";
-    draft.newPassword = L"other";
+    draft.newPassword = ZelBase::WideSecretText(L"other");
     this->ras_.setCredentialsError = ERROR_ACCESS_DENIED;
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, this->phoneBook_.Save(draft));
     EXPECT_EQ(before.image, this->ras_.Find(L"Provider")->image);
@@ -264,26 +273,42 @@ TEST(RasApiTest, FindsTheFunctionsOfTheSystem) {
     EXPECT_NE(DWORD{ERROR_PROC_NOT_FOUND}, error);
 }
 
-TEST(DefaultConnectionTest, IsKeptWhereEachWindowsLooksForIt) {
+TEST(DefaultConnectionTest, IsKeptUnderTheKeysThatExist) {
     const test::ScratchHive user(RegistryHive::kCurrentUser);
-    using enum PlatformFamily;
-    EXPECT_EQ(L"", DefaultConnection(kXp));
-    EXPECT_TRUE(SetDefaultConnection(kXp, L""));
-    EXPECT_TRUE(SetDefaultConnection(kWindows98, L"Old"));
-    EXPECT_EQ(L"Old", user.Open(L"RemoteAccess").ReadText(L"InternetProfile"));
-    EXPECT_EQ(L"Old", DefaultConnection(kXp));
-    EXPECT_FALSE(user.Open(L"Software\\Microsoft\\RAS AutoDial").IsOpen());
+    const std::wstring autoDial = L"Software\\Microsoft\\RAS AutoDial\\Default";
+    const auto atRemoteAccess = [&] {
+        return user.Open(L"RemoteAccess").ReadText(L"InternetProfile");
+    };
+    const auto atAutoDial = [&] { return user.Open(autoDial).ReadText(L"DefaultInternet"); };
+    EXPECT_EQ(L"", DefaultConnection());
+    EXPECT_TRUE(SetDefaultConnection(L""));
+    user.Create(L"RemoteAccess");
+    EXPECT_TRUE(SetDefaultConnection(L"Old"));
+    EXPECT_EQ(L"Old", atRemoteAccess());
+    EXPECT_FALSE(user.Open(autoDial).IsOpen());
 
-    EXPECT_TRUE(SetDefaultConnection(kXp, L"New"));
-    EXPECT_EQ(L"New", DefaultConnection(kXp));
-    EXPECT_EQ(L"New", DefaultConnection(kNt4));
-    EXPECT_FALSE(SetDefaultConnection(kXp, L"Third", test::RefuseValue(L"DefaultInternet")));
-    EXPECT_FALSE(SetDefaultConnection(kXp, L"", test::RefuseValue(L"DefaultInternet")));
-    EXPECT_FALSE(SetDefaultConnection(kNt4, L"Third", test::RefuseValue(L"InternetProfile")));
-    EXPECT_EQ(L"New", DefaultConnection(kXp));
-    EXPECT_EQ(L"New", DefaultConnection(kNt4));
-    EXPECT_TRUE(SetDefaultConnection(kXp, L""));
-    EXPECT_EQ(L"", DefaultConnection(kXp));
+    user.Create(autoDial);
+    EXPECT_EQ(L"Old", DefaultConnection());
+    EXPECT_TRUE(SetDefaultConnection(L"New"));
+    EXPECT_EQ(L"New", atRemoteAccess());
+    EXPECT_EQ(L"New", atAutoDial());
+    for (const wchar_t* refused : {L"DefaultInternet", L"InternetProfile"}) {
+        EXPECT_FALSE(SetDefaultConnection(L"Third", test::RefuseValue(refused)));
+        EXPECT_FALSE(SetDefaultConnection(L"", test::RefuseValue(refused)));
+        EXPECT_EQ(L"New", atRemoteAccess());
+        EXPECT_EQ(L"New", atAutoDial());
+    }
+    EXPECT_TRUE(SetDefaultConnection(L""));
+    EXPECT_EQ(L"", DefaultConnection());
+
+    test::DeleteTree(RegistryHive::kCurrentUser, L"RemoteAccess");
+    EXPECT_TRUE(SetDefaultConnection(L"Newer"));
+    EXPECT_EQ(L"Newer", DefaultConnection());
+    EXPECT_FALSE(user.Open(L"RemoteAccess").IsOpen());
+    test::DeleteTree(RegistryHive::kCurrentUser, L"Software");
+    EXPECT_TRUE(SetDefaultConnection(L"First"));
+    EXPECT_EQ(L"First", atRemoteAccess());
+    EXPECT_EQ(L"First", atAutoDial());
 }
 
 } // namespace

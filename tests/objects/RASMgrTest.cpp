@@ -54,11 +54,13 @@ protected:
         ras_.Reset();
     }
 
-    void Add(const wchar_t* name, const wchar_t* user, std::optional<std::wstring> password) {
+    void Add(const wchar_t* name, const wchar_t* user, std::optional<std::wstring_view> password) {
         PhoneBookDraft draft;
         draft.name = name;
         draft.credentials.userName = user;
-        draft.newPassword = std::move(password);
+        if (password) {
+            draft.newPassword.emplace(*password);
+        }
         PhoneBook(dialUp_).Save(draft);
     }
     long Connect(const wchar_t* entry, const wchar_t* user = L"", const wchar_t* password = L"") {
@@ -124,6 +126,7 @@ TEST_F(RASMgrTest, TellsEachStateAndThenSuccess) {
     EXPECT_EQ(long{RASCS_Authenticate}, sink_[1].arguments[1].Get().lVal);
     EXPECT_EQ(L"stored", ras_.dialledUser);
     EXPECT_EQ(L"secret", ras_.dialledPassword);
+    EXPECT_FALSE(ras_.hearsBroadcasts);
     EXPECT_EQ(0, ras_.hangUps);
     EXPECT_EQ(long{RASCS_Connected}, State(L"provider"));
     EXPECT_EQ(std::vector<std::wstring>{L"PROVIDER"}, Texts(&IRASMgr::get_ActiveConnections));
