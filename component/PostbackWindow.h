@@ -2,7 +2,9 @@
 
 // A hidden window through which a worker thread hands its completion to the thread that owns the
 // object: what is posted from any thread arrives on the thread that created the window, when that
-// thread pumps messages.
+// thread pumps messages. Anybody may post to it: a post is a reason to look, and no news by itself.
+
+#include "ZelBase/Handles.h"
 
 #include <string>
 
@@ -19,11 +21,15 @@ protected:
     ~PostbackOwner() = default;
 };
 
+// A handle to the calling thread, by which others notice that it has ended, and its windows with
+// it: what has been posted to them by then is lost without a word. Null when there is none to have.
+ZelBase::UniqueHandle OpenThisThread() noexcept;
+
 class PostbackWindow {
 public:
-    // Creates the window on the calling thread, which should also destroy it: destroyed elsewhere,
-    // the window stays until its thread ends, and no longer reaches anybody. `owner` must outlive
-    // this object. When no window can be created, posts are lost.
+    // Creates the window on the calling thread. Destroyed elsewhere, it no longer reaches anybody
+    // and goes when its thread pumps messages or ends. `owner` must outlive this object. When no
+    // window can be created, posts are lost.
     explicit PostbackWindow(PostbackOwner& owner);
     ~PostbackWindow();
     PostbackWindow(const PostbackWindow&) = delete;
@@ -39,8 +45,7 @@ public:
 
 private:
     HINSTANCE module_;
-    std::string className_; // before class_, whose making fills it
-    ATOM class_;
+    std::string className_; // empty without a class
     HWND window_ = nullptr;
 };
 

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
 
 namespace tervane {
@@ -85,6 +86,7 @@ TEST(PostbackWindow, DeliversOnTheThreadThatCreatedIt) {
         EXPECT_TRUE(window.Post(0x7FFF - WM_USER, 1, 2));
         PostMessageA(window.Handle(), 0x8000, 3, 0); // beyond the range: not the owner's
         PostMessageA(window.Handle(), WM_USER - 1, 4, 0);
+        PostMessageA(window.Handle(), WM_CLOSE, 0, 0); // not the end of it
     }).join();
     EXPECT_TRUE(owner.posted.empty());
     ASSERT_TRUE(test::PumpUntil([&] { return owner.posted.size() >= 3; }, 5000));
@@ -94,6 +96,17 @@ TEST(PostbackWindow, DeliversOnTheThreadThatCreatedIt) {
     EXPECT_EQ(99u, owner.posted[1].wParam);
     EXPECT_EQ(0x7FFFu - WM_USER, owner.posted[2].code);
     EXPECT_EQ(GetCurrentThreadId(), owner.posted[2].thread);
+    EXPECT_TRUE(IsWindow(window.Handle()));
+}
+
+TEST(PostbackWindow, GoesWithItsThreadsMessagesWhenItIsDestroyedElsewhere) {
+    Owner owner;
+    auto window = std::make_unique<PostbackWindow>(owner);
+    const HWND handle = window->Handle();
+    EXPECT_TRUE(window->Post(0, 0, 0));
+    test::TestThread([&] { window.reset(); }).join();
+    EXPECT_TRUE(test::PumpUntil([&] { return !IsWindow(handle); }, 5000));
+    EXPECT_TRUE(owner.posted.empty());
 }
 
 TEST(PostbackWindow, TakesTheNextFreeNumberAndNeverGivesItBack) {
@@ -112,6 +125,24 @@ TEST(PostbackWindow, TakesTheNextFreeNumberAndNeverGivesItBack) {
     EXPECT_FALSE(IsWindow(handle));
     const PostbackWindow second(owner);
     EXPECT_EQ(number + 1, numberOf(second.ClassName()));
+}
+
+// One whose thread has ended leaves a class that the next windows use.
+TEST(PostbackWindow, UsesNoMoreThan64Classes) {
+    Owner owner;
+    std::set<std::string> names;
+    for (int i = 0; i < 300; ++i) {
+        std::unique_ptr<PostbackWindow> window;
+        if (i % 3 == 0) {
+            test::TestThread([&] { window = std::make_unique<PostbackWindow>(owner); }).join();
+        } else {
+            window = std::make_unique<PostbackWindow>(owner);
+            ASSERT_TRUE(window->Post(1, 0, 0)) << i;
+        }
+        names.insert(window->ClassName());
+    }
+    EXPECT_GE(names.size(), 32u);
+    EXPECT_LE(names.size(), 64u);
 }
 
 } // namespace
