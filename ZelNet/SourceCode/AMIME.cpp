@@ -2,6 +2,8 @@
 
 #include "ZelBase/Base64.h"
 
+#include <algorithm>
+
 namespace ZelNet {
 namespace {
 
@@ -28,10 +30,39 @@ void AppendNonEmpty(std::string& out, std::string_view start, std::string_view r
     }
 }
 
+// The text with one blank for each run of CR and LF.
+std::string OneLine(std::string_view text) {
+    std::string line;
+    line.reserve(text.size());
+    bool inBreak = false;
+    for (const char character : text) {
+        const bool isBreak = character == '\r' || character == '\n';
+        if (!isBreak) {
+            line += character;
+        } else if (!inBreak) {
+            line += ' ';
+        }
+        inBreak = isBreak;
+    }
+    return line;
+}
+
 } // namespace
 
+bool IsHeaderName(std::string_view name) noexcept {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char character) {
+        return character > ' ' && character < 0x7F && character != ':';
+    });
+}
+
 void AMIME::AddHeader(std::string_view name, std::string_view value) {
-    headers_.emplace_back(name, value);
+    if (!name.empty()) {
+        dropping_ = !IsHeaderName(name);
+    }
+    const bool goesOn = name.empty() && !value.empty() && (value[0] == ' ' || value[0] == '\t');
+    if (!dropping_ || (name.empty() && !goesOn)) {
+        headers_.emplace_back(name, OneLine(value));
+    }
 }
 
 void AMIME::SetContentType(MimeContentType type, std::string_view charset) {

@@ -34,6 +34,10 @@ enum class MimeContentType {
 enum class MimeTransferEncoding { k7Bit = 0, kBase64 = 1, kQuotedPrintable = 2 };
 enum class MimeMultipartMode { kMixed = 0, kAlternative = 1 };
 
+// Whether a header may have that name: visible ASCII characters without the colon (RFC 5322,
+// section 3.6.8).
+bool IsHeaderName(std::string_view name) noexcept;
+
 class AMIME {
 public:
     // Whether the message says which MIME version it is; parts do not.
@@ -44,7 +48,10 @@ public:
     AMIME(const AMIME&) = delete;
     AMIME& operator=(const AMIME&) = delete;
 
-    // Appends a header line "name: value". Without a name the value is the whole line.
+    // Appends a header line "name: value". Without a name the value is the whole line, which goes
+    // on with the one before if it begins with a blank. No line break gets into the message: each
+    // run of CR and LF becomes one blank. A name that is none (see IsHeaderName) is dropped with
+    // its value and the lines that go on with it.
     void AddHeader(std::string_view name, std::string_view value);
     void SetContentType(MimeContentType type, std::string_view charset = {});
     void SetTransferEncoding(MimeTransferEncoding encoding);
@@ -72,6 +79,8 @@ private:
     void ComposeParts();
 
     std::vector<std::pair<std::string, std::string>> headers_;
+    // Whether the last header that has a name was dropped.
+    bool dropping_ = false;
     std::string contentType_;
     std::string transferEncoding_;
     std::string description_;

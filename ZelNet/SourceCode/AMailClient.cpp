@@ -21,6 +21,14 @@ bool Send(ATcpNonBlockingLineSocket& socket, std::string_view data) {
     return size == 0 || socket.Send(data.data(), size) == size;
 }
 
+void Close(ATcpNonBlockingLineSocket& socket) noexcept {
+    try {
+        socket.Close(false);
+    } catch (...) {
+        // The connection goes with the client then.
+    }
+}
+
 } // namespace
 
 AMailClient::AMailClient(const char* component) : logger_(CreateLogger(component)) {}
@@ -50,59 +58,95 @@ void AMailClient::OnReceiveLine(void* context, int error) {
 
 // Takes `step` with the mutex held and then carries out what it leads to.
 void AMailClient::React(Step step, void* context, int error) noexcept {
+    auto& socket = *static_cast<ATcpNonBlockingLineSocket*>(context);
+    Consequences consequences;
     try {
-        auto& socket = *static_cast<ATcpNonBlockingLineSocket*>(context);
-        Consequences consequences;
-        {
-            if (!mutex_.Lock(kPatienceMs, nullptr)) {
-                logger_->Log("React", LogLevel::kWarning, "Notification dropped.");
-                return;
-            }
-            MutexReleaser releaser(mutex_);
-            (this->*step)(socket, error, consequences);
+        if (!mutex_.Lock(kPatienceMs, nullptr)) {
+            logger_->Log("React", LogLevel::kWarning, "Notification dropped.");
+            return;
         }
-        CarryOut(consequences, socket);
+        MutexReleaser releaser(mutex_);
+        Take(step, &socket, error, consequences);
     } catch (const ZelBase::ThreadTerminateException&) {
+        // The mutex cannot be had any more: nothing can be told, but nobody is left waiting.
         logger_->Log("React", LogLevel::kError, "Thread Termination Exception.");
+        consequences.close = true;
+    }
+    CarryOut(consequences, socket);
+}
+
+void AMailClient::Take(Step step, ATcpNonBlockingLineSocket* socket, int error,
+                       Consequences& consequences) noexcept {
+    try {
+        (this->*step)(socket, error, consequences);
+    } catch (const ZelBase::ThreadTerminateException&) {
+        Fail("Thread Termination Exception.", consequences);
     } catch (...) {
-        logger_->Log("React", LogLevel::kError, "Uncaught Exception.");
+        Fail("Uncaught Exception.", consequences);
     }
 }
 
-void AMailClient::ReactToClose(ATcpNonBlockingLineSocket& /*socket*/, int /*error*/,
+// What had been noted is forgotten: it is not known how much is missing.
+void AMailClient::Fail(const char* reason, Consequences& consequences) noexcept {
+    logger_->Log("React", LogLevel::kError, "%s", reason);
+    consequences.command.Clear();
+    consequences.header.clear();
+    consequences.body = consequences.end = {};
+    consequences.noticeCount = 0;
+    HandleFailure(consequences);
+    consequences.close = true;
+}
+
+void AMailClient::ReactToClose(ATcpNonBlockingLineSocket* /*socket*/, int /*error*/,
                                Consequences& consequences) {
     HandleClose(consequences);
 }
 
-void AMailClient::ReactToConnect(ATcpNonBlockingLineSocket& /*socket*/, int error,
+void AMailClient::ReactToConnect(ATcpNonBlockingLineSocket* /*socket*/, int error,
                                  Consequences& consequences) {
     HandleConnect(error == 0, consequences);
 }
 
 // Lines are taken as they are announced; this bounds what a server can have us keep without one.
-void AMailClient::ReactToData(ATcpNonBlockingLineSocket& socket, int /*error*/,
+void AMailClient::ReactToData(ATcpNonBlockingLineSocket* socket, int /*error*/,
                               Consequences& consequences) {
-    if (socket.Available() > LongestLine()) {
+    if (socket->Available() > LongestLine()) {
         logger_->Log("OnReceive", LogLevel::kWarning, "Line too long.  Closing the socket.");
         consequences.close = true;
     }
 }
 
-void AMailClient::ReactToSendReady(ATcpNonBlockingLineSocket& /*socket*/, int /*error*/,
+void AMailClient::ReactToSendReady(ATcpNonBlockingLineSocket* /*socket*/, int /*error*/,
                                    Consequences& consequences) {
     canSend_ = true;
     RunSendStep(consequences);
 }
 
-void AMailClient::ReactToLine(ATcpNonBlockingLineSocket& socket, int /*error*/,
+void AMailClient::ReactToOperation(ATcpNonBlockingLineSocket* /*socket*/, int /*error*/,
+                                   Consequences& consequences) {
+    RunSendStep(consequences);
+}
+
+void AMailClient::ReactToLine(ATcpNonBlockingLineSocket* socket, int /*error*/,
                               Consequences& consequences) {
     std::string line;
-    socket.ReceiveLine(line);
+    socket->ReceiveLine(line);
     HandleLine(line, consequences);
 }
 
 AMailClient::OpenResult AMailClient::Open(const std::string& server, std::uint32_t port,
-                                          unsigned long& systemError) {
+                                          unsigned long& systemError) noexcept {
+    try {
+        return OpenSocket(server, port, systemError);
+    } catch (...) {
+        systemError = ERROR_NOT_ENOUGH_MEMORY;
+        ReleaseSocket();
+        return OpenResult::kNotCreated;
+    }
+}
+
+AMailClient::OpenResult AMailClient::OpenSocket(const std::string& server, std::uint32_t port,
+                                                unsigned long& systemError) {
     std::shared_ptr<ATcpNonBlockingLineSocket> socket = ATcpNonBlockingLineSocket::Create();
     if (!socket || !socket->Create(this, 0, IpAddress(), false)) {
         systemError = ::GetLastError();
@@ -133,7 +177,11 @@ void AMailClient::ReleaseSocket() noexcept {
     }
 }
 
-void AMailClient::CarryOut(const Consequences& consequences) {
+void AMailClient::Proceed(Consequences& consequences) noexcept {
+    Take(&AMailClient::ReactToOperation, nullptr, 0, consequences);
+}
+
+void AMailClient::CarryOut(Consequences& consequences) {
     std::shared_ptr<ATcpNonBlockingLineSocket> socket;
     {
         MutexLock lock(&mutex_);
@@ -144,16 +192,28 @@ void AMailClient::CarryOut(const Consequences& consequences) {
     }
 }
 
-void AMailClient::CarryOut(const Consequences& consequences, ATcpNonBlockingLineSocket& socket) {
+void AMailClient::CarryOut(Consequences& consequences, ATcpNonBlockingLineSocket& socket) noexcept {
+    try {
+        SendAndTell(consequences, socket);
+    } catch (...) {
+        logger_->Log("CarryOut", LogLevel::kError, "Uncaught Exception.");
+        consequences.close = true;
+    }
+    if (consequences.close) {
+        Close(socket);
+    }
+}
+
+void AMailClient::SendAndTell(Consequences& consequences, ATcpNonBlockingLineSocket& socket) {
     // A command that cannot be sent whole ends the connection: the server would take what comes
     // next for the rest of it.
-    const bool sent = Send(socket, consequences.command) && Send(socket, consequences.body) &&
-                      Send(socket, consequences.end);
-    for (const auto& notify : consequences.notifications) {
-        notify();
+    if (!Send(socket, consequences.command.Text()) || !Send(socket, consequences.header) ||
+        !Send(socket, consequences.body) || !Send(socket, consequences.end)) {
+        consequences.close = true;
     }
-    if (consequences.close || !sent) {
-        socket.Close(false);
+    consequences.command.Clear();
+    for (std::size_t i = 0; i < consequences.noticeCount; ++i) {
+        consequences.notices[i].Run();
     }
 }
 

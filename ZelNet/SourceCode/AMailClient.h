@@ -6,15 +6,23 @@
 // The line socket calls with its own lock held, and an operation of the user comes with none. So
 // that neither waits for the other, nothing is sent and nobody is told anything while the mutex is
 // held: a step only notes what it leads to, and that is carried out afterwards.
+//
+// A step that cannot be taken to its end, for want of memory, fails as if the server had refused,
+// and the connection is closed: going on would lose what the server has said. To tell that, and to
+// tell of a close, takes no memory.
 
 #include "ZelBase/Logger.h"
+#include "ZelBase/SecretText.h"
 #include "ZelBase/WIN32_Mutex.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
 
-#include <functional>
+#include <array>
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace ZelNet {
@@ -31,13 +39,40 @@ public:
     void OnReceiveLine(void* context, int error) final;
 
 protected:
-    // What a step leads to, carried out in this order.
+    // A call of the listener. Without memory of its own, unlike a std::function.
+    class Notice {
+    public:
+        Notice() noexcept = default;
+        template <typename Body>
+        explicit Notice(Body body) noexcept {
+            static_assert(sizeof body <= sizeof body_ && std::is_trivially_copyable_v<Body>);
+            new (body_) Body(body);
+            run_ = [](std::byte* place) { (*std::launder(reinterpret_cast<Body*>(place)))(); };
+        }
+        void Run() { run_(body_); }
+
+    private:
+        alignas(std::max_align_t) std::byte body_[64];
+        void (*run_)(std::byte* place) = nullptr;
+    };
+
+    // What a step leads to, carried out in this order. It stays where it was made.
     struct Consequences {
+        Consequences() = default;
+        Consequences(const Consequences&) = delete;
+        Consequences& operator=(const Consequences&) = delete;
+
+        void Add(Notice notice) noexcept { notices[noticeCount++] = notice; }
+
         // Sent together; the two views must stay valid until the next notification.
-        std::string command;
+        ZelBase::SecretText command;
+        std::string header;
         std::string_view body;
         std::string_view end;
-        std::vector<std::function<void()>> notifications;
+        // No step has more of them. They may point to `lines`.
+        std::array<Notice, 2> notices;
+        std::size_t noticeCount = 0;
+        std::vector<std::string> lines;
         bool close = false;
     };
 
@@ -49,19 +84,22 @@ protected:
 
     // Makes a socket and starts to connect it. The step that failed, and the system's error.
     enum class OpenResult { kUnderWay, kNotCreated, kNotConnected };
-    OpenResult Open(const std::string& server, std::uint32_t port, unsigned long& systemError)
-        ZELBASE_EXCLUDES(mutex_);
+    OpenResult Open(const std::string& server, std::uint32_t port,
+                    unsigned long& systemError) noexcept ZELBASE_EXCLUDES(mutex_);
     // Closes the socket without any further notification; waits for one that is running.
     void ReleaseSocket() noexcept ZELBASE_EXCLUDES(mutex_);
-    // For operations of the user.
-    void CarryOut(const Consequences& consequences) ZELBASE_EXCLUDES(mutex_);
+    // For operations of the user: RunSendStep, and what comes of it.
+    void Proceed(Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
+    void CarryOut(Consequences& consequences) ZELBASE_EXCLUDES(mutex_);
 
     // The socket's notifications, with the mutex held.
     virtual void HandleConnect(bool success, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_) = 0;
     virtual void HandleLine(const std::string& line, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_) = 0;
-    virtual void HandleClose(Consequences& consequences) ZELBASE_REQUIRES(mutex_) = 0;
+    virtual void HandleClose(Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_) = 0;
+    // Notes that what is under way has failed; the connection is closed afterwards.
+    virtual void HandleFailure(Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_) = 0;
     // Notes the command that is due, if any. Called when commands may be sent for the first time.
     virtual void RunSendStep(Consequences& consequences) ZELBASE_REQUIRES(mutex_) = 0;
     // How many bytes a line may have whose end has not come yet; a server that goes on is cut off.
@@ -73,20 +111,28 @@ protected:
     bool canSend_ ZELBASE_GUARDED_BY(mutex_) = false;
 
 private:
-    using Step = void (AMailClient::*)(ATcpNonBlockingLineSocket& socket, int error,
+    using Step = void (AMailClient::*)(ATcpNonBlockingLineSocket* socket, int error,
                                        Consequences& consequences);
 
-    static void CarryOut(const Consequences& consequences, ATcpNonBlockingLineSocket& socket);
+    OpenResult OpenSocket(const std::string& server, std::uint32_t port, unsigned long& systemError)
+        ZELBASE_EXCLUDES(mutex_);
+    void CarryOut(Consequences& consequences, ATcpNonBlockingLineSocket& socket) noexcept;
+    static void SendAndTell(Consequences& consequences, ATcpNonBlockingLineSocket& socket);
     void React(Step step, void* context, int error) noexcept;
-    void ReactToClose(ATcpNonBlockingLineSocket& socket, int error, Consequences& consequences)
+    void Take(Step step, ATcpNonBlockingLineSocket* socket, int error,
+              Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
+    void Fail(const char* reason, Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
+    void ReactToClose(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
-    void ReactToConnect(ATcpNonBlockingLineSocket& socket, int error, Consequences& consequences)
+    void ReactToConnect(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
-    void ReactToData(ATcpNonBlockingLineSocket& socket, int error, Consequences& consequences)
+    void ReactToData(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
-    void ReactToSendReady(ATcpNonBlockingLineSocket& socket, int error, Consequences& consequences)
+    void ReactToSendReady(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
-    void ReactToLine(ATcpNonBlockingLineSocket& socket, int error, Consequences& consequences)
+    void ReactToOperation(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
+        ZELBASE_REQUIRES(mutex_);
+    void ReactToLine(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
 
     // Shared, so that it can be used without the mutex.

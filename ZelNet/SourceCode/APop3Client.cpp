@@ -1,6 +1,7 @@
 #include "ZelNet/SourceCode/APop3Client.h"
 
 #include "ZelBase/MutexLock.h"
+#include "ZelNet/SourceCode/CommandText.h"
 #include "ZelNet/SourceCode/PopReply.h"
 
 namespace ZelNet {
@@ -34,10 +35,15 @@ void APop3Client::SetServer(const std::string& server, std::uint32_t port) {
     port_ = port;
 }
 
-void APop3Client::SetLogin(const std::string& login, const std::string& password) {
+void APop3Client::SetLogin(const std::string& login, std::string_view password) {
     MutexLock lock(&mutex_);
     login_ = login;
-    password_ = password;
+    password_ = ZelBase::SecretText(password);
+}
+
+void APop3Client::ForgetPassword() {
+    MutexLock lock(&mutex_);
+    password_.Clear();
 }
 
 bool APop3Client::Connect(Pop3ClientListener* listener) {
@@ -51,9 +57,10 @@ bool APop3Client::Connect(Pop3ClientListener* listener) {
             lastError_ = reason;
             return false;
         }
-        listener_ = listener;
         server = server_;
         port = port_;
+        passwordMark_ = TextMark(password_.Text());
+        listener_ = listener;
     }
     logger_->Log("Connect", LogLevel::kTrace, "Calling Create");
     unsigned long systemError = 0;
@@ -72,9 +79,12 @@ PopStatus APop3Client::CheckSettings(const Pop3ClientListener* listener) const {
     if (!listener) {
         return PopStatus::kInvalidArguments;
     }
-    if (server_.empty() || login_.empty() || password_.empty() || port_ == 0 ||
+    if (server_.empty() || login_.empty() || password_.IsEmpty() || port_ == 0 ||
         port_ > kHighestPort || state_ != PopClientState::kClosed) {
         return PopStatus::kInvalidState;
+    }
+    if (!IsCredential(login_) || !IsCredential(password_.Text())) {
+        return PopStatus::kInvalidArguments;
     }
     // A connection that is under way has its socket already.
     return listener_ ? PopStatus::kSocketFailure : PopStatus::kSuccess;
@@ -115,7 +125,7 @@ bool APop3Client::Begin(const char* operation, PopClientState state, int index) 
         }
         index_ = index;
         state_ = state;
-        RunSendStep(consequences);
+        Proceed(consequences);
     }
     CarryOut(consequences);
     return true;
@@ -147,7 +157,7 @@ void APop3Client::HandleLine(const std::string& line, Consequences& consequences
 }
 
 void APop3Client::TraceLine(const char* stateName, const std::string& line) {
-    const bool repeatsPassword = line.find(password_) != std::string::npos;
+    const bool repeatsPassword = passwordMark_.IsIn(line);
     logger_->Log("OnReceiveLine", LogLevel::kTrace, "%s, Size = %lu, Line = %s", stateName,
                  static_cast<unsigned long>(line.size()),
                  repeatsPassword ? "(repeats the password)" : line.c_str());
@@ -188,54 +198,52 @@ void APop3Client::HandleMessageLine(const std::string& line, Consequences& conse
 }
 
 void APop3Client::Notify(PopNotification notification, PopStatus status, Consequences& consequences,
-                         std::string_view statusLine) {
+                         std::string_view statusLine) noexcept {
     Pop3ClientListener* listener = listener_;
     if (!listener) {
         return;
     }
-    std::function<void()> notify;
     switch (notification) {
     case PopNotification::kConnected:
-        notify = [=] { listener->Connected(status); };
-        break;
+        return consequences.Add(Notice([=] { listener->Connected(status); }));
     case PopNotification::kGreeted:
-        notify = [=] { listener->Greeted(status); };
-        break;
+        return consequences.Add(Notice([=] { listener->Greeted(status); }));
     case PopNotification::kUserStep:
-        notify = [=] { listener->LoginStep(false, status); };
-        break;
+        return consequences.Add(Notice([=] { listener->LoginStep(false, status); }));
     case PopNotification::kPasswordStep:
-        notify = [=] { listener->LoginStep(true, status); };
-        break;
+        return consequences.Add(Notice([=] { listener->LoginStep(true, status); }));
     case PopNotification::kMailCount:
-        notify = [=, listing = ReadDropListing(statusLine)] {
+        return consequences.Add(Notice([=, listing = ReadDropListing(statusLine)] {
             listener->MailCount(status, listing.count, listing.totalSize);
-        };
-        break;
+        }));
     case PopNotification::kRetrieved:
-        // Shared, only because a function must be copyable.
-        notify = [=, index = index_,
-                  lines = std::make_shared<std::vector<std::string>>(std::move(messageLines_))] {
+        consequences.lines = std::exchange(messageLines_, {});
+        return consequences.Add(Notice([=, index = index_, lines = &consequences.lines] {
             listener->Retrieved(status, index, *lines);
-        };
-        break;
+        }));
     case PopNotification::kDeleted:
-        notify = [=, index = index_] { listener->Deleted(index, status); };
-        break;
+        return consequences.Add(Notice([=, index = index_] { listener->Deleted(index, status); }));
     case PopNotification::kQuitDone:
-        notify = [=] { listener->QuitDone(status); };
-        break;
+        return consequences.Add(Notice([=] { listener->QuitDone(status); }));
     }
-    consequences.notifications.push_back(std::move(notify));
 }
 
-void APop3Client::HandleClose(Consequences& consequences) {
+// An idle connection that closes has ended itself: Connected tells so.
+void APop3Client::HandleClose(Consequences& consequences) noexcept {
     messageLines_.clear(); // a message that has not come whole is none
+    const PopReplyRule* rule = FindPopRuleUnderWay(state_);
     const PopStatus status =
         state_ == PopClientState::kClosed ? PopStatus::kConnectError : PopStatus::kTerminated;
-    Notify(EndedBy(state_), status, consequences);
+    Notify(rule ? rule->notification : PopNotification::kConnected, status, consequences);
     listener_ = nullptr;
     state_ = PopClientState::kClosed;
+}
+
+void APop3Client::HandleFailure(Consequences& consequences) noexcept {
+    messageLines_.clear();
+    if (const PopReplyRule* rule = FindPopRuleUnderWay(state_)) {
+        Notify(rule->notification, rule->refusal, consequences);
+    }
 }
 
 void APop3Client::RunSendStep(Consequences& consequences) {
@@ -244,21 +252,21 @@ void APop3Client::RunSendStep(Consequences& consequences) {
         return;
     }
     state_ = command->next;
-    consequences.command.append(command->text);
+    consequences.command.Append(command->text);
     switch (command->argument) {
     case PopArgument::kLogin:
-        consequences.command.append(login_);
+        consequences.command.Append(login_);
         break;
     case PopArgument::kPassword:
-        consequences.command.append(password_);
+        consequences.command.Append(password_.Text());
         break;
     case PopArgument::kIndex:
-        consequences.command.append(std::to_string(index_));
+        consequences.command.Append(std::to_string(index_));
         break;
     case PopArgument::kNone:
         break;
     }
-    consequences.command.append("\r\n");
+    consequences.command.Append("\r\n");
 }
 
 std::uint32_t APop3Client::LongestLine() const {

@@ -6,11 +6,12 @@
 //
 // There is no timer in here: whoever waits for a notification gives up in his own time and destroys
 // the client, which closes the connection. Every line that is received is traced, but never the
-// password, even if the server repeats it.
+// password, even if the server repeats it or a message holds it.
 
 #include "ZelNet/SourceCode/AMailClient.h"
 #include "ZelNet/SourceCode/Pop3ClientListener.h"
 #include "ZelNet/SourceCode/PopStates.h"
+#include "ZelNet/SourceCode/TextMark.h"
 
 namespace ZelNet {
 
@@ -27,10 +28,13 @@ public:
 
     // For the time before Connect.
     void SetServer(const std::string& server, std::uint32_t port);
-    void SetLogin(const std::string& login, const std::string& password);
+    void SetLogin(const std::string& login, std::string_view password);
+    // Overwrites the password, which is of no use once the server has taken it.
+    void ForgetPassword();
 
     // Starts to connect and to log in; the listener must outlive the connection. False, without a
-    // notification, when that cannot be: GetLastError tells why.
+    // notification, when that cannot be: GetLastError tells why. Login and password with a line
+    // break or a zero character are invalid arguments.
     bool Connect(Pop3ClientListener* listener);
     // Each starts one operation of a connection that is logged in and idle, and whose notification
     // follows; else false with error 7. The index is the server's number of the message, which
@@ -55,19 +59,22 @@ private:
     void HandleMessageLine(const std::string& line, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
     void Notify(PopNotification notification, PopStatus status, Consequences& consequences,
-                std::string_view statusLine = {}) ZELBASE_REQUIRES(mutex_);
+                std::string_view statusLine = {}) noexcept ZELBASE_REQUIRES(mutex_);
 
     void HandleConnect(bool success, Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     void HandleLine(const std::string& line, Consequences& consequences) override
         ZELBASE_REQUIRES(mutex_);
-    void HandleClose(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
+    void HandleClose(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
+    void HandleFailure(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
     void RunSendStep(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     std::uint32_t LongestLine() const override ZELBASE_REQUIRES(mutex_);
 
     std::string server_ ZELBASE_GUARDED_BY(mutex_);
     std::uint32_t port_ ZELBASE_GUARDED_BY(mutex_) = 0;
     std::string login_ ZELBASE_GUARDED_BY(mutex_);
-    std::string password_ ZELBASE_GUARDED_BY(mutex_);
+    ZelBase::SecretText password_ ZELBASE_GUARDED_BY(mutex_);
+    // Of the password of the connection.
+    TextMark passwordMark_ ZELBASE_GUARDED_BY(mutex_);
     PopClientState state_ ZELBASE_GUARDED_BY(mutex_) = PopClientState::kClosed;
     int index_ ZELBASE_GUARDED_BY(mutex_) = 0;
     // The message that is being received, and what its lines take.

@@ -2,6 +2,7 @@
 
 #include "ZelBase/Base64.h"
 #include "ZelBase/MutexLock.h"
+#include "ZelNet/SourceCode/CommandText.h"
 #include "ZelNet/SourceCode/NetworkInfo.h"
 #include "ZelNet/SourceCode/PlainMessage.h"
 #include "ZelNet/SourceCode/SmtpReply.h"
@@ -66,7 +67,8 @@ bool ASmtpClient::SetBody(const char* body) {
     return Set(&ASmtpClient::body_, body);
 }
 
-bool ASmtpClient::Set(std::string ASmtpClient::*field, const char* value) {
+template <typename Text>
+bool ASmtpClient::Set(Text ASmtpClient::*field, const char* value) {
     MutexLock lock(&mutex_);
     if (!value) {
         return Refuse(SmtpStatus::kInvalidArguments);
@@ -74,7 +76,7 @@ bool ASmtpClient::Set(std::string ASmtpClient::*field, const char* value) {
     if (listener_) {
         return Refuse(SmtpStatus::kBusy);
     }
-    this->*field = value;
+    this->*field = Text(value);
     return true;
 }
 
@@ -97,12 +99,12 @@ bool ASmtpClient::Connect(SmtpClientListener* listener, bool useAuth) {
         if (reason != SmtpStatus::kSuccess) {
             return Refuse(reason);
         }
+        server = server_;
+        port = port_;
         listener_ = listener;
         useAuth_ = useAuth;
         phase_ = SmtpClientPhase::kConnecting;
         hostName_ = std::move(hostName);
-        server = server_;
-        port = port_;
     }
     unsigned long systemError = 0;
     if (Open(server, port, systemError) == OpenResult::kUnderWay) {
@@ -116,8 +118,12 @@ bool ASmtpClient::Connect(SmtpClientListener* listener, bool useAuth) {
 
 SmtpStatus ASmtpClient::CheckSettings(bool useAuth) const {
     if (server_.empty() || port_ == 0 || port_ > kHighestPort ||
-        (useAuth && (login_.empty() || password_.empty())) || state_ != SmtpClientState::kClosed) {
+        (useAuth && (login_.empty() || password_.IsEmpty())) ||
+        state_ != SmtpClientState::kClosed) {
         return SmtpStatus::kInvalidState;
+    }
+    if (!IsCredential(login_) || !IsCredential(password_.Text())) {
+        return SmtpStatus::kInvalidArguments;
     }
     // A connection that is under way has its socket already.
     return listener_ ? SmtpStatus::kSocketFailure : SmtpStatus::kSuccess;
@@ -130,11 +136,16 @@ bool ASmtpClient::SendMail(const std::string& recipient, AMIME* message) {
         if (!listener_ || state_ != SmtpClientState::kReady || !message) {
             return Refuse(SmtpStatus::kInvalidState);
         }
-        recipient_ = recipient;
-        message_ = message;
-        phase_ = SmtpClientPhase::kSending;
-        ChangeState(SmtpClientState::kSendMail);
-        RunSendStep(consequences);
+        if (!IsEnvelopeAddress(from_) || !IsEnvelopeAddress(recipient)) {
+            logger_->Log("SendMail", LogLevel::kWarning, "Address cannot be sent.");
+            Notify(SmtpNotification::kMailSent, SmtpStatus::kUnexpected, consequences);
+        } else {
+            recipient_ = recipient;
+            message_ = message;
+            phase_ = SmtpClientPhase::kSending;
+            ChangeState(SmtpClientState::kSendMail);
+            Proceed(consequences);
+        }
     }
     CarryOut(consequences);
     return true;
@@ -149,7 +160,7 @@ bool ASmtpClient::Quit() {
         if (underWay) {
             phase_ = SmtpClientPhase::kQuitting;
             ChangeState(SmtpClientState::kSendQuit);
-            RunSendStep(consequences);
+            Proceed(consequences);
         } else {
             consequences.close = true;
             Refuse(SmtpStatus::kInvalidState);
@@ -182,7 +193,7 @@ void ASmtpClient::ChangeState(SmtpClientState state) {
 }
 
 void ASmtpClient::Notify(SmtpNotification notification, SmtpStatus status,
-                         Consequences& consequences) {
+                         Consequences& consequences) noexcept {
     using Method = void (SmtpClientListener::*)(SmtpStatus);
     static constexpr Method kMethods[] = {
         nullptr,
@@ -195,8 +206,8 @@ void ASmtpClient::Notify(SmtpNotification notification, SmtpStatus status,
     };
     const Method method = kMethods[static_cast<std::size_t>(notification)];
     if (method && listener_) {
-        consequences.notifications.emplace_back(
-            [listener = listener_, method, status] { (listener->*method)(status); });
+        consequences.Add(
+            Notice([listener = listener_, method, status] { (listener->*method)(status); }));
     }
 }
 
@@ -230,7 +241,7 @@ void ASmtpClient::HandleLine(const std::string& line, Consequences& consequences
     }
 }
 
-void ASmtpClient::HandleClose(Consequences& consequences) {
+void ASmtpClient::HandleClose(Consequences& consequences) noexcept {
     static constexpr SmtpNotification kConcerned[] = {
         SmtpNotification::kConnected, SmtpNotification::kMailSent, SmtpNotification::kNone};
     Notify(kConcerned[static_cast<std::size_t>(phase_)], SmtpStatus::kTerminated, consequences);
@@ -240,6 +251,14 @@ void ASmtpClient::HandleClose(Consequences& consequences) {
     phase_ = SmtpClientPhase::kConnecting;
     listener_ = nullptr;
     ChangeState(SmtpClientState::kClosed);
+}
+
+void ASmtpClient::HandleFailure(Consequences& consequences) noexcept {
+    const SmtpCommand* command = FindSmtpCommand(state_, useAuth_);
+    const SmtpReplyRule* rule = FindSmtpReplyRule(command ? command->next : state_, useAuth_);
+    if (rule) {
+        Notify(rule->failure, rule->refusal, consequences);
+    }
 }
 
 void ASmtpClient::RunSendStep(Consequences& consequences) {
@@ -252,29 +271,31 @@ void ASmtpClient::RunSendStep(Consequences& consequences) {
         ComposeText(consequences);
         consequences.end = command->after;
     } else {
-        consequences.command.append(command->before)
-            .append(ValueOf(command->argument))
-            .append(command->after);
+        consequences.command.Append(command->before);
+        AppendValue(command->argument, consequences.command);
+        consequences.command.Append(command->after);
     }
 }
 
-std::string ASmtpClient::ValueOf(SmtpArgument argument) const {
+void ASmtpClient::AppendValue(SmtpArgument argument, ZelBase::SecretText& command) const {
     switch (argument) {
     case SmtpArgument::kHostName:
-        return hostName_;
+        return command.Append(hostName_);
     case SmtpArgument::kSender:
-        return from_;
+        return command.Append(from_);
     case SmtpArgument::kRecipient:
-        return recipient_;
+        return command.Append(recipient_);
     case SmtpArgument::kLogin:
-        return ZelBase::Base64Encode(login_);
-    case SmtpArgument::kPassword:
-        return ZelBase::Base64Encode(password_);
+        return command.Append(ZelBase::Base64Encode(login_));
+    case SmtpArgument::kPassword: {
+        std::string encoded = ZelBase::Base64Encode(password_.Text());
+        const ZelBase::WipeAtEnd wipe(encoded);
+        return command.Append(encoded);
+    }
     case SmtpArgument::kNone:
     case SmtpArgument::kText:
         break;
     }
-    return {};
 }
 
 // In the body only lines between others are looked at, so that a lone dot on its very first line
@@ -286,8 +307,8 @@ void ASmtpClient::ComposeText(Consequences& consequences) {
             MakePlainMessage(from_, to_, subject_, body_, std::chrono::system_clock::now());
     }
     AMIME& message = message_ ? *message_ : *ownMessage_;
-    consequences.command = message.HeaderBlock();
-    DoubleLoneDots(consequences.command, true);
+    consequences.header = message.HeaderBlock();
+    DoubleLoneDots(consequences.header, true);
     DoubleLoneDots(message.Body(), false);
     consequences.body = message.Body();
 }

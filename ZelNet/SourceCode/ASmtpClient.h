@@ -24,6 +24,7 @@ public:
     bool SetServer(const char* server);
     bool SetPort(std::uint32_t port);
     bool SetLogin(const char* login);
+    // Kept until it is set anew or the client ends; overwritten then.
     bool SetPassword(const char* password);
     // The sender of the envelope, and of the message that is sent for want of another; the others
     // are for that only.
@@ -33,10 +34,13 @@ public:
     bool SetBody(const char* body);
 
     // Starts to connect, and to log in with `useAuth`; the listener must outlive the connection.
-    // False, without a notification, when that cannot be: GetLastError tells why.
+    // False, without a notification, when that cannot be: GetLastError tells why. Login and
+    // password with a line break are invalid arguments.
     bool Connect(SmtpClientListener* listener, bool useAuth);
     // Starts to send, once LoggedIn has told success. The message stays the caller's and must live
-    // until MailSent or Closed; its body is changed. False with error 6 when it is not the time.
+    // until MailSent or Closed; its body is changed. False with error 6 when it is not the time. An
+    // address that cannot stand in a command is not sent: MailSent tells as if the server had
+    // refused it.
     bool SendMail(const std::string& recipient, AMIME* message);
     // Starts to say good-bye; QuitDone and Closed follow. At any other time it closes the
     // connection and returns false with error 6.
@@ -49,26 +53,29 @@ public:
 private:
     ASmtpClient();
 
-    bool Set(std::string ASmtpClient::*field, const char* value) ZELBASE_EXCLUDES(mutex_);
+    template <typename Text>
+    bool Set(Text ASmtpClient::*field, const char* value) ZELBASE_EXCLUDES(mutex_);
     SmtpStatus CheckSettings(bool useAuth) const ZELBASE_REQUIRES(mutex_);
     bool Refuse(SmtpStatus reason) ZELBASE_REQUIRES(mutex_);
     void ChangeState(SmtpClientState state) ZELBASE_REQUIRES(mutex_);
-    void Notify(SmtpNotification notification, SmtpStatus status, Consequences& consequences)
+    void Notify(SmtpNotification notification, SmtpStatus status,
+                Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
+    void AppendValue(SmtpArgument argument, ZelBase::SecretText& command) const
         ZELBASE_REQUIRES(mutex_);
-    std::string ValueOf(SmtpArgument argument) const ZELBASE_REQUIRES(mutex_);
     void ComposeText(Consequences& consequences) ZELBASE_REQUIRES(mutex_);
 
     void HandleConnect(bool success, Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     void HandleLine(const std::string& line, Consequences& consequences) override
         ZELBASE_REQUIRES(mutex_);
-    void HandleClose(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
+    void HandleClose(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
+    void HandleFailure(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
     void RunSendStep(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     std::uint32_t LongestLine() const override ZELBASE_REQUIRES(mutex_);
 
     std::string server_ ZELBASE_GUARDED_BY(mutex_);
     std::uint32_t port_ ZELBASE_GUARDED_BY(mutex_) = 0;
     std::string login_ ZELBASE_GUARDED_BY(mutex_);
-    std::string password_ ZELBASE_GUARDED_BY(mutex_);
+    ZelBase::SecretText password_ ZELBASE_GUARDED_BY(mutex_);
     std::string from_ ZELBASE_GUARDED_BY(mutex_);
     std::string to_ ZELBASE_GUARDED_BY(mutex_);
     std::string subject_ ZELBASE_GUARDED_BY(mutex_);

@@ -54,13 +54,12 @@ const PopReplyRule* FindPopReplyRule(PopClientState state) {
     return Find(kReplyRules, state);
 }
 
-PopNotification EndedBy(PopClientState state) {
+const PopReplyRule* FindPopRuleUnderWay(PopClientState state) {
     if (state == State::kReceiveMessage) {
-        return Tell::kRetrieved;
+        return FindPopReplyRule(State::kAwaitRetrieve);
     }
     const PopCommand* command = FindPopCommand(state);
-    const PopReplyRule* rule = FindPopReplyRule(command ? command->next : state);
-    return rule ? rule->notification : Tell::kConnected;
+    return FindPopReplyRule(command ? command->next : state);
 }
 
 } // namespace ZelNet

@@ -66,7 +66,8 @@ struct PopReplyRule {
 const PopCommand* FindPopCommand(PopClientState state);
 // What a status line in `state` leads to; null when none is awaited.
 const PopReplyRule* FindPopReplyRule(PopClientState state);
-// What a close in `state` puts an end to. An idle connection has ended itself: kConnected.
-PopNotification EndedBy(PopClientState state);
+// What a status line in `state` will lead to, when the command that is due has been sent; of a
+// message that is being received, what its own status line led to. Null when nothing is under way.
+const PopReplyRule* FindPopRuleUnderWay(PopClientState state);
 
 } // namespace ZelNet

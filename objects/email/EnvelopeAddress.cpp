@@ -23,17 +23,13 @@ std::size_t FindBracket(std::wstring_view header) {
 
 } // namespace
 
-std::optional<std::string> EnvelopeAddress(std::wstring_view header) {
+std::string EnvelopeAddress(std::wstring_view header) {
     const std::size_t open = FindBracket(header);
     const std::size_t close = open == header.npos ? header.npos : header.find(L'>', open);
     if (close != header.npos) {
         header = header.substr(open + 1, close - open - 1);
     }
-    header = Trimmed(header, L" \t");
-    if (header.find_first_of(L"\r\n") != header.npos) {
-        return std::nullopt;
-    }
-    return ZelBase::Utf16ToBytes(header);
+    return ZelBase::Utf16ToBytes(Trimmed(header, L" \t"));
 }
 
 } // namespace tervane

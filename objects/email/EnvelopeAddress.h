@@ -1,14 +1,13 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace tervane {
 
 // The address of the envelope in what a From or To header says: what stands between angle brackets,
-// outside of quotes, or else all of it; without blanks around. Nothing when it has a line break,
-// which would let it add commands of its own.
-std::optional<std::string> EnvelopeAddress(std::wstring_view header);
+// outside of quotes, or else all of it; without blanks around. It may be anything else than an
+// address: the client that sends it looks at the bytes.
+std::string EnvelopeAddress(std::wstring_view header);
 
 } // namespace tervane

@@ -1,10 +1,9 @@
 #include "objects/email/MailWorker.h"
 
+#include "ZelBase/Handles.h"
 #include "ZelBase/LocalMutex.h"
 #include "ZelBase/ModulePin.h"
-#include "ZelBase/WIN32_Event.h"
 
-#include <optional>
 #include <utility>
 
 #include <objbase.h>
@@ -12,38 +11,46 @@
 namespace tervane {
 
 using ZelBase::LocalMutexLock;
+using ZelBase::UniqueHandle;
 
 // What the object and its thread have in common; it lives as long as either.
 struct MailWorker::Shared {
-    ZelBase::WIN32_Event wake;
+    const UniqueHandle wake{CreateEventA(nullptr, FALSE, FALSE, nullptr)};
     ZelBase::LocalMutex mutex;
-    // Null when the object is gone.
+    // Null when the object is gone, or its thread, and before there is one.
     const PostbackWindow* window ZELBASE_GUARDED_BY(mutex) = nullptr;
+    bool ending ZELBASE_GUARDED_BY(mutex) = false;
     bool started ZELBASE_GUARDED_BY(mutex) = false;
+    // From Begin until the completion is taken: whatever is posted meanwhile changes nothing.
     bool busy ZELBASE_GUARDED_BY(mutex) = false;
     std::optional<MailTask> waiting ZELBASE_GUARDED_BY(mutex);
-    MailTask completed ZELBASE_GUARDED_BY(mutex);
+    std::optional<MailTask> completed ZELBASE_GUARDED_BY(mutex);
 };
 
-MailWorker::MailWorker(const PostbackWindow& window) : shared_(std::make_shared<Shared>()) {
-    const LocalMutexLock lock(shared_->mutex);
-    shared_->window = &window;
-}
+MailWorker::MailWorker() : shared_(std::make_shared<Shared>()) {}
 
 MailWorker::~MailWorker() {
     const LocalMutexLock lock(shared_->mutex);
     shared_->window = nullptr;
-    if (shared_->wake.IsValid()) {
-        shared_->wake.Set();
-    }
+    shared_->ending = true;
+    SetEvent(shared_->wake.Get());
 }
 
 bool MailWorker::Start() {
-    const LocalMutexLock lock(shared_->mutex);
-    if (!shared_->started && shared_->wake.IsValid()) {
-        shared_->started = static_cast<bool>(
-            ZelBase::ModulePin::StartThread([shared = shared_] { Run(*shared); }));
+    {
+        const LocalMutexLock lock(shared_->mutex);
+        if (shared_->started || !shared_->wake) {
+            return shared_->started;
+        }
     }
+    // Nobody posts to it yet. One that is gone is of a thread that has ended.
+    if (!window_ || !IsWindow(window_->Handle())) {
+        window_.emplace(static_cast<PostbackOwner&>(*this));
+    }
+    const LocalMutexLock lock(shared_->mutex);
+    shared_->window = &*window_;
+    shared_->started = static_cast<bool>(ZelBase::ModulePin::StartThread(
+        [shared = shared_, thread = OpenThisThread()] { Run(*shared, thread.Get()); }));
     return shared_->started;
 }
 
@@ -59,29 +66,36 @@ bool MailWorker::Begin(MailTask task) {
     }
     shared_->busy = true;
     shared_->waiting = std::move(task);
-    shared_->wake.Set();
+    SetEvent(shared_->wake.Get());
     return true;
 }
 
-MailTask MailWorker::TakeCompleted() {
-    const LocalMutexLock lock(shared_->mutex);
-    shared_->busy = false;
-    return std::exchange(shared_->completed, {});
+// Anybody can post code 0; only a task whose work has ended makes the worker free. The task goes
+// last: it may hold the last reference to the object that this belongs to.
+void MailWorker::OnPostback(unsigned code, unsigned /*wParam*/) {
+    std::optional<MailTask> task;
+    if (code == 0) {
+        const LocalMutexLock lock(shared_->mutex);
+        task = std::exchange(shared_->completed, std::nullopt);
+        shared_->busy = shared_->busy && !task;
+    }
+    if (task) {
+        task->complete();
+    }
 }
 
-void MailWorker::Run(Shared& shared) noexcept {
+void MailWorker::Run(Shared& shared, HANDLE objectThread) noexcept {
     // Without a window of its own the thread need not dispatch messages while it waits.
     const bool initialized = SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED));
+    // A task that is waiting comes first: what was asked for is done even when nobody is left.
+    const HANDLE reasons[] = {shared.wake.Get(), objectThread};
+    const DWORD count = objectThread ? 2 : 1;
     for (bool ending = false; !ending;) {
-        shared.wake.Wait(nullptr);
-        std::optional<MailTask> task;
-        {
-            const LocalMutexLock lock(shared.mutex);
-            shared.wake.Reset();
-            task = std::exchange(shared.waiting, std::nullopt);
-            ending = !shared.window;
+        if (WaitForMultipleObjects(count, reasons, FALSE, INFINITE) != WAIT_OBJECT_0) {
+            Leave(shared);
+            break;
         }
-        if (task) {
+        if (auto task = TakeWaiting(shared, ending)) {
             HandOver(shared, std::move(*task));
         }
     }
@@ -90,20 +104,55 @@ void MailWorker::Run(Shared& shared) noexcept {
     }
 }
 
+std::optional<MailTask> MailWorker::TakeWaiting(Shared& shared, bool& ending) {
+    const LocalMutexLock lock(shared.mutex);
+    ending = shared.ending;
+    return std::exchange(shared.waiting, std::nullopt);
+}
+
 void MailWorker::HandOver(Shared& shared, MailTask task) noexcept {
     try {
         task.work();
     } catch (...) {
-        // The completion tells what had been found out until then.
+        // The completion tells that the outcome was never found out.
     }
     task.work = nullptr; // with all it has copied
-    const LocalMutexLock lock(shared.mutex);
-    shared.completed = std::move(task);
-    if (!shared.window || !shared.window->Post(0, 0, 0)) {
-        // The object's thread is gone, or has no window: the event is lost, but not the object.
-        task = std::exchange(shared.completed, {});
-        shared.busy = false;
+    bool posted = false;
+    {
+        const LocalMutexLock lock(shared.mutex);
+        shared.completed = std::move(task);
+        posted = shared.window && shared.window->Post(0, 0, 0);
     }
+    if (!posted) {
+        Abandon(shared); // the object's thread is gone, or has no window
+    }
+}
+
+// The object's thread has ended. Whoever uses the object on another one, against all rules, gets a
+// new worker and a new window there.
+void MailWorker::Leave(Shared& shared) noexcept {
+    std::optional<MailTask> waiting;
+    {
+        const LocalMutexLock lock(shared.mutex);
+        shared.started = false;
+        shared.window = nullptr;
+        waiting = std::exchange(shared.waiting, std::nullopt);
+    }
+    Abandon(shared);
+}
+
+// Gives back a task whose completion nobody takes: the event is lost, but not the object.
+void MailWorker::Abandon(Shared& shared) noexcept {
+    std::optional<MailTask> task;
+    {
+        const LocalMutexLock lock(shared.mutex);
+        task = std::exchange(shared.completed, std::nullopt);
+    }
+    if (task && task->abandon) {
+        task->abandon();
+    }
+    const LocalMutexLock lock(shared.mutex);
+    shared.busy = false;
 }
 
 } // namespace tervane

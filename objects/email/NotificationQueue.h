@@ -3,8 +3,8 @@
 // How a worker waits for its protocol client: the client's notifications are put in on a socket
 // event thread and taken out, in their order, by the worker, which sleeps meanwhile.
 
+#include "ZelBase/Handles.h"
 #include "ZelBase/LocalMutex.h"
-#include "ZelBase/WIN32_Event.h"
 #include "objects/email/StepDeadline.h"
 
 #include <deque>
@@ -12,22 +12,26 @@
 
 namespace tervane {
 
-enum class WaitResult { kNotified, kAborted, kTimedOut };
+enum class WaitResult { kNotified, kAborted, kTimedOut, kNoMemory };
 
 template <typename Notification>
 class NotificationQueue {
 public:
-    // Any thread.
-    void Put(Notification notification) {
+    // Any thread. What cannot be kept is lost, and every wait from then on says so.
+    void Put(Notification notification) noexcept {
         const ZelBase::LocalMutexLock lock(mutex_);
-        queue_.push_back(std::move(notification));
-        arrived_.Set();
+        try {
+            queue_.push_back(std::move(notification));
+        } catch (...) {
+            incomplete_ = true;
+        }
+        SetEvent(arrived_.Get());
     }
     // Ends the wait that runs, and later ones, until Clear. Any thread.
     void Abort() {
         const ZelBase::LocalMutexLock lock(mutex_);
         aborted_ = true;
-        arrived_.Set();
+        SetEvent(arrived_.Get());
     }
     bool IsAborted() {
         const ZelBase::LocalMutexLock lock(mutex_);
@@ -37,7 +41,7 @@ public:
     void Clear() {
         const ZelBase::LocalMutexLock lock(mutex_);
         queue_.clear();
-        aborted_ = false;
+        aborted_ = incomplete_ = false;
     }
     // Takes the oldest notification, waiting for one. What has arrived comes before an abort, and
     // both come before the end of the time.
@@ -45,6 +49,9 @@ public:
         for (;;) {
             {
                 const ZelBase::LocalMutexLock lock(mutex_);
+                if (incomplete_) {
+                    return WaitResult::kNoMemory;
+                }
                 if (!queue_.empty()) {
                     notification = std::move(queue_.front());
                     queue_.pop_front();
@@ -53,13 +60,13 @@ public:
                 if (aborted_) {
                     return WaitResult::kAborted;
                 }
-                arrived_.Reset();
+                ResetEvent(arrived_.Get());
             }
             const DWORD remaining = deadline.Remaining();
             if (remaining == 0) {
                 return WaitResult::kTimedOut;
             }
-            arrived_.Wait(remaining, nullptr);
+            WaitForSingleObject(arrived_.Get(), remaining);
         }
     }
 
@@ -67,8 +74,9 @@ private:
     ZelBase::LocalMutex mutex_;
     std::deque<Notification> queue_ ZELBASE_GUARDED_BY(mutex_);
     bool aborted_ ZELBASE_GUARDED_BY(mutex_) = false;
+    bool incomplete_ ZELBASE_GUARDED_BY(mutex_) = false;
     // Set when there may be something to take.
-    ZelBase::WIN32_Event arrived_;
+    const ZelBase::UniqueHandle arrived_{CreateEventA(nullptr, TRUE, FALSE, nullptr)};
 };
 
 } // namespace tervane

@@ -15,7 +15,6 @@ using ZelNet::MimeContentType;
 using ZelNet::MimeMultipartMode;
 using ZelNet::MimeTransferEncoding;
 
-constexpr wchar_t kBlanks[] = L" \t\r\n";
 constexpr char kCharset[] = "utf-8";
 constexpr wchar_t kDefaultMailer[] = L"<AnonymousMailer>";
 
@@ -44,17 +43,17 @@ void FillIn(IEmailData& emailData) {
     }
 }
 
-// A line without a name, the continuation of the one before for instance, goes out whole.
+// A line without a name, the continuation of the one before for instance, goes out whole. So does
+// one that begins with a blank and has a ": " somewhere in its text. A line of nothing but blanks
+// would end the header for some servers.
 void AddHeaderLine(AMIME& message, std::wstring_view line) {
     const auto parts = SplitHeader(line);
-    const std::wstring_view name = parts ? Trimmed(parts->name, kBlanks) : std::wstring_view();
-    if (!name.empty()) {
-        message.AddHeader(Utf16ToUtf8(name), Utf16ToUtf8(Trimmed(parts->value, kBlanks)));
-        return;
-    }
-    line = line.substr(0, line.find_last_not_of(L"\r\n") + 1);
-    if (!line.empty()) {
-        message.AddHeader({}, Utf16ToUtf8(line));
+    const std::string name = parts ? Utf16ToUtf8(Trimmed(parts->name, kBlanks)) : std::string();
+    const bool isContinuation = line.starts_with(L' ') || line.starts_with(L'\t');
+    if (!name.empty() && (!isContinuation || ZelNet::IsHeaderName(name))) {
+        message.AddHeader(name, Utf16ToUtf8(Trimmed(parts->value, kBlanks)));
+    } else if (!Trimmed(line, kBlanks).empty()) {
+        message.AddHeader({}, Utf16ToUtf8(Trimmed(line, L"\r\n")));
     }
 }
 
@@ -107,7 +106,7 @@ std::optional<std::string> ReadBody(IEmailData& emailData, Getter property) {
 
 std::optional<std::string> ReadAddress(IEmailData& emailData, Getter property) {
     const auto header = Read(emailData, property);
-    return header ? EnvelopeAddress(TextOf(header->Get())) : std::nullopt;
+    return header ? std::optional(EnvelopeAddress(TextOf(header->Get()))) : std::nullopt;
 }
 
 } // namespace

@@ -12,7 +12,7 @@
 namespace tervane {
 
 // Reads the message, after giving it a date and an X-Mailer if it has none. Nothing when it cannot
-// be read or has an address with a line break.
+// be read.
 std::optional<OutgoingMail> ReadOutgoingMail(IEmailData& emailData);
 
 } // namespace tervane

@@ -7,6 +7,7 @@
 #include "objects/email/ReceivedMail.h"
 #include "objects/email/StatusNames.h"
 #include "objects/email/StoredText.h"
+#include "objects/email/TrimmedText.h"
 
 namespace tervane {
 
@@ -44,15 +45,15 @@ PopStatus PopCtl::StartConnecting() {
     if (!session_->Renew()) {
         return PopStatus::kInternalError;
     }
-    const PopSettings settings = {Utf16ToBytes(server_), static_cast<std::uint32_t>(port_),
-                                  Utf16ToBytes(login_), Utf16ToBytes(password_)};
-    return Begin(
-        [settings, timeout = timeoutSeconds_](PopSession& session, Outcome& outcome) {
-            outcome.status = session.Connect(settings, timeout);
-        },
-        [this](Outcome& outcome) {
-            Fire_OnPopConnect(*Sinks(), outcome.status == PopStatus::kSuccess, Self());
-        });
+    PopSettings settings = {Utf16ToBytes(Trimmed(server_, kBlanks)),
+                            static_cast<std::uint32_t>(port_), Utf16ToBytes(login_),
+                            ZelBase::NarrowSecret(password_.Text())};
+    return Begin([settings = std::move(settings), timeout = timeoutSeconds_](
+                     PopSession& session,
+                     Outcome& outcome) { outcome.status = session.Connect(settings, timeout); },
+                 [this](Outcome& outcome) {
+                     Fire_OnPopConnect(*Sinks(), outcome.status == PopStatus::kSuccess, Self());
+                 });
 }
 
 HRESULT PopCtl::GetMailCount(VARIANT_BOOL* result) {
@@ -116,8 +117,16 @@ PopStatus PopCtl::Begin(Work work, Report report) {
     auto outcome = std::make_shared<Outcome>();
     MailTask task;
     task.object = AddReference(Controlling());
-    task.work = [session = session_, work = std::move(work), outcome] { work(*session, *outcome); };
+    task.work = [session = session_, work = std::move(work), outcome] {
+        try {
+            work(*session, *outcome);
+        } catch (...) {
+            session->Close(); // it is not known what the client still waits for
+            throw;
+        }
+    };
     task.complete = [this, report = std::move(report), outcome] { Complete(*outcome, report); };
+    task.abandon = [session = session_] { session->Close(); };
     return worker_.Begin(std::move(task)) ? PopStatus::kSuccess : PopStatus::kWorkInProgress;
 }
 
@@ -167,14 +176,6 @@ PopStatus PopCtl::AbortNow() {
     return PopStatus::kSuccess;
 }
 
-// Last in this function: the completed task may hold the last reference to this object.
-void PopCtl::OnPostback(unsigned code, unsigned /*wParam*/) {
-    const MailTask task = code == 0 ? worker_.TakeCompleted() : MailTask();
-    if (task.complete) {
-        task.complete();
-    }
-}
-
 HRESULT PopCtl::get_PopServer(BSTR* value) {
     return AnswerText(value, [&] { return server_; });
 }
@@ -201,7 +202,7 @@ HRESULT PopCtl::put_Login(BSTR value) {
 }
 
 HRESULT PopCtl::get_Password(BSTR* value) {
-    return AnswerText(value, [&] { return password_; });
+    return AnswerText(value, [&] { return password_.Text(); });
 }
 
 HRESULT PopCtl::put_Password(BSTR value) {

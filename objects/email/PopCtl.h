@@ -6,7 +6,6 @@
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"
 #include "component/Control.h"
-#include "component/PostbackWindow.h"
 #include "objects/email/MailWorker.h"
 #include "objects/email/PopSession.h"
 
@@ -17,10 +16,9 @@
 
 namespace tervane {
 
-class PopCtl final : public AutomationObject<IPopCtl, EventSource, Control>, private PostbackOwner {
+class PopCtl final : public AutomationObject<IPopCtl, EventSource, Control> {
 public:
-    PopCtl(const ClassRow& row, IUnknown* outer)
-        : Object(row, outer), window_(*this), worker_(window_) {}
+    using Object::Object;
 
     HRESULT STDMETHODCALLTYPE get_PopServer(BSTR* value) override;
     HRESULT STDMETHODCALLTYPE put_PopServer(BSTR value) override;
@@ -63,19 +61,17 @@ private:
     void KeepMessage(Outcome& outcome, long index);
     Status AbortNow();
     IDispatch* Self() { return static_cast<IPopCtl*>(this); }
-    void OnPostback(unsigned code, unsigned wParam) override;
 
     std::wstring server_;
     long port_ = 110;
     std::wstring login_;
-    std::wstring password_;
+    ZelBase::WideSecretText password_;
     long timeoutSeconds_ = 30;
     Status lastError_ = Status::kSuccess;
     long currentMessageIndex_ = 0;
     ComPtr<IEmailData> emailData_;
     // Null until the first Connect. The worker holds it too while an operation runs.
     std::shared_ptr<PopSession> session_;
-    const PostbackWindow window_;
     MailWorker worker_;
 };
 

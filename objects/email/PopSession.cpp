@@ -24,21 +24,17 @@ void PopSession::Abort() {
 
 PopStatus PopSession::Connect(const PopSettings& settings, long timeoutSeconds) {
     const PopStatus status = LogIn(settings, timeoutSeconds);
-    if (status != PopStatus::kSuccess) {
+    if (status == PopStatus::kSuccess) {
+        client_->ForgetPassword();
+    } else {
         Close();
     }
     return status;
 }
 
 PopStatus PopSession::LogIn(const PopSettings& settings, long timeoutSeconds) {
-    // A line break would make a command of what follows it.
-    constexpr char kLineBreaks[] = "\r\n";
-    if (settings.login.find_first_of(kLineBreaks) != std::string::npos ||
-        settings.password.find_first_of(kLineBreaks) != std::string::npos) {
-        return PopStatus::kInvalidArguments;
-    }
     client_->SetServer(settings.server, settings.port);
-    client_->SetLogin(settings.login, settings.password);
+    client_->SetLogin(settings.login, settings.password.Text());
     if (!client_->Connect(this)) {
         return client_->GetLastError();
     }
@@ -95,6 +91,8 @@ PopStatus PopSession::Await(Kind kind, long timeoutSeconds, Notification& notifi
             return PopStatus::kTerminated;
         case WaitResult::kTimedOut:
             return PopStatus::kTimeout;
+        case WaitResult::kNoMemory:
+            return PopStatus::kInternalError;
         case WaitResult::kNotified:
             break;
         }
@@ -112,7 +110,7 @@ PopStatus PopSession::Finish(PopStatus status) noexcept {
 }
 
 void PopSession::Put(Kind kind, PopStatus status, std::uint32_t count,
-                     std::vector<std::string> lines) {
+                     std::vector<std::string> lines) noexcept {
     if (status == PopStatus::kTerminated) {
         loggedIn_ = false;
     }

@@ -6,6 +6,7 @@
 // One operation runs at a time, on a worker thread. Between operations the connection may end by
 // itself; IsLoggedIn then tells so.
 
+#include "ZelBase/SecretText.h"
 #include "ZelNet/SourceCode/APop3Client.h"
 #include "objects/email/NotificationQueue.h"
 #include "objects/email/SocketUse.h"
@@ -21,7 +22,7 @@ struct PopSettings {
     std::string server;
     std::uint32_t port = 0;
     std::string login;
-    std::string password;
+    ZelBase::SecretText password;
 };
 
 class PopSession final : private ZelNet::Pop3ClientListener {
@@ -39,7 +40,8 @@ public:
     // Any thread.
     bool IsLoggedIn() const { return loggedIn_; }
 
-    // The operations. One that fails otherwise than by the server's refusal closes the connection.
+    // The operations. One that fails otherwise than by the server's refusal closes the connection;
+    // so must whoever catches an exception out of one.
     ZelNet::PopStatus Connect(const PopSettings& settings, long timeoutSeconds);
     ZelNet::PopStatus CountMails(long timeoutSeconds, std::uint32_t& count);
     ZelNet::PopStatus Retrieve(int index, long timeoutSeconds, std::vector<std::string>& lines);
@@ -61,7 +63,7 @@ private:
     Status Await(Kind kind, long timeoutSeconds, Notification& notification);
     Status Finish(Status status) noexcept;
     void Put(Kind kind, Status status, std::uint32_t count = 0,
-             std::vector<std::string> lines = {});
+             std::vector<std::string> lines = {}) noexcept;
 
     void Connected(Status status) override;
     void Greeted(Status status) override;

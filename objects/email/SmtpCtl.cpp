@@ -1,12 +1,14 @@
 #include "objects/email/SmtpCtl.h"
 
 #include "ZelBase/TextConversion.h"
+#include "ZelNet/SourceCode/CommandText.h"
 #include "component/Answers.h"
 #include "component/Creators.h"
 #include "objects/email/MailEvents.h"
 #include "objects/email/OutgoingMail.h"
 #include "objects/email/StatusNames.h"
 #include "objects/email/StoredText.h"
+#include "objects/email/TrimmedText.h"
 
 namespace tervane {
 
@@ -15,11 +17,10 @@ using ZelNet::SmtpStatus;
 
 namespace {
 
-// What the worker is given and what it finds out.
+// What the worker is given.
 struct Sending {
     SmtpSettings settings;
     OutgoingMail mail;
-    SmtpStatus status = SmtpStatus::kInternalError;
 };
 
 } // namespace
@@ -53,19 +54,25 @@ SmtpStatus SmtpCtl::StartSending() {
     if (!mail) {
         return SmtpStatus::kInvalidArguments;
     }
-    auto session = std::make_shared<SmtpSession>();
     auto sending = std::make_shared<Sending>(Sending{Settings(), std::move(*mail)});
+    if (!ZelNet::IsCredential(sending->settings.login) ||
+        !ZelNet::IsCredential(sending->settings.password.Text())) {
+        return SmtpStatus::kInvalidArguments;
+    }
+    auto session = std::make_shared<SmtpSession>();
+    auto outcome = std::make_shared<SmtpStatus>(SmtpStatus::kInternalError);
     MailTask task;
     task.object = AddReference(Controlling());
-    task.work = [this, session, sending] {
-        sending->status = session->Send(sending->settings, sending->mail);
-        Publish(sending->status);
+    task.work = [this, session, sending = std::move(sending), outcome] {
+        *outcome = session->Send(sending->settings, sending->mail);
+        Publish(*outcome);
     };
-    task.complete = [this, sending] {
+    task.complete = [this, outcome] {
         session_.reset();
-        Publish(sending->status); // what was refused meanwhile has left its own
+        Publish(*outcome); // what was refused meanwhile has left its own
         Fire_OnSmtpSendMailComplete(*Sinks(), success_, static_cast<ISmtpCtl*>(this));
     };
+    task.abandon = [this, outcome] { Publish(*outcome); };
     working_ = true;
     // Reading the message may have dispatched a call of this very method.
     if (!worker_.Begin(std::move(task))) {
@@ -76,8 +83,8 @@ SmtpStatus SmtpCtl::StartSending() {
 }
 
 SmtpSettings SmtpCtl::Settings() const {
-    return {Utf16ToBytes(server_), static_cast<std::uint32_t>(port_), Utf16ToBytes(login_),
-            Utf16ToBytes(password_), timeoutSeconds_};
+    return {Utf16ToBytes(Trimmed(server_, kBlanks)), static_cast<std::uint32_t>(port_),
+            Utf16ToBytes(login_), ZelBase::NarrowSecret(password_.Text()), timeoutSeconds_};
 }
 
 void SmtpCtl::Publish(SmtpStatus status) noexcept {
@@ -97,14 +104,6 @@ HRESULT SmtpCtl::Abort(VARIANT_BOOL* result) {
     });
 }
 
-// Last in this function: the completed task may hold the last reference to this object.
-void SmtpCtl::OnPostback(unsigned code, unsigned /*wParam*/) {
-    const MailTask task = code == 0 ? worker_.TakeCompleted() : MailTask();
-    if (task.complete) {
-        task.complete();
-    }
-}
-
 HRESULT SmtpCtl::get_Login(BSTR* value) {
     return AnswerText(value, [&] { return login_; });
 }
@@ -114,7 +113,7 @@ HRESULT SmtpCtl::put_Login(BSTR value) {
 }
 
 HRESULT SmtpCtl::get_Password(BSTR* value) {
-    return AnswerText(value, [&] { return password_; });
+    return AnswerText(value, [&] { return password_.Text(); });
 }
 
 HRESULT SmtpCtl::put_Password(BSTR value) {

@@ -7,7 +7,6 @@
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"
 #include "component/Control.h"
-#include "component/PostbackWindow.h"
 #include "objects/email/MailWorker.h"
 #include "objects/email/SmtpSession.h"
 
@@ -19,11 +18,9 @@
 
 namespace tervane {
 
-class SmtpCtl final : public AutomationObject<ISmtpCtl, EventSource, Control>,
-                      private PostbackOwner {
+class SmtpCtl final : public AutomationObject<ISmtpCtl, EventSource, Control> {
 public:
-    SmtpCtl(const ClassRow& row, IUnknown* outer)
-        : Object(row, outer), window_(*this), worker_(window_) {}
+    using Object::Object;
 
     HRESULT STDMETHODCALLTYPE SendMail(VARIANT_BOOL* result) override;
     HRESULT STDMETHODCALLTYPE Abort(VARIANT_BOOL* result) override;
@@ -49,10 +46,9 @@ private:
     Status StartSending();
     SmtpSettings Settings() const;
     void Publish(Status status) noexcept;
-    void OnPostback(unsigned code, unsigned wParam) override;
 
     std::wstring login_;
-    std::wstring password_;
+    ZelBase::WideSecretText password_;
     std::wstring server_;
     long timeoutSeconds_ = 30;
     long port_ = 25;
@@ -63,7 +59,6 @@ private:
     std::atomic<bool> working_ = false;
     // The running send; null when there is none.
     std::shared_ptr<SmtpSession> session_;
-    const PostbackWindow window_;
     MailWorker worker_;
 };
 

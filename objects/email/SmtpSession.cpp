@@ -29,11 +29,11 @@ SmtpStatus SmtpSession::Send(const SmtpSettings& settings, const OutgoingMail& m
 }
 
 SmtpStatus SmtpSession::LogIn(ASmtpClient& client, const SmtpSettings& settings) {
-    const bool useAuth = !settings.login.empty() && !settings.password.empty();
+    const bool useAuth = !settings.login.empty() && !settings.password.IsEmpty();
     client.SetServer(settings.server.c_str());
     client.SetPort(settings.port);
     client.SetLogin(useAuth ? settings.login.c_str() : "");
-    client.SetPassword(useAuth ? settings.password.c_str() : "");
+    client.SetPassword(useAuth ? settings.password.CStr() : "");
     if (!client.Connect(this, useAuth)) {
         return client.GetLastError();
     }
@@ -56,6 +56,8 @@ SmtpStatus SmtpSession::Await(Kind kind, long timeoutSeconds) {
             return SmtpStatus::kAborted;
         case WaitResult::kTimedOut:
             return SmtpStatus::kTimeout;
+        case WaitResult::kNoMemory:
+            return SmtpStatus::kInternalError;
         case WaitResult::kNotified:
             break;
         }

@@ -3,6 +3,7 @@
 // One mail from connecting to leaving: drives the SMTP client step by step and waits for each at
 // most as long as the script allows.
 
+#include "ZelBase/SecretText.h"
 #include "ZelNet/SourceCode/ASmtpClient.h"
 #include "objects/email/NotificationQueue.h"
 
@@ -16,7 +17,7 @@ struct SmtpSettings {
     std::uint32_t port = 0;
     // The server is asked to authenticate only when both are given.
     std::string login;
-    std::string password;
+    ZelBase::SecretText password;
     // The longest wait for each step.
     long timeoutSeconds = 0;
 };

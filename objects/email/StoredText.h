@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ZelBase/SecretText.h"
 #include "component/ComEdge.h"
 #include "platform/Automation.h"
 
@@ -7,10 +8,12 @@
 
 namespace tervane {
 
-// For a `[propput]` of a text: keeps a copy in `field`.
-inline HRESULT StoreText(std::wstring& field, BSTR text) noexcept {
+// For a `[propput]` of a text: keeps a copy in `field`, a std::wstring or, for a password, a
+// WideSecretText. The old text's memory is given back.
+template <typename Text>
+HRESULT StoreText(Text& field, BSTR text) noexcept {
     return Guarded([&] {
-        field = std::wstring(TextOf(text)); // gives the old text's memory back
+        field = Text(TextOf(text));
         return S_OK;
     });
 }

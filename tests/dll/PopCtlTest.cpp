@@ -108,7 +108,9 @@ TEST_F(PopCtlTest, ReadsAMailbox) {
          "\xE4\xB8\xAD\r\n.\r\n",
          "C:RETR 7", "S:+OK\r\nonly: headers\r\n.\r\n", "C:RETR 0", "S:-ERR none\r\n", "C:DELE 2",
          "S:+OK\r\n", "C:DELE -2147483648", "S:-ERR what\r\n", "C:QUIT", "S:+OK\r\n", "CLOSE"})});
+    EXPECT_TRUE(PostbackWindows().empty()); // the first operation makes it
     LogIn(server);
+    EXPECT_EQ(PostbackWindows().size(), 1u);
     EXPECT_FALSE(Do(L"Connect"));
     EXPECT_EQ(Error(), L"POP_ALREADY_CONNECTED");
     EXPECT_TRUE(Do(L"GetMailCount"));
@@ -193,6 +195,8 @@ TEST_F(PopCtlTest, NamesWhatIsWrongWithSettings) {
                  {L"Password", L"", L"POP_INVALID_STATE"},
                  {L"Login", L"me\r\nDELE 1", L"POP_INVALID_ARGS"},
                  {L"Password", L"x\n", L"POP_INVALID_ARGS"},
+                 {L"Password", std::wstring(L"x\0y", 3), L"POP_INVALID_ARGS"},
+                 {L"PopServer", L" \t", L"POP_INVALID_STATE"},
                  {L"Port", 0, L"POP_INVALID_STATE"},
                  {L"Port", 65536, L"POP_INVALID_STATE"},
                  {L"Port", 1, L"POP_CONNECT_ERROR"},
@@ -256,9 +260,11 @@ TEST_F(PopCtlTest, IsBusyUntilTheEventAndKeepsItsClient) {
         EXPECT_EQ(Error(), L"POP_BUSY_WORKING");
         EXPECT_FALSE(Do(L"GetMailCount"));
         EXPECT_EQ(Error(), L"POP_NOT_YET_CONNECTED");
+        DisturbPostbackWindows();
     }
     EXPECT_EQ(Next(kConnect), 1);
     EXPECT_TRUE(Do(L"GetMailCount"));
+    DisturbPostbackWindows();
     EXPECT_FALSE(Do(L"DeleteMessage", {1}));
     EXPECT_EQ(Error(), L"POP_BUSY_WORKING");
     EXPECT_FALSE(Do(L"Connect"));

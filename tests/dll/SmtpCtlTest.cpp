@@ -139,8 +139,11 @@ TEST_F(SmtpCtlTest, SendsTheMessageAsItWasWhenAsked) {
     Call(mail.Get(), L"AddHeader", {L"X-Folded: one"});
     Call(mail.Get(), L"AddHeader", {L"\ttwo"});
     Call(mail.Get(), L"AddHeader", {L" X-Blank :  v "});
-    Call(mail.Get(), L"AddHeader", {L""});
-    Call(mail.Get(), L"AddHeader", {L"."});
+    for (const wchar_t* line :
+         {L"", L" \r\n\t", L"X-Break: a\r\n\r\nBcc: b", L"\tgo\non: c", L"No Name: d", L"\tgone",
+          L"X-A\r\nBcc: e", L"X-\u00E9: f", L"X:Y: g", L"nameless\n\rBcc:h", L"."}) {
+        Call(mail.Get(), L"AddHeader", {line});
+    }
     ASSERT_TRUE(Send(server.Port()));
     const std::wstring date = Read(mail.Get(), L"Date").Text();
     EXPECT_EQ(Read(mail.Get(), L"XMailer").Text(), L"<AnonymousMailer>");
@@ -155,7 +158,7 @@ TEST_F(SmtpCtlTest, SendsTheMessageAsItWasWhenAsked) {
     EXPECT_EQ(server.Texts()[0],
               "From: Me <from@a.example>\r\nTo: \"x<y\" <to\xEF\xBC\xA0"
               "b.example>\r\nSubject: \xE4\xB8\xAD\r\nX-Folded: one\r\n\ttwo\r\nX-Blank: v\r\n"
-              "..\r\nDate: " +
+              "X-Break: a Bcc: b\r\n\tgo on: c\r\nnameless Bcc:h\r\n..\r\nDate: " +
                   std::string(date.begin(), date.end()) +
                   "\r\nX-Mailer: <AnonymousMailer>\r\nMIME-Version: 1-0\r\n"
                   "Content-type: text/plain; charset=utf-8\r\n"
@@ -258,11 +261,10 @@ TEST_F(SmtpCtlTest, NamesWhatIsWrongWithSettings) {
         const wchar_t* server;
         int port;
         const wchar_t* status;
-    } cases[] = {{L"", 25, L"SMTP_INVALID_STATE"},
-                 {L"127.0.0.1", 0, L"SMTP_INVALID_STATE"},
-                 {L"127.0.0.1", 65536, L"SMTP_INVALID_STATE"},
-                 {L"127.0.0.1", -1, L"SMTP_INVALID_STATE"},
-                 {L"127.0.0.1", 1, L"SMTP_CONNECT_ERROR"}};
+    } cases[] = {
+        {L"", 25, L"SMTP_INVALID_STATE"},          {L" \t\r\n", 25, L"SMTP_INVALID_STATE"},
+        {L"127.0.0.1", 0, L"SMTP_INVALID_STATE"},  {L"127.0.0.1", 65536, L"SMTP_INVALID_STATE"},
+        {L"127.0.0.1", -1, L"SMTP_INVALID_STATE"}, {L"127.0.0.1", 1, L"SMTP_CONNECT_ERROR"}};
     for (const auto& row : cases) {
         Prepare();
         Write(smtp.Get(), L"SmtpServer", row.server);
@@ -276,16 +278,33 @@ TEST_F(SmtpCtlTest, NamesWhatIsWrongWithSettings) {
     }
 }
 
-TEST_F(SmtpCtlTest, RefusesAddressesWithLineBreaks) {
+TEST_F(SmtpCtlTest, TakesAddressesThatCannotBeSentAsRefused) {
+    ScriptedServer::Script script = ScriptWith(5, "C:QUIT");
+    script.erase(script.end() - 2); // MAIL
+    script.push_back("S:221 bye\r\n");
     for (const wchar_t* property : {L"From", L"To"}) {
-        for (const wchar_t* address : {L"a@b\r\nDATA", L"A <a@b\n>", L"a@b\r"}) {
+        for (const wchar_t* address : {L"a@b\r\nDATA", L"A <a@b\n>", L"a b@c", L"<a\uFF1Cb@c>",
+                                       L"a@b\uFF1E", L"a\x7F@b", L"a@b\x85"}) {
             Write(mail.Get(), property, address);
-            EXPECT_FALSE(Send(25));
-            EXPECT_EQ(Status(), L"SMTP_INVALID_ARGS");
+            Prepare();
+            ScriptedServer server({script});
+            EXPECT_EQ(Outcome(server.Port()), L"SMTP_UNEXPECTED") << std::wstring(address);
+            EXPECT_EQ(server.Problems(), "");
         }
         Write(mail.Get(), property, L"a@b");
     }
-    EXPECT_EQ(sink->Count(), 0u);
+}
+
+TEST_F(SmtpCtlTest, RefusesCredentialsOfSeveralLines) {
+    for (const wchar_t* property : {L"Login", L"Password"}) {
+        for (const wchar_t separator : {L'\r', L'\n', L'\0'}) {
+            Prepare();
+            Write(smtp.Get(), property, std::wstring(L"a") + separator + L"b");
+            EXPECT_FALSE(Send(25));
+            EXPECT_EQ(Status(), L"SMTP_INVALID_ARGS");
+            EXPECT_EQ(sink->Count(), 0u);
+        }
+    }
 }
 
 TEST_F(SmtpCtlTest, IsBusyUntilTheEvent) {
@@ -352,6 +371,11 @@ TEST_F(SmtpCtlTest, StillTellsTheEndWhenItWasDropped) {
         Prepare();
         Write(smtp.Get(), L"Timeout", 1);
         ASSERT_TRUE(Send(server.Port()));
+        if (step < kCount) {
+            DisturbPostbackWindows();
+            EXPECT_FALSE(Send(server.Port()));
+            EXPECT_EQ(Status(), L"SMTP_BUSY_WORKING");
+        }
         smtp.Reset();
         ASSERT_TRUE(sink->WaitFor(1, kPatience)) << step;
         EXPECT_EQ((*sink)[0].arguments[0].Get().lVal, step + 1 >= kCount ? 1 : 0);

@@ -1,12 +1,13 @@
 // Sources: ZelNet/SourceCode/SmtpReply.cpp ZelNet/SourceCode/PopReply.cpp
-// Sources: ZelNet/SourceCode/AMIME.cpp ZelBase/Base64.cpp
+// Sources: ZelNet/SourceCode/AMIME.cpp ZelBase/Base64.cpp ZelNet/SourceCode/TextMark.cpp
 //
-// Any bytes as the line of a mail server and as the body of a message: replies are read inside the
-// line, and no body can end the text before its time.
+// Any bytes as the line of a mail server and as headers and body of a message: replies are read
+// inside the line, no header makes another one, and no body can end the text before its time.
 
 #include "ZelNet/SourceCode/AMIME.h"
 #include "ZelNet/SourceCode/PopReply.h"
 #include "ZelNet/SourceCode/SmtpReply.h"
+#include "ZelNet/SourceCode/TextMark.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,6 +51,30 @@ void DoubleDots(const std::string& text, bool fromStart) {
     Require(position == text.size());
 }
 
+// Each of the three is at most one line.
+void AddHeaders(const std::string& text) {
+    ZelNet::AMIME message;
+    const std::string before = message.HeaderBlock();
+    message.AddHeader("X-Any", text);
+    message.AddHeader({}, text);
+    message.AddHeader(text, "x");
+    const std::string block = message.HeaderBlock();
+    const std::string lines = block.substr(0, block.size() - before.size());
+    Require(block.ends_with(before) && lines.ends_with("\r\n"));
+    const auto breaks = std::count(lines.begin(), lines.end(), '\n');
+    Require(breaks == std::count(lines.begin(), lines.end(), '\r'));
+    Require(breaks == (text.empty() || ZelNet::IsHeaderName(text) ? 3 : 2));
+}
+
+void FindMarks(const std::string& text) {
+    const std::size_t third = text.size() / 3;
+    const std::string middle = text.substr(third, third);
+    const std::string behind = text.substr(third == 0 ? 0 : third + 1);
+    const ZelNet::TextMark mark(middle);
+    Require(mark.IsIn(text) == !middle.empty());
+    Require(mark.IsIn(behind) == (!middle.empty() && behind.find(middle) != behind.npos));
+}
+
 void Compose(const std::string& body) {
     ZelNet::AMIME message;
     message.SetMultipart(ZelNet::MimeMultipartMode::kAlternative);
@@ -74,6 +99,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ReadReplies(text);
     DoubleDots(text, true);
     DoubleDots(text, false);
+    AddHeaders(text);
+    FindMarks(text);
     Compose(text);
     return 0;
 }

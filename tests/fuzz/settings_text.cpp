@@ -5,6 +5,7 @@
 // Any text where scripts and the registry give texts: what is read can be written and read again,
 // and nothing passes that a registry value, a file name or a command could not hold.
 
+#include "ZelNet/SourceCode/CommandText.h"
 #include "objects/config/FavoriteName.h"
 #include "objects/config/Ipv4Text.h"
 #include "objects/config/LocalBypass.h"
@@ -53,10 +54,10 @@ void ReadAddresses(const std::wstring& text) {
     if (const auto bytes = ParseIpv4(text)) {
         Require(Ipv4Text(*bytes) == (text == L"0.0.0.0" ? L"" : text));
     }
-    if (const auto address = EnvelopeAddress(text)) {
-        Require(address->find_first_of("\r\n") == std::string::npos);
-        Require(address->size() <= text.size());
-    }
+    const std::string address = EnvelopeAddress(text);
+    Require(address.size() <= text.size());
+    Require(!ZelNet::IsEnvelopeAddress(address) ||
+            address.find_first_of("\r\n<> \t") == std::string::npos);
 }
 
 void ReadNames(const std::wstring& text) {

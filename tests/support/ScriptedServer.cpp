@@ -69,6 +69,12 @@ public:
         received_.erase(0, found + end.size());
         return text;
     }
+    // Nothing of it must have been received yet.
+    void SkipLine() {
+        char byte = 0;
+        while (byte != '\n' && recv(socket_, &byte, 1, 0) == 1) {
+        }
+    }
     void AwaitEnd() {
         while (Receive()) {
         }
@@ -172,6 +178,8 @@ void ScriptedServer::Play(Session& session, const Script& script) {
                      (line ? "\"" + line->substr(0, 200) + "\"" : "the end"));
                 return;
             }
+        } else if (step == "SKIP") {
+            session.SkipLine();
         } else if (step == "TEXT") {
             const auto text = session.ReceiveUntil("\r\n.\r\n");
             const std::lock_guard lock(mutex_);

@@ -5,6 +5,7 @@
 //
 //   "S:text"       send the text as it stands (line ends included)
 //   "C:text"       expect a line, its end left out; "*" at the end of the text stands for any rest
+//   "SKIP"         expect a line, whatever it says, and keep no copy of it
 //   "TEXT"         expect a mail's text up to its final dot, and keep it
 //   "DRIP:text"    send it one byte at a time
 //   "WAIT:ms"      do nothing for that long

@@ -218,6 +218,25 @@ HRESULT Unadvise(IUnknown* object, DWORD cookie) {
     return point ? point->Unadvise(cookie) : E_NOINTERFACE;
 }
 
+std::vector<HWND> PostbackWindows() {
+    std::vector<HWND> windows;
+    HWND window = nullptr;
+    while ((window = FindWindowExA(nullptr, window, nullptr, "PostbackWindow")) != nullptr) {
+        if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId()) {
+            windows.push_back(window);
+        }
+    }
+    return windows;
+}
+
+void DisturbPostbackWindows() {
+    for (const HWND window : PostbackWindows()) {
+        PostMessageA(window, WM_USER, 0, 0);
+        PostMessageA(window, WM_CLOSE, 0, 0);
+    }
+    DispatchMessages();
+}
+
 bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     while (!condition()) {

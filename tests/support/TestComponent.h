@@ -129,6 +129,11 @@ ComPtr<IConnectionPoint> EventsOf(IUnknown* object);
 DWORD Advise(IUnknown* object, IUnknown* sink);
 HRESULT Unadvise(IUnknown* object, DWORD cookie);
 
+// The hidden windows of the objects of this thread.
+std::vector<HWND> PostbackWindows();
+// Posts to them what strangers may post: a completion, and that they shall close. Dispatches it.
+void DisturbPostbackWindows();
+
 // Dispatches this thread's messages until `condition` holds; false after `milliseconds`.
 bool PumpUntil(const std::function<bool()>& condition, DWORD milliseconds);
 

@@ -209,6 +209,24 @@ TEST_F(Pop3ClientTest, RetrievesLongLinesWhole) {
     EXPECT_NE(words.find("retrieved2=" + body + "||:0"), std::string::npos);
 }
 
+// A line for which there is no memory is not left out of a message that is then said to be whole.
+TEST_F(Pop3ClientTest, FailsWhenALineCannotBeKept) {
+    const std::string line(300'000, 'x');
+    ScriptedServer server({ScriptWith(4, "S:+OK\r\nA: b\r\n\r\n" + line + "\r\n.\r\n", true)});
+    client->SetServer("127.0.0.1", static_cast<std::uint32_t>(server.Port()));
+    EXPECT_TRUE(client->Connect(&recorder));
+    while (recorder.Next() != "pass:0") {
+    }
+    EXPECT_TRUE(client->GetMailCount());
+    EXPECT_EQ(recorder.Next(), kSteps[3].done);
+    RefuseMemory(line.size() + 2); // with CR and NUL
+    EXPECT_TRUE(client->RetrieveMessage(2));
+    EXPECT_EQ(recorder.Next(), kSteps[4].refused);
+    EXPECT_EQ(recorder.Next(), "retrieved2=:4"); // the connection is closed
+    RefuseMemory(0);
+    EXPECT_EQ(server.Problems(), "");
+}
+
 TEST_F(Pop3ClientTest, CutsOffAServerThatNeverEndsItsStatusLine) {
     ScriptedServer server({{"S:+OK " + std::string(3 << 19, 'x'), "SILENCE"}});
     EXPECT_EQ(Converse(server.Port()), "connected:0 greeted:4");
@@ -219,20 +237,23 @@ TEST_F(Pop3ClientTest, TellsWhenNobodyListens) {
 }
 
 TEST_F(Pop3ClientTest, TracesEveryLineButNoPassword) {
-    ScriptedServer server(
-        {{"S:+OK hello\r\n", "C:USER me", "S:+OK\r\n", "C:PASS 7Zgv-unheard",
-          "S:+OK you said 7Zgv-unheard\r\n", "C:STAT", "S:+OK 3 1200\r\n", "SILENCE"}});
+    ScriptedServer server({{"S:+OK hello\r\n", "C:USER me", "S:+OK\r\n", "C:PASS 7Zgv-unheard",
+                            "S:+OK you said 7Zgv-unheard\r\n", "C:STAT", "S:+OK 3 1200\r\n",
+                            "C:RETR*", "S:+OK\r\n\r\nYours is 7Zgv-unheard.\r\n.\r\n", "SILENCE"}});
     client->SetLogin("me", "7Zgv-unheard");
     client->SetServer("127.0.0.1", static_cast<std::uint32_t>(server.Port()));
     EXPECT_TRUE(client->Connect(&recorder));
     while (recorder.Next() != "pass:0") {
     }
+    client->ForgetPassword(); // and is still known
     std::string ring = LogRing();
     EXPECT_NE(ring.find("WAIT_FOR_USER/PASS_RESPONSE, Size = 25, Line = (repeats the password)"),
               std::string::npos);
     EXPECT_EQ(ring.find("7Zgv"), std::string::npos);
     EXPECT_TRUE(client->GetMailCount());
     EXPECT_EQ(recorder.Next(), "count=3/1200:0");
+    EXPECT_TRUE(client->RetrieveMessage(1));
+    EXPECT_EQ(recorder.Next(), "retrieved1=|Yours is 7Zgv-unheard.|:0");
     ring = LogRing();
     EXPECT_NE(ring.find("WAIT_FOR_STAT_RESPONSE, Size = 10, Line = +OK 3 1200"), std::string::npos);
     EXPECT_EQ(ring.find("7Zgv"), std::string::npos);
@@ -250,6 +271,12 @@ TEST_F(Pop3ClientTest, RefusesWhatCannotBe) {
         expect(client->Connect(&recorder), PopStatus::kInvalidState);
     }
     client->SetServer("127.0.0.1", 110);
+    for (const std::string& text : {std::string("a\rb"), std::string("a\n"), std::string(1, 0)}) {
+        client->SetLogin(text, "secret");
+        expect(client->Connect(&recorder), PopStatus::kInvalidArguments);
+        client->SetLogin("me", text);
+        expect(client->Connect(&recorder), PopStatus::kInvalidArguments);
+    }
     client->SetLogin("", "secret");
     expect(client->Connect(&recorder), PopStatus::kInvalidState);
     client->SetLogin("me", "");

@@ -266,6 +266,20 @@ TEST_F(SmtpClientTest, IgnoresRepliesThatNothingAsksFor) {
     EXPECT_EQ(server.Problems(), "");
 }
 
+TEST_F(SmtpClientTest, FailsWhenAReplyCannotBeRead) {
+    const std::string reply = "250 " + std::string(300'000, 'x');
+    const std::pair<std::size_t, const char*> ends[] = {
+        {1, "connected:0 greeted:0 loggedIn:2 connected:3 closed:3"},
+        {4, "connected:0 greeted:0 loggedIn:8 connected:3 closed:3"}};
+    for (const auto& [step, expected] : ends) {
+        ScriptedServer server({ScriptWith(step, "S:" + reply + "\r\n", true)});
+        RefuseMemory(reply.size() + 2); // with CR and NUL
+        EXPECT_EQ(Converse(server.Port(), true), expected);
+        RefuseMemory(0);
+        EXPECT_EQ(server.Problems(), "");
+    }
+}
+
 TEST_F(SmtpClientTest, CutsOffAServerThatNeverEndsItsLine) {
     ScriptedServer server({{"S:220 " + std::string(3 << 19, 'x'), "SILENCE"}});
     EXPECT_EQ(Converse(server.Port(), false), "connected:0 connected:3 closed:3");
@@ -289,6 +303,8 @@ TEST_F(SmtpClientTest, RefusesWhatCannotBe) {
     client->SetPort(65536);
     expect(client->Connect(&recorder, false), SmtpStatus::kInvalidState);
     client->SetPort(25);
+    client->SetPassword("a\nb");
+    expect(client->Connect(&recorder, true), SmtpStatus::kInvalidArguments);
     client->SetPassword("");
     expect(client->Connect(&recorder, true), SmtpStatus::kInvalidState);
     client->SetServer("");

@@ -20,6 +20,9 @@ namespace ZelNet {
 
 inline constexpr int kPatienceMs = 10000;
 
+// From now on memory of exactly that size is refused, on every thread; 0 for none.
+void RefuseMemory(std::size_t size);
+
 // Holds a reference on the sockets for a scope.
 class SocketLayerScope {
 public:
