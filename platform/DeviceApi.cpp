@@ -17,7 +17,7 @@ bool IsWine() noexcept {
 
 const DeviceApi& DeviceApi::System() noexcept {
     static const DeviceApi api = {&QueryDosDeviceA, IsWine() ? &RefuseToDefine : &DefineDosDeviceA,
-                                  &CreateFileA, &DeviceIoControl};
+                                  &CreateFileA, &DeviceIoControl, nullptr};
     return api;
 }
 

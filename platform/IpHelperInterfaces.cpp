@@ -3,30 +3,25 @@
 #include "platform/NarrowText.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace tervane {
 namespace {
 
-// The characters up to the first zero or the end of their place.
-template <std::size_t Size>
-std::wstring TextIn(const char (&place)[Size]) {
-    return FromNarrow({place, std::find(std::begin(place), std::end(place), '\0')});
-}
+using ZelNet::TextIn;
 
 // Leaves the value alone where the library says nothing.
 template <std::size_t Size>
 void Take(const char (&place)[Size], std::wstring& value) {
     if (place[0] != '\0') {
-        value = TextIn(place);
+        value = FromNarrow(TextIn(place));
     }
 }
 
 LiveInterface Read(const IP_ADAPTER_INFO& info) {
     LiveInterface read;
     LiveAdapter& adapter = read.adapter;
-    adapter.name = TextIn(info.Description);
-    adapter.interfaceName = TextIn(info.AdapterName);
+    adapter.name = FromNarrow(TextIn(info.Description));
+    adapter.interfaceName = FromNarrow(TextIn(info.AdapterName));
     const auto length = std::min<std::size_t>(info.AddressLength, sizeof info.Address);
     adapter.hardwareAddress =
         HardwareAddressText({reinterpret_cast<const char*>(info.Address), length});

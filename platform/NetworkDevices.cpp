@@ -20,13 +20,16 @@ constexpr GUID kNetworkClass = {
 
 class SetupApi {
 public:
-    SetupApi() noexcept
+    explicit SetupApi(const DeviceApi& deviceApi) noexcept
         : library_("SETUPAPI.DLL"),
           getClassDevs(library_.Find<decltype(getClassDevs)>("SetupDiGetClassDevsA")),
           enumDeviceInfo(library_.Find<decltype(enumDeviceInfo)>("SetupDiEnumDeviceInfo")),
           getInstanceId(library_.Find<decltype(getInstanceId)>("SetupDiGetDeviceInstanceIdA")),
           getProperty(library_.Find<decltype(getProperty)>("SetupDiGetDeviceRegistryPropertyA")),
-          destroyList(library_.Find<decltype(destroyList)>("SetupDiDestroyDeviceInfoList")) {}
+          destroyList(library_.Find<decltype(destroyList)>("SetupDiDestroyDeviceInfoList")),
+          getStatus(deviceApi.getDeviceStatus
+                        ? deviceApi.getDeviceStatus
+                        : library_.Find<decltype(getStatus)>("CM_Get_DevNode_Status")) {}
 
     bool IsComplete() const noexcept {
         return getClassDevs && enumDeviceInfo && getInstanceId && getProperty && destroyList;
@@ -41,6 +44,8 @@ public:
     decltype(&SetupDiGetDeviceInstanceIdA) getInstanceId;
     decltype(&SetupDiGetDeviceRegistryPropertyA) getProperty;
     decltype(&SetupDiDestroyDeviceInfoList) destroyList;
+    // Null where it is missing.
+    decltype(&CM_Get_DevNode_Status) getStatus;
 };
 
 // The network devices, all or only those that are present.
@@ -90,6 +95,19 @@ public:
         }
         return number;
     }
+    std::optional<DeviceState> State() const {
+        ULONG status = 0;
+        ULONG problem = 0;
+        const bool isAnswered =
+            api_.getStatus && api_.getStatus(&status, &problem, device_.DevInst, 0) == CR_SUCCESS;
+        // Wine's function succeeds and says nothing.
+        if (!isAnswered || (status & (DN_STARTED | DN_HAS_PROBLEM)) == 0) {
+            return std::nullopt;
+        }
+        const bool hasProblem = (status & DN_HAS_PROBLEM) != 0;
+        const bool isDisabled = hasProblem && problem == CM_PROB_DISABLED;
+        return DeviceState{!hasProblem || isDisabled, isDisabled};
+    }
 
 private:
     const SetupApi& api_;
@@ -108,9 +126,9 @@ std::unordered_set<std::wstring> PresentInstances(const SetupApi& api) {
 
 } // namespace
 
-NetworkDevices NetworkDevices::Read() {
+NetworkDevices NetworkDevices::Read(const DeviceApi& deviceApi) {
     NetworkDevices found;
-    const SetupApi api;
+    const SetupApi api(deviceApi);
     if (!api.IsComplete()) {
         return found;
     }
@@ -122,6 +140,7 @@ NetworkDevices NetworkDevices::Read() {
         device.service = devices.Text(SPDRP_SERVICE);
         device.configFlags = devices.Number(SPDRP_CONFIGFLAGS);
         device.isPresent = present.contains(device.instance);
+        device.state = devices.State();
         found.byDriverKey_.try_emplace(LowerAscii(devices.Text(SPDRP_DRIVER)), std::move(device));
     }
     found.byDriverKey_.erase(L"");

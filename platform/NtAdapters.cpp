@@ -74,7 +74,7 @@ public:
 
     std::vector<StaticAdapter> ReadAll() {
         if (!isNt4_) {
-            devices_ = NetworkDevices::Read();
+            devices_ = NetworkDevices::Read(api_);
             entries_ = ReadClassEntries();
         }
         for (const ClassEntry& entry : entries_) {
@@ -144,9 +144,13 @@ private:
         if (device != nullptr) {
             adapter.name = device->description.empty() ? adapter.name : device->description;
             adapter.driver = device->service.empty() ? adapter.driver : device->service;
-            adapter.isEnabled =
-                (device->configFlags & kIsDisabled) == 0 && IsInProfile(device->instance);
-            adapter.isFunctional = device->isPresent && (device->configFlags & kIsNotWorking) == 0;
+            const auto& state = device->state;
+            adapter.isEnabled = (device->configFlags & kIsDisabled) == 0 &&
+                                !(state && state->isDisabled) && IsInProfile(device->instance);
+            // The registry only tells what happened when the device was installed.
+            adapter.isFunctional =
+                state ? state->works
+                      : device->isPresent && (device->configFlags & kIsNotWorking) == 0;
         }
         adapter.driver = adapter.driver.empty() ? adapter.serviceName : adapter.driver;
     }

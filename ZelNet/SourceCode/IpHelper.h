@@ -8,7 +8,9 @@
 
 #include <iphlpapi.h>
 
+#include <cstring>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace ZelNet {
@@ -35,6 +37,12 @@ protected:
     IpHelper(const IpHelper&) = delete;
     IpHelper& operator=(const IpHelper&) = delete;
 };
+
+// The characters in a place of a table up to the first zero, or to its end.
+template <std::size_t Size>
+std::string_view TextIn(const char (&place)[Size]) {
+    return {place, strnlen(place, Size)};
+}
 
 // A table that one of the functions filled, in a buffer that grew until it fitted.
 template <typename Table>

@@ -109,36 +109,19 @@ bool WIN32_NetworkInfo::AskSystem(const std::string& name, std::vector<IpAddress
 }
 
 std::vector<std::string> WIN32_NetworkInfo::DnsServers() {
-    std::vector<std::string> servers;
-    const auto parameters = ReadParameters();
-    if (!parameters.Get()) {
-        return servers;
-    }
-    for (const IP_ADDR_STRING* server = &parameters.Get()->DnsServerList; server;
-         server = server->Next) {
-        if (server->IpAddress.String[0] != 0) {
-            servers.emplace_back(server->IpAddress.String);
-        }
-    }
-    return servers;
+    return Parameters().dnsServers;
 }
 
 std::string WIN32_NetworkInfo::HostName() {
-    const auto parameters = ReadParameters();
-    const FIXED_INFO* values = parameters.Get();
-    return values ? std::string(std::data(values->HostName)) : std::string();
+    return Parameters().hostName;
 }
 
 std::string WIN32_NetworkInfo::DomainName() {
-    const auto parameters = ReadParameters();
-    const FIXED_INFO* values = parameters.Get();
-    return values ? std::string(std::data(values->DomainName)) : std::string();
+    return Parameters().domainName;
 }
 
-IpHelperTable<FIXED_INFO> WIN32_NetworkInfo::ReadParameters() const {
-    return IpHelperTable<FIXED_INFO>([this](FIXED_INFO* parameters, ULONG* size) {
-        return ipHelper_->GetNetworkParams(parameters, size);
-    });
+NetworkParameters WIN32_NetworkInfo::Parameters() const {
+    return ReadNetworkParameters(*ipHelper_).value_or(NetworkParameters());
 }
 
 } // namespace ZelNet

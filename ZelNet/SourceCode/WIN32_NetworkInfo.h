@@ -4,6 +4,7 @@
 #include "ZelNet/SourceCode/ADns.h"
 #include "ZelNet/SourceCode/IpHelper.h"
 #include "ZelNet/SourceCode/NetworkInfo.h"
+#include "ZelNet/SourceCode/NetworkParameters.h"
 
 namespace ZelNet {
 
@@ -28,7 +29,8 @@ private:
                     std::uint32_t timeoutMs, std::vector<IpAddress>& results);
     bool AskSystem(const std::string& name, std::vector<IpAddress>& results);
     static void ADnsCallBack(bool success, void* parameter, const std::vector<DnsRecord>& records);
-    IpHelperTable<FIXED_INFO> ReadParameters() const;
+    // Empty ones when they cannot be had.
+    NetworkParameters Parameters() const;
 
     std::unique_ptr<ZelBase::Logger> logger_;
     std::shared_ptr<const IpHelper> ipHelper_;

@@ -1,25 +1,14 @@
 #include "objects/sysinfo/NetworkIdentity.h"
 
+#include "ZelNet/SourceCode/NetworkParameters.h"
 #include "platform/NarrowText.h"
-#include "platform/RegistryKey.h"
+#include "platform/RegistryList.h"
+#include "platform/TcpipKeys.h"
 
-#include <algorithm>
-#include <cstring>
-#include <string_view>
 #include <unordered_set>
 
 namespace tervane {
 namespace {
-
-constexpr wchar_t kNtParameters[] = L"System\\CurrentControlSet\\Services\\Tcpip\\Parameters";
-constexpr wchar_t k9xParameters[] = L"System\\CurrentControlSet\\Services\\VxD\\MSTCP";
-
-// A text in an array of the library's, which need not be terminated.
-template <size_t Size>
-std::wstring TextIn(const char (&characters)[Size]) {
-    const char* text = std::data(characters);
-    return FromNarrow(std::string_view(text, strnlen(text, Size)));
-}
 
 // Each server once, in the order in which they come.
 class ServerList {
@@ -37,43 +26,22 @@ private:
     std::unordered_set<std::wstring> added_;
 };
 
-NetworkIdentity FromLibrary(const ZelNet::IpHelper& ipHelper) {
-    const ZelNet::IpHelperTable<FIXED_INFO> parameters(
-        [&](FIXED_INFO* table, ULONG* size) { return ipHelper.GetNetworkParams(table, size); });
-    NetworkIdentity identity;
-    const FIXED_INFO* values = parameters.Get();
-    if (!values) {
-        return identity;
-    }
-    identity.hostName = TextIn(values->HostName);
-    identity.domainName = TextIn(values->DomainName);
-    ServerList servers(identity.dnsServers);
-    for (const auto* server = &values->DnsServerList; server; server = server->Next) {
-        servers.Add(TextIn(server->IpAddress.String));
-    }
-    return identity;
-}
-
-// Separated by blanks or commas.
-void AddServers(ServerList& servers, std::wstring_view list) {
-    constexpr std::wstring_view kSeparators = L" ,";
-    for (size_t at = 0; at < list.size();) {
-        const size_t end = std::min(list.find_first_of(kSeparators, at), list.size());
-        servers.Add(std::wstring(list.substr(at, end - at)));
-        at = end + 1;
-    }
-}
-
-void AddSetServers(std::vector<std::wstring>& servers, const RegistryKey& parameters,
+void AddSetServers(ServerList& servers, const RegistryKey& parameters,
                    const std::vector<StaticAdapter>& adapters) {
-    ServerList added(servers);
-    AddServers(added, parameters.ReadText(L"NameServer").value_or(std::wstring()));
-    if (!servers.empty()) {
+    const std::vector<std::wstring> forAll = ReadList(parameters, L"NameServer");
+    for (const std::wstring& server : forAll) {
+        servers.Add(server);
+    }
+    if (!forAll.empty()) {
         return;
     }
     for (const StaticAdapter& adapter : adapters) {
+        // What is set for the others is not in use.
+        if (!adapter.isEnabled || !adapter.boundIndirectlyOrDirectlyToTcpip) {
+            continue;
+        }
         for (const std::wstring& server : adapter.nameServers) {
-            added.Add(server);
+            servers.Add(server);
         }
     }
 }
@@ -82,17 +50,25 @@ void AddSetServers(std::vector<std::wstring>& servers, const RegistryKey& parame
 
 NetworkIdentity ReadNetworkIdentity(const ZelNet::IpHelper& ipHelper, PlatformFamily family,
                                     const std::vector<StaticAdapter>& adapters) {
-    NetworkIdentity identity = FromLibrary(ipHelper);
-    const auto parameters = RegistryKey::Open(RegistryHive::kLocalMachine,
-                                              Is9xFamily(family) ? k9xParameters : kNtParameters);
+    const auto known = ZelNet::ReadNetworkParameters(ipHelper);
+    const auto set = RegistryKey::Open(RegistryHive::kLocalMachine,
+                                       Is9xFamily(family) ? kMstcpKey : kTcpipParametersKey);
+    NetworkIdentity identity;
+    ServerList servers(identity.dnsServers);
+    if (known) {
+        identity.hostName = FromNarrow(known->hostName);
+        identity.domainName = FromNarrow(known->domainName);
+        for (const std::string& server : known->dnsServers) {
+            servers.Add(FromNarrow(server));
+        }
+    } else {
+        AddSetServers(servers, set, adapters);
+    }
     if (identity.hostName.empty()) {
-        identity.hostName = parameters.ReadText(L"Hostname").value_or(std::wstring());
+        identity.hostName = ReadTextOr(set, L"Hostname");
     }
     if (identity.domainName.empty()) {
-        identity.domainName = parameters.ReadText(L"Domain").value_or(std::wstring());
-    }
-    if (identity.dnsServers.empty()) {
-        AddSetServers(identity.dnsServers, parameters, adapters);
+        identity.domainName = ReadTextOr(set, L"Domain");
     }
     return identity;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 // The names of this computer on the network and the servers that it asks for the names of others:
-// what the running network says and, where it says nothing, what was set for it.
+// what the running network says. A name that it does not have, and the servers when it cannot be
+// asked, are those that were set.
 
 #include "ZelNet/SourceCode/IpHelper.h"
 #include "platform/PlatformFamily.h"
@@ -19,8 +20,8 @@ struct NetworkIdentity {
     std::vector<std::wstring> dnsServers;
 };
 
-// Name servers that are set for single adapters count where none are set for all. Any thread;
-// throws std::bad_alloc.
+// Name servers that are set for single adapters, those that are enabled and bound to TCP/IP, count
+// where none are set for all. Any thread; throws std::bad_alloc.
 NetworkIdentity ReadNetworkIdentity(const ZelNet::IpHelper& ipHelper, PlatformFamily family,
                                     const std::vector<StaticAdapter>& adapters);
 

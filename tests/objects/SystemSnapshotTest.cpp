@@ -239,11 +239,20 @@ TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     std::vector<StaticAdapter> adapters(3);
     adapters[0].nameServers = {L"10.0.0.1", L"10.0.0.2"};
     adapters[2].nameServers = {L"10.0.0.2", L"", L"10.0.0.3"};
+    for (StaticAdapter& adapter : adapters) {
+        adapter.isEnabled = adapter.boundIndirectlyOrDirectlyToTcpip = true;
+    }
     auto identity = ReadNetworkIdentity(library, PlatformFamily::kXp, {});
     EXPECT_EQ(L"", identity.hostName + identity.domainName);
     EXPECT_TRUE(identity.dnsServers.empty());
     identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
     EXPECT_EQ(Servers({L"10.0.0.1", L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    adapters[0].isEnabled = false;
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(Servers({L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    adapters[2].boundIndirectlyOrDirectlyToTcpip = false;
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_TRUE(identity.dnsServers.empty());
 
     const std::wstring services = L"System\\CurrentControlSet\\Services\\";
     const RegistryKey nt = machine.Create(services + L"Tcpip\\Parameters");
@@ -272,6 +281,15 @@ TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
     EXPECT_EQ(L"example.com", identity.domainName);
     EXPECT_EQ(Servers({L"10.3.0.1", L"10.3.0.2"}), identity.dnsServers);
+    // That there are none is an answer.
+    library.parameters->DnsServerList = {};
+    EXPECT_TRUE(ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers.empty());
+    // A list without an end, of addresses without one.
+    memset(more.IpAddress.String, '9', sizeof(more.IpAddress.String));
+    more.Next = &more;
+    library.parameters->DnsServerList.Next = &more;
+    EXPECT_EQ(Servers({std::wstring(sizeof(more.IpAddress.String), L'9')}),
+              ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers);
     // Neither name is terminated.
     memset(library.parameters->DomainName, 'y', sizeof(library.parameters->DomainName));
     identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);

@@ -75,7 +75,7 @@ BOOL WINAPI PlayControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOI
     return TRUE;
 }
 
-constexpr DeviceApi kPlayed = {&PlayQuery, &PlayDefine, &PlayOpen, &PlayControl};
+constexpr DeviceApi kPlayed = {&PlayQuery, &PlayDefine, &PlayOpen, &PlayControl, nullptr};
 using Calls = std::vector<std::string>;
 
 class DriverAddressTest : public testing::Test {
@@ -165,7 +165,8 @@ BOOL WINAPI AnswerSlowly(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPD
 }
 
 TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
-    static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly};
+    static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly,
+                                        nullptr};
     test::TestThread first(
         [] { EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow)); });
     while (!isAsked) {

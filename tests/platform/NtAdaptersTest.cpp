@@ -132,6 +132,47 @@ TEST_F(NtAdaptersTest, TellsWhatIsDisabledOrBroken) {
     EXPECT_FALSE(Find(adapters, kWan).isEnabled);
 }
 
+CONFIGRET statusResult;
+ULONG statusFlags;
+ULONG statusProblem;
+CONFIGRET WINAPI PlayStatus(PULONG status, PULONG problem, DEVINST, ULONG) {
+    *status = statusFlags;
+    *problem = statusProblem;
+    return statusResult;
+}
+
+TEST_F(NtAdaptersTest, BelievesTheRunningSystemOfADevice) {
+    MakeMachine();
+    Create(L"System\\CurrentControlSet\\Enum\\PCI\\VEN_10B7&DEV_9055\\3&61AAA02")
+        .WriteNumber(L"ConfigFlags", 0x40); // its installation failed, once
+    DeviceApi api = DeviceApi::System();
+    api.getDeviceStatus = &PlayStatus;
+    const struct {
+        CONFIGRET result;
+        ULONG status;
+        ULONG problem;
+        bool isEnabled;
+        bool isFunctional;
+        bool isOtherFunctional;
+    } rows[] = {
+        {CR_SUCCESS, DN_STARTED, 0, true, true, true},
+        {CR_SUCCESS, DN_HAS_PROBLEM, CM_PROB_FAILED_START, true, false, false},
+        {CR_SUCCESS, DN_HAS_PROBLEM | DN_STARTED, CM_PROB_NEED_RESTART, true, false, false},
+        {CR_SUCCESS, DN_HAS_PROBLEM, CM_PROB_DISABLED, false, true, true},
+        {CR_SUCCESS, 0, CM_PROB_DISABLED, true, true, false}, // which says nothing
+        {CR_NO_SUCH_DEVNODE, DN_HAS_PROBLEM, CM_PROB_FAILED_START, true, true, false},
+    };
+    for (const auto& row : rows) {
+        statusResult = row.result;
+        statusFlags = row.status;
+        statusProblem = row.problem;
+        const auto adapters = ListNtAdapters(PlatformFamily::kXp, api);
+        EXPECT_EQ(row.isEnabled, Find(adapters, kCard).isEnabled) << row.problem;
+        EXPECT_EQ(row.isFunctional, Find(adapters, kCard).isFunctional) << row.problem;
+        EXPECT_EQ(row.isOtherFunctional, Find(adapters, kOther).isFunctional) << row.problem;
+    }
+}
+
 TEST_F(NtAdaptersTest, FollowsBindingsThroughOthersAndInCircles) {
     MakeMachine();
     const std::wstring services(kServices);
