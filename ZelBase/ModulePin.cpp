@@ -50,6 +50,12 @@ unsigned __stdcall ModulePin::Run(void* startRecord) noexcept {
     FreeLibraryAndExitThread(module, RunRoutine(routine, argument));
 }
 
+void ModulePin::EndThisThread(DWORD exitCode) noexcept {
+    // The reference that is taken here is given back at once: the one that counts is the thread's.
+    const HMODULE module = ModulePin().module_.Get();
+    FreeLibraryAndExitThread(module, exitCode);
+}
+
 DWORD ModulePin::RunRoutine(Routine routine, void* argument) noexcept {
     try {
         return routine(argument);

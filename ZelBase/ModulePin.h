@@ -47,6 +47,10 @@ public:
         return thread;
     }
 
+    // Ends the calling thread, which was started here, as it stands: what its routine has in hand
+    // stays so, but the library is given back.
+    [[noreturn]] static void EndThisThread(DWORD exitCode) noexcept;
+
 private:
     struct StartRecord;
 

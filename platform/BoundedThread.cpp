@@ -1,6 +1,7 @@
 #include "platform/BoundedThread.h"
 
 #include "ZelBase/ModulePin.h"
+#include "platform/MatchingLock.h"
 
 #include <memory>
 
@@ -27,8 +28,7 @@ BoundedEnd RunBounded(std::function<void()> work, DWORD milliseconds) {
     if (WaitForSingleObject(thread.Get(), milliseconds) == WAIT_OBJECT_0) {
         return BoundedEnd::kEnded;
     }
-    TerminateThread(thread.Get(), 0);
-    WaitForSingleObject(thread.Get(), INFINITE);
+    ThreadKiller().Kill(thread.Get());
     // The thread may have been in the midst of changing it.
     static_cast<void>(body.release());
     return BoundedEnd::kTimedOut;

@@ -16,9 +16,9 @@ enum class BoundedEnd {
     kNotStarted,
 };
 
-// INFINITE for no limit. What `work` writes must be shared with it, not borrowed from the caller:
-// after kTimedOut it may be left half written, and is leaked together with `work`. Throws
-// std::bad_alloc.
+// INFINITE for no limit. Killing may take six seconds more. What `work` writes must be shared with
+// it, not borrowed from the caller: after kTimedOut it may be left half written, and is leaked
+// together with `work`. Throws std::bad_alloc.
 BoundedEnd RunBounded(std::function<void()> work, DWORD milliseconds);
 
 } // namespace tervane

@@ -97,24 +97,25 @@ std::optional<std::wstring> AskDriver(HANDLE driver, DWORD object, const DeviceA
 
 } // namespace
 
-std::optional<std::wstring> ReadHardwareAddress(std::wstring_view device, const DeviceApi& api) {
+std::optional<std::wstring> DriverAddresses::Read(std::wstring_view device) {
     if (auto known = KnownAddress(device)) {
         return known;
     }
     const std::optional<std::string> narrow = ToNarrow(device);
-    if (!narrow || narrow->empty() || narrow->find('\0') != std::string::npos) {
+    if (hasWaitedInVain_ || !narrow || narrow->empty() || narrow->find('\0') != std::string::npos) {
         return std::nullopt;
     }
     const ZelBase::TimedMutexLock turn(Turn(), kTurnPatience);
     if (!turn) {
+        hasWaitedInVain_ = true;
         return std::nullopt;
     }
-    const DeviceName name(*narrow, api);
+    const DeviceName name(*narrow, api_);
     const ZelBase::UniqueFile driver = name.Open();
     std::optional<std::wstring> address;
     for (const DWORD object : kCurrentAddresses) {
         if (driver && !address) {
-            address = AskDriver(driver.Get(), object, api);
+            address = AskDriver(driver.Get(), object, api_);
         }
     }
     return address;

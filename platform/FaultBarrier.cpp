@@ -1,5 +1,7 @@
 #include "platform/FaultBarrier.h"
 
+#include "ZelBase/ModulePin.h"
+
 namespace tervane {
 namespace {
 
@@ -24,7 +26,7 @@ GuardMark& Mark() noexcept {
 }
 
 [[noreturn]] void EndThread() noexcept {
-    ExitThread(0);
+    ZelBase::ModulePin::EndThisThread(0);
 }
 
 bool IsFault(DWORD code) noexcept {

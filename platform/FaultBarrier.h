@@ -4,8 +4,9 @@
 // ends the host's process. While a barrier lives, a fault on a guarded thread ends that thread
 // only.
 //
-// The thread that waits makes the barrier; the other one calls GuardThisThread before it does what
-// may fault, and owns nothing then that only its own end would give back.
+// The thread that waits makes the barrier; the other one, started by ModulePin, calls
+// GuardThisThread before it does what may fault, and owns nothing then that only its own end would
+// give back, but its reference on the library, which it does give back.
 
 #include <windows.h>
 

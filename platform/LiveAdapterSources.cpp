@@ -79,12 +79,13 @@ private:
     Index byAddress_;
 };
 
-std::optional<std::vector<LiveInterface>> Interfaces(const LiveAdapterSources& sources) {
+std::optional<std::vector<LiveInterface>> Interfaces(const LiveAdapterSources& sources,
+                                                     const std::atomic<bool>& stop) {
     if (auto interfaces = InterfacesByIpHelper(*sources.ipHelper)) {
         return interfaces;
     }
     const auto query = sources.managementInformation();
-    return query ? InterfacesByMib(*query) : std::nullopt;
+    return query ? InterfacesByMib(*query, stop) : std::nullopt;
 }
 
 void Classify(LiveInterface& live) {
@@ -114,8 +115,9 @@ void Complete(LiveInterface& live, const StaticAdapter* installed,
 
 } // namespace
 
-std::optional<std::vector<LiveAdapter>> ListLiveAdapters(const LiveAdapterSources& sources) {
-    auto interfaces = Interfaces(sources);
+std::optional<std::vector<LiveAdapter>> ListLiveAdapters(const LiveAdapterSources& sources,
+                                                         const std::atomic<bool>& stop) {
+    auto interfaces = Interfaces(sources, stop);
     if (!interfaces) {
         return std::nullopt;
     }
@@ -123,6 +125,9 @@ std::optional<std::vector<LiveAdapter>> ListLiveAdapters(const LiveAdapterSource
     std::vector<LiveAdapter> adapters;
     adapters.reserve(interfaces->size());
     for (LiveInterface& live : *interfaces) {
+        if (stop) {
+            return std::nullopt;
+        }
         Classify(live);
         Complete(live, installed.Find(live.adapter), sources);
         adapters.push_back(std::move(live.adapter));

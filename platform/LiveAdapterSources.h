@@ -25,12 +25,14 @@ struct LiveAdapterSources {
     static LiveAdapterSources System();
 };
 
-// What ListLiveAdapters lists, from these sources. The cost is linear in the number of adapters.
+// What ListLiveAdapters lists, from these sources; nothing once `stop` is set. The cost is linear
+// in the number of adapters.
 //
 // An adapter is of the Ethernet class by its interface type, 6 or 71 (wireless), unless its
 // hardware address or description is one of those that are not; it is for dial-up by type 23.
 // The installed adapter of the same device is found by the interface name, which for the NT family
 // is its instance identifier, else by the hardware address.
-std::optional<std::vector<LiveAdapter>> ListLiveAdapters(const LiveAdapterSources& sources);
+std::optional<std::vector<LiveAdapter>>
+ListLiveAdapters(const LiveAdapterSources& sources, const std::atomic<bool>& stop = kNeverStop);
 
 } // namespace tervane

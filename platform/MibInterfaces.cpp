@@ -49,7 +49,8 @@ std::optional<ZelNet::IpAddress> AddressOf(std::span<const std::uint32_t> row) {
 // that was not there at first is passed over.
 class MibReader {
 public:
-    explicit MibReader(ZelNet::SnmpQuery& query) : query_(query) {}
+    MibReader(ZelNet::SnmpQuery& query, const std::atomic<bool>& stop)
+        : query_(query), stop_(stop) {}
 
     std::optional<std::vector<LiveInterface>> Read() {
         if (!ReadInterfaces()) {
@@ -116,6 +117,9 @@ private:
     void ReadHardwareAddresses() {
         const Oid column(kIfPhysAddress);
         for (LiveInterface& live : interfaces_) {
+            if (stop_) {
+                return;
+            }
             query_.Walk(column.Row(live.index), [&](const VarBind& variable) {
                 if (const auto bytes = variable.Octets()) {
                     live.adapter.hardwareAddress = HardwareAddressText(*bytes);
@@ -176,14 +180,16 @@ private:
     }
 
     ZelNet::SnmpQuery& query_;
+    const std::atomic<bool>& stop_;
     std::vector<LiveInterface> interfaces_;
     std::unordered_map<std::int32_t, std::size_t> positions_;
 };
 
 } // namespace
 
-std::optional<std::vector<LiveInterface>> InterfacesByMib(ZelNet::SnmpQuery& query) {
-    return MibReader(query).Read();
+std::optional<std::vector<LiveInterface>> InterfacesByMib(ZelNet::SnmpQuery& query,
+                                                          const std::atomic<bool>& stop) {
+    return MibReader(query, stop).Read();
 }
 
 } // namespace tervane

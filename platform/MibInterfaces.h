@@ -2,6 +2,7 @@
 
 #include "ZelNet/SourceCode/SnmpQuery.h"
 #include "platform/LiveInterface.h"
+#include "platform/StaticAdapter.h"
 
 #include <optional>
 #include <vector>
@@ -15,6 +16,9 @@ namespace tervane {
 //
 // Of several addresses of an interface the lowest counts, because nothing tells the first; of
 // several default routes the agent shows but one.
-std::optional<std::vector<LiveInterface>> InterfacesByMib(ZelNet::SnmpQuery& query);
+//
+// Once `stop` is set, no further interface's own variables are asked for.
+std::optional<std::vector<LiveInterface>>
+InterfacesByMib(ZelNet::SnmpQuery& query, const std::atomic<bool>& stop = kNeverStop);
 
 } // namespace tervane

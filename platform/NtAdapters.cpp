@@ -69,8 +69,8 @@ std::vector<ClassEntry> ReadClassEntries() {
 
 class NtAdapterReader {
 public:
-    NtAdapterReader(PlatformFamily family, const DeviceApi& api)
-        : isNt4_(family == PlatformFamily::kNt4), api_(api), settings_(family) {}
+    NtAdapterReader(PlatformFamily family, const DeviceApi& api, const std::atomic<bool>& stop)
+        : isNt4_(family == PlatformFamily::kNt4), api_(api), stop_(stop), settings_(family) {}
 
     std::vector<StaticAdapter> ReadAll() {
         if (!isNt4_) {
@@ -112,7 +112,7 @@ private:
 
     // Fills in the rest; an adapter that is listed already is left as it is.
     void Add(StaticAdapter adapter, const ClassEntry* entry) {
-        if (!listed_.insert(LowerAscii(adapter.cookie)).second) {
+        if (stop_ || !listed_.insert(LowerAscii(adapter.cookie)).second) {
             return;
         }
         if (isNt4_) {
@@ -122,7 +122,7 @@ private:
         }
         Classify(adapter);
         settings_.Read(adapter);
-        if (auto address = ReadHardwareAddress(adapter.serviceName, api_)) {
+        if (auto address = addresses_.Read(adapter.serviceName)) {
             adapter.hardwareAddress = std::move(*address);
         }
         adapter.boundToTcpip = bindings_.IsBound(adapter.serviceName);
@@ -180,6 +180,8 @@ private:
 
     const bool isNt4_;
     const DeviceApi& api_;
+    const std::atomic<bool>& stop_;
+    DriverAddresses addresses_{api_};
     // What holds for all adapters.
     const NtBindings bindings_ = NtBindings::Read();
     const NtSettings settings_;
@@ -193,8 +195,9 @@ private:
 
 } // namespace
 
-std::vector<StaticAdapter> ListNtAdapters(PlatformFamily family, const DeviceApi& api) {
-    return NtAdapterReader(family, api).ReadAll();
+std::vector<StaticAdapter> ListNtAdapters(PlatformFamily family, const DeviceApi& api,
+                                          const std::atomic<bool>& stop) {
+    return NtAdapterReader(family, api, stop).ReadAll();
 }
 
 } // namespace tervane

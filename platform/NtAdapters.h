@@ -13,9 +13,10 @@
 
 namespace tervane {
 
-// Cards first, in the registry's order, then the devices that are none. `family` is one of the NT
-// family.
+// Cards first, in the registry's order, then the devices that are none; once `stop` is set, those
+// that were found until then. `family` is one of the NT family.
 std::vector<StaticAdapter> ListNtAdapters(PlatformFamily family,
-                                          const DeviceApi& api = DeviceApi::System());
+                                          const DeviceApi& api = DeviceApi::System(),
+                                          const std::atomic<bool>& stop = kNeverStop);
 
 } // namespace tervane

@@ -34,28 +34,39 @@ private:
 } // namespace
 
 bool WaitWhilePumping(HANDLE handle, DWORD milliseconds) noexcept {
+    return WaitForAnyWhilePumping({&handle, 1}, milliseconds);
+}
+
+bool WaitForAnyWhilePumping(std::span<const HANDLE> handles, DWORD milliseconds) noexcept {
     MessagePump pump;
+    const auto count = static_cast<DWORD>(handles.size());
+    const auto isOver = [&] {
+        const DWORD result = WaitForMultipleObjects(count, handles.data(), FALSE, 0);
+        return result < WAIT_OBJECT_0 + count ||
+               (result >= WAIT_ABANDONED_0 && result < WAIT_ABANDONED_0 + count);
+    };
     const DWORD start = GetTickCount();
     for (;;) {
         const DWORD elapsed = GetTickCount() - start;
         if (elapsed >= milliseconds) {
-            return WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
+            return isOver();
         }
         if (pump.DispatchOne()) {
-            if (WaitForSingleObject(handle, 0) == WAIT_OBJECT_0) { // messages need not ever pause
+            if (isOver()) { // messages need not ever pause
                 return true;
             }
             continue;
         }
-        switch (MsgWaitForMultipleObjects(1, &handle, FALSE, milliseconds - elapsed, QS_ALLINPUT)) {
-        case WAIT_OBJECT_0:
-        case WAIT_ABANDONED_0:
-            return true;
-        case WAIT_OBJECT_0 + 1:
-        case WAIT_ABANDONED_0 + 1:
-            break;
-        default: // time-out or failure
+        const DWORD left = milliseconds == INFINITE ? INFINITE : milliseconds - elapsed;
+        const DWORD result =
+            MsgWaitForMultipleObjects(count, handles.data(), FALSE, left, QS_ALLINPUT);
+        if (result == WAIT_TIMEOUT || result == WAIT_FAILED) {
             return false;
+        }
+        const bool isMessage =
+            result == WAIT_OBJECT_0 + count || result == WAIT_ABANDONED_0 + count;
+        if (!isMessage) {
+            return true;
         }
     }
 }

@@ -6,12 +6,13 @@
 
 namespace tervane {
 
-std::vector<StaticAdapter> ListStaticAdapters() {
+std::vector<StaticAdapter> ListStaticAdapters(const std::atomic<bool>& stop) {
     const PlatformFamily family = CurrentPlatformFamily();
     if (Is9xFamily(family)) {
-        return List9xAdapters();
+        return List9xAdapters(stop);
     }
-    return IsNtFamily(family) ? ListNtAdapters(family) : std::vector<StaticAdapter>();
+    return IsNtFamily(family) ? ListNtAdapters(family, DeviceApi::System(), stop)
+                              : std::vector<StaticAdapter>();
 }
 
 } // namespace tervane

@@ -3,6 +3,7 @@
 // One installed network adapter as the registry configures it, whether or not it is up. What the
 // registry does not say, or says in a wrong type, keeps the value given here.
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -40,8 +41,12 @@ struct StaticAdapter {
     bool isPpp = false;
 };
 
-// Every installed adapter, in the registry's order. May be called on any thread; an adapter that
-// vanishes meanwhile is left out or keeps what was read of it. Throws std::bad_alloc only.
-std::vector<StaticAdapter> ListStaticAdapters();
+// For whoever lists adapters and need not be stopped.
+inline const std::atomic<bool> kNeverStop = false;
+
+// Every installed adapter, in the registry's order; once `stop` is set, those that were found until
+// then. May be called on any thread; an adapter that vanishes meanwhile is left out or keeps what
+// was read of it. Throws std::bad_alloc only.
+std::vector<StaticAdapter> ListStaticAdapters(const std::atomic<bool>& stop = kNeverStop);
 
 } // namespace tervane

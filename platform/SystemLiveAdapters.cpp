@@ -23,7 +23,7 @@ std::wstring LeaseServerInRegistry(const StaticAdapter& adapter) {
 
 LiveAdapterSources LiveAdapterSources::System() {
     return {ZelNet::IpHelper::Load(), [] { return ZelNet::SnmpQuery::Create(); },
-            &ListStaticAdapters, &LeaseServerInRegistry};
+            [] { return ListStaticAdapters(); }, &LeaseServerInRegistry};
 }
 
 std::optional<std::vector<LiveAdapter>> ListLiveAdapters() {

@@ -87,6 +87,8 @@ private:
 // One device, which turned out to be an adapter.
 class Win9xAdapterReader {
 public:
+    explicit Win9xAdapterReader(const std::atomic<bool>& stop) : stop_(stop) {}
+
     std::vector<StaticAdapter> ReadAll() {
         const RegistryKey tree = OpenMachine(L"Enum");
         for (const std::wstring& enumerator : tree.SubKeyNames()) {
@@ -102,6 +104,9 @@ private:
     void ReadInstances(const RegistryKey& device, const std::wstring& place) {
         for (const std::wstring& name : device.SubKeyNames()) {
             const RegistryKey instance = device.OpenSubKey(name);
+            if (stop_) {
+                return;
+            }
             if (IsNetClass(instance)) {
                 Add(instance, place + L"\\" + name);
             }
@@ -180,6 +185,7 @@ private:
             0;
     }
 
+    const std::atomic<bool>& stop_;
     const Win9xBindings bindings_ = Win9xBindings::Read();
     const DeviceProblems problems_;
     const MachineSettings settings_;
@@ -188,8 +194,8 @@ private:
 
 } // namespace
 
-std::vector<StaticAdapter> List9xAdapters() {
-    return Win9xAdapterReader().ReadAll();
+std::vector<StaticAdapter> List9xAdapters(const std::atomic<bool>& stop) {
+    return Win9xAdapterReader(stop).ReadAll();
 }
 
 } // namespace tervane

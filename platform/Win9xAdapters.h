@@ -11,7 +11,7 @@
 
 namespace tervane {
 
-// In the order of the device tree.
-std::vector<StaticAdapter> List9xAdapters();
+// In the order of the device tree; once `stop` is set, those that were found until then.
+std::vector<StaticAdapter> List9xAdapters(const std::atomic<bool>& stop = kNeverStop);
 
 } // namespace tervane

@@ -38,7 +38,7 @@ bool IsNameOf(const wchar_t* interfaceName, const std::wstring& adapterName) {
 LeaseServices LeaseServices::System() {
     return {CurrentPlatformFamily(),
             [] { return ListLiveAdapters(); },
-            &ListStaticAdapters,
+            [] { return ListStaticAdapters(); },
             ZelNet::IpHelper::Load(),
             DhcpClientLibrary::Load(),
             &VirtualDhcpDevice::Open,

@@ -3,6 +3,7 @@
 #include "objects/sysinfo/LiveAdapterInfo.h"
 #include "objects/sysinfo/StaticAdapterInfo.h"
 #include "platform/AsciiText.h"
+#include "platform/LiveAdapterSources.h"
 
 #include <algorithm>
 #include <iterator>
@@ -26,15 +27,17 @@ std::optional<std::vector<Variant>> MakeObjects(const std::vector<Adapter>& adap
         }
         objects.push_back(Variant::FromObject(std::move(object)));
     }
-    return objects;
+    return stop ? std::nullopt : std::optional(std::move(objects));
 }
 
 std::optional<std::vector<Variant>> GatherStatic(const IID& iid, const Stop& stop) {
-    return MakeObjects(ListStaticAdapters(), iid, stop, &CreateStaticAdapterInfo);
+    return MakeObjects(ListStaticAdapters(stop), iid, stop, &CreateStaticAdapterInfo);
 }
 
 std::optional<std::vector<Variant>> GatherLive(const IID& iid, const Stop& stop) {
-    const auto adapters = ListLiveAdapters();
+    LiveAdapterSources sources = LiveAdapterSources::System();
+    sources.installed = [&stop] { return ListStaticAdapters(stop); };
+    const auto adapters = ListLiveAdapters(sources, stop);
     return adapters ? MakeObjects(*adapters, iid, stop, &CreateLiveAdapterInfo) : std::nullopt;
 }
 

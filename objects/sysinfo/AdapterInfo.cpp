@@ -17,9 +17,8 @@ constinit RequestIds requestIds;
 
 AdapterInfo::AdapterInfo(const ClassRow& row, IUnknown* outer)
     : Object(row, outer),
-      requests_(std::make_shared<AdapterRequests>([this](long id, bool gathered) {
-          window_->Post(gathered ? 1 : 0, static_cast<WPARAM>(id), 0);
-      })) {}
+      requests_(std::make_shared<AdapterRequests>([this](long, bool) { window_->Post(0, 0, 0); })) {
+}
 
 HRESULT AdapterInfo::GetAdapterInfo(BSTR returnType, long wantedId, long* id) {
     return AnswerNumber(id, [&] { return StartRequest(TextOf(returnType), wantedId); });
@@ -75,10 +74,12 @@ HRESULT AdapterInfo::get_LastErrorCode(long* code) {
     return AnswerNumber(code, [&] { return lastErrorCode_.load(); });
 }
 
-void AdapterInfo::OnPostback(unsigned code, unsigned wParam) {
+void AdapterInfo::OnPostback(unsigned, unsigned) {
     // A sink may drop the last other reference.
     const ComPtr<IUnknown> self = AddReference(Controlling());
-    Fire_OnAdapterInfoComplete(static_cast<long>(wParam), code != 0);
+    if (const auto outcome = requests_->TakeOutcome()) {
+        Fire_OnAdapterInfoComplete(outcome->id, outcome->isGathered);
+    }
 }
 
 HRESULT AdapterInfo::Fire_OnAdapterInfoComplete(long id, bool gathered) const {

@@ -36,7 +36,7 @@ private:
         kLocked = 4,
     };
 
-    // `code` is 1 when the list was gathered, else 0; `wParam` is the request's number.
+    // A request has ended. Anybody may post anything, so what is told is looked up.
     void OnPostback(unsigned code, unsigned wParam) override;
     long StartRequest(std::wstring_view returnType, long wantedId);
     HRESULT Fire_OnAdapterInfoComplete(long id, bool gathered) const;

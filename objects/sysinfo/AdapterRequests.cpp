@@ -2,6 +2,7 @@
 
 #include "ZelBase/ModulePin.h"
 #include "ZelBase/TimedMutexLock.h"
+#include "platform/MatchingLock.h"
 
 #include <utility>
 
@@ -15,6 +16,8 @@ struct AdapterRequests::Request {
     std::shared_ptr<AdapterRequests> owner;
     long id;
     Gather gather;
+    // Made in advance: the end of a request must be told whatever happens.
+    std::list<Outcome> outcome;
 };
 
 AdapterRequests::AdapterRequests(Report report)
@@ -22,7 +25,8 @@ AdapterRequests::AdapterRequests(Report report)
       report_(std::move(report)) {}
 
 bool AdapterRequests::Start(long id, Gather gather) {
-    auto request = std::make_unique<Request>(Request{shared_from_this(), id, std::move(gather)});
+    auto request = std::make_unique<Request>(
+        Request{shared_from_this(), id, std::move(gather), std::list<Outcome>(1)});
     const TimedMutexLock lock(threadsMutex_.get(), kScriptPatience);
     if (!lock) {
         return false;
@@ -58,28 +62,50 @@ DWORD WINAPI AdapterRequests::Run(void* argument) noexcept {
         gathered = std::nullopt; // as when the list cannot be had
     }
     request->gather = nullptr;
-    request->owner->Finish(request->id, std::move(gathered));
+    request->owner->Finish(*request, std::move(gathered));
     if (initialized) {
         CoUninitialize();
     }
     return 0;
 }
 
-void AdapterRequests::Finish(long id, std::optional<std::vector<Variant>> gathered) noexcept {
-    try {
-        const bool succeeded = gathered.has_value();
-        std::optional<Variant> list =
-            MakeArray(succeeded ? std::move(*gathered) : std::vector<Variant>());
-        Variant replaced; // released after the lock
-        const TimedMutexLock lock(resultsMutex_.get(), INFINITE);
-        if (!lock || closing_ || !list) {
-            return;
-        }
-        replaced = std::exchange(results_[id], std::move(*list));
-        report_(id, succeeded);
-    } catch (...) {
-        // Out of memory for the last thing to say: the script finds no result.
+void AdapterRequests::Finish(Request& request,
+                             std::optional<std::vector<Variant>> gathered) noexcept {
+    const bool isGathered = gathered.has_value();
+    auto list = MakeArray(isGathered ? std::move(*gathered) : std::vector<Variant>());
+    Variant replaced; // released after the lock
+    const TimedMutexLock lock(resultsMutex_.get(), INFINITE);
+    if (!lock || closing_) {
+        return;
     }
+    Outcome& outcome = request.outcome.front();
+    outcome = {request.id, Store(request.id, std::move(list), replaced) && isGathered};
+    outcomes_.splice(outcomes_.end(), request.outcome);
+    report_(outcome.id, outcome.isGathered);
+}
+
+// False when memory is exhausted; then the table has no list of that number.
+bool AdapterRequests::Store(long id, std::optional<Variant> list, Variant& replaced) noexcept {
+    const auto before = results_.find(id);
+    if (before != results_.end()) {
+        replaced = std::move(before->second);
+        results_.erase(before);
+    }
+    try {
+        return list && results_.emplace(id, std::move(*list)).second;
+    } catch (...) {
+        return false;
+    }
+}
+
+std::optional<AdapterRequests::Outcome> AdapterRequests::TakeOutcome() {
+    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatience);
+    if (!lock || outcomes_.empty()) {
+        return std::nullopt;
+    }
+    const Outcome outcome = outcomes_.front();
+    outcomes_.pop_front();
+    return outcome;
 }
 
 AdapterRequests::Found AdapterRequests::Find(long id, Variant& copy) {
@@ -117,7 +143,7 @@ void AdapterRequests::EndThreads() {
     }
     for (const ZelBase::UniqueHandle& thread : threads_) {
         if (WaitForSingleObject(thread.Get(), kThreadPatience) == WAIT_TIMEOUT) {
-            TerminateThread(thread.Get(), 1);
+            ThreadKiller().Kill(thread.Get());
         }
     }
     threads_.clear();

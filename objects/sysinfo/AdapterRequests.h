@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <functional>
+#include <list>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -34,13 +35,18 @@ public:
     // should return soon once `stop` is set. May throw.
     using Gather =
         std::function<std::optional<std::vector<Variant>>(const std::atomic<bool>& stop)>;
-    // Told on the request's thread, under a lock: it must neither wait nor call back.
+    // Told on the request's thread, under a lock, that there is an outcome: it must neither wait
+    // nor call back nor throw.
     using Report = std::function<void(long id, bool gathered)>;
+    struct Outcome {
+        long id = 0;
+        bool isGathered = false;
+    };
 
     enum class Found { kYes, kNo, kLocked, kNoMemory };
 
-    // Use std::make_shared. `report` is called after the list of a request has come into the table;
-    // never after Close.
+    // Use std::make_shared. `report` is called after the list of a request has come into the table,
+    // or could not for lack of memory; never after Close.
     explicit AdapterRequests(Report report);
     AdapterRequests(const AdapterRequests&) = delete;
     AdapterRequests& operator=(const AdapterRequests&) = delete;
@@ -53,6 +59,10 @@ public:
     // list could not be gathered has an empty one.
     Found Find(long id, Variant& copy);
 
+    // The outcomes, one by one, in the order in which they were reported; nothing when there is
+    // none. Whoever was told by a message that anybody may send looks here whether it is true.
+    std::optional<Outcome> TakeOutcome();
+
     // For the owner's end: no report comes any more, all threads end or are killed, and all lists
     // are released. Not on a request's thread.
     void Close();
@@ -62,7 +72,8 @@ private:
 
     static DWORD WINAPI Run(void* argument) noexcept;
 
-    void Finish(long id, std::optional<std::vector<Variant>> gathered) noexcept;
+    void Finish(Request& request, std::optional<std::vector<Variant>> gathered) noexcept;
+    bool Store(long id, std::optional<Variant> list, Variant& replaced) noexcept;
     void ForgetEndedThreads();
     void EndThreads();
 
@@ -72,6 +83,7 @@ private:
     // Under resultsMutex_.
     Report report_;
     std::unordered_map<long, Variant> results_;
+    std::list<Outcome> outcomes_;
     // Under threadsMutex_.
     std::vector<ZelBase::UniqueHandle> threads_;
 };

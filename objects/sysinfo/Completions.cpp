@@ -1,20 +1,42 @@
 #include "objects/sysinfo/Completions.h"
 
+#include "platform/PumpingWait.h"
+
 namespace tervane {
 
 using ZelBase::LocalMutexLock;
 
-void Completions::Post(const PostbackWindow& window, ComPtr<IUnknown> object) noexcept {
-    // Under the lock: once another thread can take the reference, the window may be gone.
-    const LocalMutexLock lock(mutex_);
-    try {
-        waiting_.push_back(std::move(object));
-    } catch (...) {
-        return; // no memory for the event; `object` still goes
+namespace {
+
+ZelBase::UniqueHandle ThisThread() noexcept {
+    ZelBase::UniqueHandle thread;
+    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread.Put(),
+                    SYNCHRONIZE, FALSE, 0);
+    return thread;
+}
+
+} // namespace
+
+Completions::Completions() noexcept
+    : thread_(ThisThread()), allTaken_(CreateEventA(nullptr, TRUE, TRUE, nullptr)) {}
+
+void Completions::Post(const PostbackWindow& window, End end) noexcept {
+    {
+        // Under the lock: once another thread can take the reference, the window may be gone.
+        const LocalMutexLock lock(mutex_);
+        if (!window.Post(0, 0, 0)) {
+            return; // `end` still goes
+        }
+        waiting_.splice(waiting_.end(), end);
+        if (!BeginWatch()) {
+            return;
+        }
     }
-    if (!window.Post(0, 0, 0)) {
-        object = std::move(waiting_.back());
-        waiting_.pop_back();
+    const HANDLE reasons[] = {allTaken_.Get(), thread_.Get()};
+    while (!EndWatch() && WaitForAnyWhilePumping(reasons, INFINITE)) {
+        if (WaitForSingleObject(thread_.Get(), 0) == WAIT_OBJECT_0) {
+            GiveBack();
+        }
     }
 }
 
@@ -23,9 +45,34 @@ ComPtr<IUnknown> Completions::Take() noexcept {
     if (waiting_.empty()) {
         return {};
     }
-    ComPtr<IUnknown> object = std::move(waiting_.back());
-    waiting_.pop_back();
+    ComPtr<IUnknown> object = std::move(waiting_.front());
+    waiting_.pop_front();
+    if (waiting_.empty()) {
+        SetEvent(allTaken_.Get());
+    }
     return object;
+}
+
+bool Completions::BeginWatch() {
+    ResetEvent(allTaken_.Get());
+    if (isWatched_ || !thread_ || !allTaken_) {
+        return false;
+    }
+    isWatched_ = true;
+    return true;
+}
+
+// What comes after this finds that nobody watches.
+bool Completions::EndWatch() noexcept {
+    const LocalMutexLock lock(mutex_);
+    isWatched_ = !waiting_.empty();
+    return !isWatched_;
+}
+
+void Completions::GiveBack() noexcept {
+    End lost; // goes after the lock, perhaps with the object
+    const LocalMutexLock lock(mutex_);
+    lost.swap(waiting_);
 }
 
 } // namespace tervane

@@ -26,15 +26,17 @@ HRESULT GeneralSysInfo::GetSystemInfo() {
             window_.emplace(static_cast<PostbackOwner&>(*this));
         }
         WorkerRequest request;
-        request.work = [this, completions = completions_,
-                        object = std::make_shared<ComPtr<IUnknown>>(AddReference(Controlling()))] {
+        const auto end = std::make_shared<Completions::End>();
+        end->push_back(AddReference(Controlling()));
+        request.work = [this, completions = completions_, end] {
             Renew();
-            completions->Post(*window_, std::move(*object));
+            completions->Post(*window_, std::move(*end));
         };
         return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
     });
 }
 
+// Without memory for them the facts stay as they were; the event tells the end and no outcome.
 void GeneralSysInfo::Renew() {
     Guarded([&] {
         const LocalMutexLock lock(gathering_);

@@ -139,6 +139,27 @@ TEST_F(AdapterInfoTest, RefusesWhatItDoesNotKnow) {
     EXPECT_EQ(0u, sink_.Count());
 }
 
+// Anybody may post to a hidden window.
+TEST_F(AdapterInfoTest, BelievesNoMessage) {
+    const auto strays = [] {
+        const HWND window = FindWindowA(nullptr, "PostbackWindow");
+        for (UINT message : {WM_USER, WM_USER + 1, WM_USER + 5}) {
+            PostMessageA(window, message, 4711, 0);
+        }
+        return window;
+    };
+    Get(kLive);
+    ASSERT_TRUE(strays());
+    PumpUntil([] { return false; }, 100);
+    EXPECT_EQ(1u, sink_.Count());
+    const long id = Request(kLive);
+    strays();
+    EXPECT_TRUE(sink_.WaitFor(2, kPatience));
+    PumpUntil([] { return false; }, 100);
+    EXPECT_EQ(2u, sink_.Count());
+    EXPECT_EQ(id, sink_[1].arguments.at(0).Get().lVal);
+}
+
 TEST_F(AdapterInfoTest, GivesItsListsToAHostThatNeverPumpsMessages) {
     const long id = Request(kLive2);
     const ULONGLONG start = GetTickCount64();

@@ -126,13 +126,25 @@ TEST_F(GeneralSysInfoObject, LivesUntilItHasToldTheEnd) {
     EXPECT_EQ(0, sink_.References());
 }
 
-// Its thread has ended before the worker has: nobody is there to be told, and nobody hangs.
+// Its thread has ended before the worker has, or without taking what was posted to it: nobody is
+// there to be told, and the object still goes.
 TEST_F(GeneralSysInfoObject, GoesWithItsThread) {
-    TestThread([] {
-        const Apartment apartment;
-        const auto info = Create();
-        Call(info.Get(), L"GetSystemInfo");
-    }).join();
+    for (const bool isPosted : {false, true}) {
+        RecordingSink sink;
+        TestThread([&] {
+            const Apartment apartment;
+            const auto info = Create();
+            Advise(info.Get(), &sink);
+            Call(info.Get(), L"GetSystemInfo");
+            Call(info.Get(), L"GetSystemInfo");
+            MSG message;
+            while (isPosted && !PeekMessageA(&message, nullptr, WM_USER, WM_USER, PM_NOREMOVE)) {
+                Sleep(5);
+            }
+        }).join();
+        EXPECT_TRUE(PumpUntil([&] { return sink.References() == 0; }, kPatience)) << isPosted;
+        EXPECT_EQ(0u, sink.Count());
+    }
     EXPECT_NE(L"", Read(info_.Get(), L"CpuVendor").Text());
 }
 

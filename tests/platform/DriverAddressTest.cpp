@@ -4,6 +4,7 @@
 #include "ZelBase/SystemLibrary.h"
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/ModulePin.h"
 #include "platform/HardwareAddress.h"
 #include "platform/StaticAdapter.h"
 #include "support/TestThreads.h"
@@ -85,7 +86,7 @@ protected:
 
 TEST_F(DriverAddressTest, DefinesANameAndTakesItBack) {
     driver.answers[0x01010102] = {0, 0x10, 0x5A, 0xAB, 1, 2};
-    EXPECT_EQ(L"00-10-5A-AB-01-02", ReadHardwareAddress(L"El90x1", kPlayed));
+    EXPECT_EQ(L"00-10-5A-AB-01-02", DriverAddresses(kPlayed).Read(L"El90x1"));
     EXPECT_EQ((Calls{"query El90x1", "define 1 El90x1 \\Device\\El90x1", "open \\\\.\\El90x1",
                      "define 7 El90x1 \\Device\\El90x1"}),
               driver.calls);
@@ -94,41 +95,41 @@ TEST_F(DriverAddressTest, DefinesANameAndTakesItBack) {
 TEST_F(DriverAddressTest, LeavesANameAlone) {
     driver.hasName = true;
     driver.answers[0x04010101] = {1, 2, 3, 4, 5, 6}; // an FDDI card
-    EXPECT_EQ(L"01-02-03-04-05-06", ReadHardwareAddress(L"{1}", kPlayed));
+    EXPECT_EQ(L"01-02-03-04-05-06", DriverAddresses(kPlayed).Read(L"{1}"));
     EXPECT_EQ((Calls{"query {1}", "open \\\\.\\{1}"}), driver.calls);
 }
 
 TEST_F(DriverAddressTest, BelievesOnlySixBytes) {
     for (const size_t size : {0, 5, 7, 4096}) {
         driver.answers[0x01010102].resize(size, 1);
-        EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"El90x1", kPlayed)) << size;
+        EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1")) << size;
         EXPECT_EQ("define 7 El90x1 \\Device\\El90x1", driver.calls.back());
     }
 }
 
 TEST_F(DriverAddressTest, FailsWithoutADevice) {
     driver.queryError = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"El90x1", kPlayed));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
     EXPECT_EQ(Calls{"query El90x1"}, driver.calls);
     driver = PlayedDriver();
     driver.mayBeDefined = false;
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"El90x1", kPlayed));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
     EXPECT_EQ(2u, driver.calls.size());
     driver = PlayedDriver();
     driver.exists = false;
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"El90x1", kPlayed));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
     EXPECT_EQ("define 7 El90x1 \\Device\\El90x1", driver.calls.back());
     driver = PlayedDriver();
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"", kPlayed));
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"\x4E2D", kPlayed));
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(std::wstring(L"a\0b", 3), kPlayed));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L""));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"\x4E2D"));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(std::wstring(L"a\0b", 3)));
     EXPECT_TRUE(driver.calls.empty());
 }
 
 TEST_F(DriverAddressTest, KnowsTheCardThatCannotBeAsked) {
-    EXPECT_EQ(L"00-c0-49-43-0f-53", ReadHardwareAddress(L"USRPCIAWR3", kPlayed));
-    EXPECT_EQ(L"00-c0-49-43-0f-5d", ReadHardwareAddress(L"xUSRPCIAWR", kPlayed));
-    EXPECT_EQ(std::nullopt, ReadHardwareAddress(L"usrpciawr3", kPlayed));
+    EXPECT_EQ(L"00-c0-49-43-0f-53", DriverAddresses(kPlayed).Read(L"USRPCIAWR3"));
+    EXPECT_EQ(L"00-c0-49-43-0f-5d", DriverAddresses(kPlayed).Read(L"xUSRPCIAWR"));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"usrpciawr3"));
     EXPECT_EQ((Calls{"query usrpciawr3"}), Calls(driver.calls.begin(), driver.calls.begin() + 1));
 }
 
@@ -168,13 +169,42 @@ TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
     static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly,
                                         nullptr};
     test::TestThread first(
-        [] { EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow)); });
+        [] { EXPECT_EQ(L"07-07-07-07-07-07", DriverAddresses(kSlow).Read(L"El90x1")); });
     while (!isAsked) {
         Sleep(1);
     }
-    EXPECT_EQ(L"07-07-07-07-07-07", ReadHardwareAddress(L"El90x1", kSlow));
+    EXPECT_EQ(L"07-07-07-07-07-07", DriverAddresses(kSlow).Read(L"El90x1"));
     first.join();
     EXPECT_EQ(0, definitions);
+}
+
+ZelBase::UniqueHandle isStuck(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+ZelBase::UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+
+BOOL WINAPI AnswerWhenTold(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size,
+                           LPOVERLAPPED) {
+    SetEvent(isStuck.Get());
+    WaitForSingleObject(goOn.Get(), INFINITE);
+    memset(output, 9, 6);
+    *size = 6;
+    return TRUE;
+}
+
+TEST(StuckDriverTest, IsWaitedForOnceInAList) {
+    static constexpr DeviceApi kStuck = {&PlayQuery, &PlayDefine, &PlayOpen, &AnswerWhenTold,
+                                         nullptr};
+    driver = PlayedDriver();
+    driver.hasName = true;
+    const auto stuck = ZelBase::ModulePin::StartThread([] { DriverAddresses(kStuck).Read(L"A"); });
+    WaitForSingleObject(isStuck.Get(), INFINITE);
+    DriverAddresses list(kStuck);
+    EXPECT_EQ(std::nullopt, list.Read(L"B"));
+    SetEvent(goOn.Get());
+    WaitForSingleObject(stuck.Get(), INFINITE);
+    driver.calls.clear();
+    EXPECT_EQ(std::nullopt, list.Read(L"B"));
+    EXPECT_TRUE(driver.calls.empty());
+    EXPECT_EQ(L"09-09-09-09-09-09", DriverAddresses(kStuck).Read(L"B"));
 }
 
 // Every adapter of this machine that both know.

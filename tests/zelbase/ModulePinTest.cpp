@@ -40,15 +40,18 @@ TEST(ModulePin, KeepsALibraryUntilItsThreadHasEnded) {
     EXPECT_TRUE(IsUnloaded());
 }
 
-TEST(ModulePin, SurvivesARoutinesException) {
-    UniqueLibrary probe(LoadLibraryW(kProbe));
-    ASSERT_TRUE(probe);
-    auto* startThrowing = reinterpret_cast<HANDLE (*)()>(
-        reinterpret_cast<void*>(GetProcAddress(probe.Get(), "StartThrowing")));
-    const UniqueHandle thread(startThrowing());
-    probe.Reset();
-    EXPECT_EQ(ExitCode(thread.Get()), ModulePin::kEscapedException);
-    EXPECT_TRUE(IsUnloaded());
+TEST(ModulePin, GivesTheLibraryBackHoweverAThreadEnds) {
+    const std::pair<const char*, DWORD> rows[] = {{"StartThrowing", ModulePin::kEscapedException},
+                                                  {"StartEndingItself", 12}};
+    for (const auto& [start, code] : rows) {
+        UniqueLibrary probe(LoadLibraryW(kProbe));
+        ASSERT_TRUE(probe);
+        const UniqueHandle thread(reinterpret_cast<HANDLE (*)()>(
+            reinterpret_cast<void*>(GetProcAddress(probe.Get(), start)))());
+        probe.Reset();
+        EXPECT_EQ(ExitCode(thread.Get()), code);
+        EXPECT_TRUE(IsUnloaded()) << start;
+    }
 }
 
 TEST(ModulePin, StartsSuspendedAndMovesWhatTheRoutineOwns) {

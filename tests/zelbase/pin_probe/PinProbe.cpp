@@ -10,6 +10,11 @@ extern "C" __declspec(dllexport) HANDLE StartLingering(HANDLE go) {
         .Release();
 }
 
+// As after a fault: nothing that the routine would do at its end is done.
+extern "C" __declspec(dllexport) HANDLE StartEndingItself() {
+    return ZelBase::ModulePin::StartThread([] { ZelBase::ModulePin::EndThisThread(12); }).Release();
+}
+
 // A routine's exception must not take the process with it.
 extern "C" __declspec(dllexport) HANDLE StartThrowing() {
     return ZelBase::ModulePin::StartThread([] { throw 1; }).Release();
