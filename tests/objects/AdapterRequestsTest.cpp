@@ -54,6 +54,13 @@ TEST(AdapterInterfaces, AreNamedByTheirIdentifiersInAnyCase) {
     }
 }
 
+TEST(AdapterInterfaces, AreNotGatheredForAnObjectThatGoes) {
+    for (const bool stop : {false, true}) {
+        EXPECT_EQ(!stop, GatherAdapters(IID_IStaticAdapterInfo2, stop).has_value());
+        EXPECT_EQ(!stop, GatherAdapters(IID_ILiveAdapterInfo, stop).has_value());
+    }
+}
+
 class AdapterRequestsTest : public testing::Test {
 protected:
     ~AdapterRequestsTest() override { requests_->Close(); }

@@ -173,6 +173,20 @@ TEST_F(NtAdaptersTest, BelievesTheRunningSystemOfADevice) {
     }
 }
 
+std::atomic<bool> stop = false;
+DWORD WINAPI StopAndFindNothing(LPCSTR, LPSTR, DWORD) {
+    stop = true;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return 0;
+}
+
+TEST_F(NtAdaptersTest, StopsBetweenAdapters) {
+    MakeMachine();
+    DeviceApi api = DeviceApi::System();
+    api.queryDosDevice = &StopAndFindNothing;
+    EXPECT_EQ(1u, ListNtAdapters(PlatformFamily::kXp, api, stop).size());
+}
+
 TEST_F(NtAdaptersTest, FollowsBindingsThroughOthersAndInCircles) {
     MakeMachine();
     const std::wstring services(kServices);
