@@ -22,12 +22,17 @@ const char kUnknownServer[] = "0.0.0.0";
 } // namespace
 
 std::unique_ptr<ADns> ADns::Create() {
-    std::unique_ptr<ADns> dns(new ADns);
+    return Create(UdpNonBlockingClientSocket::Create());
+}
+
+std::unique_ptr<ADns> ADns::Create(std::shared_ptr<UdpNonBlockingClientSocket> socket) {
+    std::unique_ptr<ADns> dns(new ADns(std::move(socket)));
     const bool valid = dns->logger_ && dns->mutex_.IsValid() && dns->socket_;
     return valid ? std::move(dns) : nullptr;
 }
 
-ADns::ADns() : logger_(CreateLogger("ADns")), socket_(UdpNonBlockingClientSocket::Create()) {}
+ADns::ADns(std::shared_ptr<UdpNonBlockingClientSocket> socket)
+    : logger_(CreateLogger("ADns")), socket_(std::move(socket)) {}
 
 ADns::~ADns() {
     if (socket_) {
@@ -60,20 +65,26 @@ bool ADns::SetDnsServers(const std::vector<std::string>& servers) {
 }
 
 bool ADns::ResolveName(const std::string& name, Callback callback, void* parameter) {
-    if (!BeginLookUp(name, callback, parameter)) {
+    try {
+        if (!BeginLookUp(name, callback, parameter)) {
+            return false;
+        }
+    } catch (const std::bad_alloc&) {
+        logger_->Log("ResolveName", LogLevel::kError, "Out of memory.");
         return false;
     }
     // Without the mutex: the socket reports that it can send before Create returns.
     if (!socket_->Create(this, 0, IpAddress())) {
         // An Abort from another thread may have called the callback already.
-        MutexLock lock(&mutex_);
+        const bool told = !TakeRecipient();
         busy_ = false;
-        return std::exchange(reported_, true);
+        return told;
     }
     return true;
 }
 
 bool ADns::BeginLookUp(const std::string& name, Callback callback, void* parameter) {
+    auto recipient = std::make_unique<Recipient>(Recipient{callback, parameter});
     MutexLock lock(&mutex_);
     if (servers_.empty() || !BuildDnsQuery(name)) {
         return false;
@@ -82,23 +93,19 @@ bool ADns::BeginLookUp(const std::string& name, Callback callback, void* paramet
     if (busy_) {
         return false;
     }
-    busy_ = true;
-    querySent_ = reported_ = false;
-    emptyAnswers_ = 0;
     name_ = name;
-    callback_ = callback;
-    parameter_ = parameter;
+    querySent_ = false;
+    emptyAnswers_ = 0;
+    busy_ = true;
+    recipient_ = recipient.release();
     return true;
 }
 
 bool ADns::Abort() {
-    {
-        MutexLock lock(&mutex_);
-        if (reported_) {
-            return false;
-        }
-        logger_->Log("Abort", LogLevel::kTrace, "Aborting DNS Resolution.");
+    if (!recipient_.load()) {
+        return false;
     }
+    logger_->Log("Abort", LogLevel::kTrace, "Aborting DNS Resolution.");
     return Report(false, {});
 }
 
@@ -110,7 +117,7 @@ void ADns::OnSend(void* /*context*/, int error) {
     bool aborted = false;
     {
         MutexReleaser releaser(mutex_);
-        aborted = reported_;
+        aborted = !recipient_.load();
         failed = !aborted && !querySent_ && !SendQuery(error);
     }
     if (failed) {
@@ -147,7 +154,7 @@ void ADns::OnReceive(void* /*context*/, int error) {
     Progress progress = Progress::kWaiting;
     {
         MutexReleaser releaser(mutex_);
-        if (!reported_) {
+        if (recipient_.load()) {
             progress = ReadAnswer(error, records);
         }
     }
@@ -156,8 +163,8 @@ void ADns::OnReceive(void* /*context*/, int error) {
     }
 }
 
-// Takes one datagram. The identifier and the sender are not looked at: the name tells whether it
-// answers this question.
+// Takes one datagram. The sender and the name tell whether it answers this question; the
+// identifier, which is always the same, is not looked at.
 ADns::Progress ADns::ReadAnswer(int error, std::vector<DnsRecord>& records) {
     logger_->Log("OnReceive", LogLevel::kTrace,
                  "There is data to pull from socket (Error Code = %lu)",
@@ -177,6 +184,11 @@ ADns::Progress ADns::ReadAnswer(int error, std::vector<DnsRecord>& records) {
         logger_->Log("OnReceive", LogLevel::kTrace, "There is no data to pull from socket");
         return Progress::kWaiting;
     }
+    if (!WasAsked(sender, port)) {
+        logger_->Log("OnReceive", LogLevel::kWarning, "Ignoring an answer of %s, port %lu.",
+                     sender.GetText().c_str(), static_cast<unsigned long>(port));
+        return Progress::kWaiting;
+    }
     auto reply = ParseDnsReply({datagram, size});
     if (!reply || reply->question != name_) {
         return Progress::kWaiting;
@@ -188,6 +200,15 @@ ADns::Progress ADns::ReadAnswer(int error, std::vector<DnsRecord>& records) {
     // Another server may know more.
     ++emptyAnswers_;
     return emptyAnswers_ < servers_.size() ? Progress::kWaiting : Progress::kSucceeded;
+}
+
+// Whoever can send datagrams here could answer for any name otherwise (RFC 5452, section 9.1).
+bool ADns::WasAsked(const IpAddress& server, std::uint16_t port) const {
+    return port == kDnsPort &&
+           std::any_of(servers_.begin(), servers_.end(), [&](const std::string& text) {
+               const IpAddress asked(text);
+               return asked.IsValid() && asked == server;
+           });
 }
 
 std::vector<DnsRecord> ADns::TakeRecords(DnsReply& reply) const {
@@ -214,21 +235,17 @@ std::vector<DnsRecord> ADns::TakeRecords(DnsReply& reply) const {
 
 // Ends the look-up and calls the callback, if nobody has before.
 bool ADns::Report(bool success, const std::vector<DnsRecord>& records) {
-    Recipient recipient{};
-    {
-        MutexLock lock(&mutex_);
-        recipient = TakeRecipient();
-    }
-    if (!recipient.callback) {
+    const auto recipient = TakeRecipient();
+    if (!recipient) {
         return false;
     }
     socket_->Close(true);
-    Tell(recipient, success, records);
+    Tell(*recipient, success, records);
     return true;
 }
 
-ADns::Recipient ADns::TakeRecipient() {
-    return {std::exchange(reported_, true) ? nullptr : callback_, parameter_};
+std::unique_ptr<ADns::Recipient> ADns::TakeRecipient() {
+    return std::unique_ptr<Recipient>(recipient_.exchange(nullptr));
 }
 
 // Nothing of the object is touched after the callback, which may have released it.
@@ -242,21 +259,17 @@ void ADns::Tell(const Recipient& recipient, bool success, const std::vector<DnsR
                         : "Callback has been notified of error.");
 }
 
-// This event alone is never dropped, because nothing else would let the next look-up begin; the
-// mutex is held for moments only.
+// This event alone is never dropped, because nothing else would let the next look-up begin.
 void ADns::OnClose(void* /*context*/, int error) {
-    Recipient recipient{};
-    {
-        MutexLock lock(&mutex_);
-        logger_->Log("OnClose", LogLevel::kTrace,
-                     "The socket is closed, no longer pending (Error Code = %lu)",
-                     static_cast<unsigned long>(error));
-        busy_ = false;
-        recipient = TakeRecipient();
-    }
-    // The layer may close the socket under a look-up that has not ended.
-    if (recipient.callback) {
-        Tell(recipient, false, {});
+    logger_->Log("OnClose", LogLevel::kTrace,
+                 "The socket is closed, no longer pending (Error Code = %lu)",
+                 static_cast<unsigned long>(error));
+    // The layer may close the socket under a look-up that has not ended. Its recipient is taken
+    // before the next look-up can begin.
+    const auto recipient = TakeRecipient();
+    busy_ = false;
+    if (recipient) {
+        Tell(*recipient, false, {});
     }
 }
 

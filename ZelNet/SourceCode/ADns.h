@@ -12,6 +12,7 @@
 #include "ZelNet/SourceCode/IpAddress.h"
 #include "ZelNet/SourceCode/UdpNonBlockingClientSocket.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +34,8 @@ public:
 
     // Null when the system cannot provide one.
     static std::unique_ptr<ADns> Create();
+    // The same over a socket that is not open yet; tests put their own here.
+    static std::unique_ptr<ADns> Create(std::shared_ptr<UdpNonBlockingClientSocket> socket);
     // Aborts a look-up, and waits for a callback that is running on another thread.
     ~ADns();
     ADns(const ADns&) = delete;
@@ -44,13 +47,14 @@ public:
     // The servers' dotted addresses; "0.0.0.0" is left out. False during a look-up.
     bool SetDnsServers(const std::vector<std::string>& servers);
     // Starts a look-up. False, without a callback, when there is no server, when no question can be
-    // made from the name, during a look-up, and when the socket cannot be opened.
+    // made from the name, during a look-up, and when the socket cannot be opened or memory runs
+    // out.
     bool ResolveName(const std::string& name, Callback callback, void* parameter);
     // Ends a look-up with failure. Whether there was one.
     bool Abort();
 
 private:
-    ADns();
+    explicit ADns(std::shared_ptr<UdpNonBlockingClientSocket> socket);
 
     void OnClose(void* context, int error) override;
     void OnReceive(void* context, int error) override;
@@ -61,13 +65,15 @@ private:
     bool SendQuery(int error) ZELBASE_REQUIRES(mutex_);
     enum class Progress { kWaiting, kSucceeded, kFailed };
     Progress ReadAnswer(int error, std::vector<DnsRecord>& records) ZELBASE_REQUIRES(mutex_);
+    bool WasAsked(const IpAddress& server, std::uint16_t port) const ZELBASE_REQUIRES(mutex_);
     std::vector<DnsRecord> TakeRecords(DnsReply& reply) const;
-    // Who is to be told of the look-up's end; the callback is null when that has happened before.
+    // Who is to be told of the look-up's end.
     struct Recipient {
         Callback callback;
         void* parameter;
     };
-    Recipient TakeRecipient() ZELBASE_REQUIRES(mutex_);
+    // Null when the recipient has been told, or need not be.
+    std::unique_ptr<Recipient> TakeRecipient();
     bool Report(bool success, const std::vector<DnsRecord>& records) ZELBASE_EXCLUDES(mutex_);
     void Tell(const Recipient& recipient, bool success, const std::vector<DnsRecord>& records)
         ZELBASE_EXCLUDES(mutex_);
@@ -78,14 +84,13 @@ private:
     ZelBase::WIN32_Mutex mutex_;
     std::vector<std::string> servers_ ZELBASE_GUARDED_BY(mutex_);
     std::string name_ ZELBASE_GUARDED_BY(mutex_);
-    Callback callback_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
-    void* parameter_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
-    // From ResolveName until the socket has closed.
-    bool busy_ ZELBASE_GUARDED_BY(mutex_) = false;
     bool querySent_ ZELBASE_GUARDED_BY(mutex_) = false;
-    // Whether the callback has been called, or need not be.
-    bool reported_ ZELBASE_GUARDED_BY(mutex_) = true;
     std::size_t emptyAnswers_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    // From ResolveName until the socket has closed; it begins under the mutex. The end of a look-up
+    // waits for no lock: it must not get lost, and nobody may hold it up.
+    std::atomic<bool> busy_ = false;
+    // Owned; whoever takes it out tells it.
+    std::atomic<Recipient*> recipient_ = nullptr;
     // Last, so that its callbacks are over before anything else goes.
     std::shared_ptr<UdpNonBlockingClientSocket> socket_;
 };

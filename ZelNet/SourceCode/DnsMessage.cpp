@@ -48,18 +48,34 @@ bool AppendName(std::vector<std::uint8_t>& message, std::string_view name) {
     return true;
 }
 
+// Goes past a name without reading it: behind its first pointer, or behind its terminating zero.
+void SkipName(WireReader& reader) {
+    std::uint8_t length = 0;
+    do {
+        length = reader.ReadU8();
+        if ((length & kPointerMark) == kPointerMark) {
+            reader.Skip(1);
+            return;
+        }
+        if (length > kLongestLabel) {
+            reader.Fail(); // reserved, section 4.1.4
+        }
+        reader.Skip(length);
+    } while (length != 0 && !reader.HasFailed());
+}
+
 // Reads one name, following compression pointers.
 class NameDecoder {
 public:
-    explicit NameDecoder(WireReader& reader) : reader_(reader) {}
+    // The reader is at the name.
+    explicit NameDecoder(WireReader reader) : reader_(reader) {}
 
-    // Leaves the reader after the name: behind the first pointer if there is one, else behind the
-    // terminating zero. A malformed name fails the reader.
-    std::string Decode() {
+    // Nothing when the name is malformed.
+    std::optional<std::string> Decode() {
         while (ReadLabel()) {
         }
-        if (afterFirstPointer_ != 0 && !reader_.HasFailed()) {
-            reader_.Seek(afterFirstPointer_);
+        if (reader_.HasFailed()) {
+            return std::nullopt;
         }
         return std::move(name_);
     }
@@ -72,24 +88,16 @@ private:
         }
         const std::uint8_t length = reader_.ReadU8();
         if ((length & kPointerMark) == kPointerMark) {
-            FollowPointer();
+            // The target is the second byte alone. The six low bits of the first belong to it too,
+            // but are ignored on purpose: names further than 256 bytes into a message are decoded
+            // wrongly, as they always were here. The number of pointers has no limit.
+            reader_.Seek(reader_.ReadU8());
         } else if (length > kLongestLabel) {
-            reader_.Fail(); // reserved, section 4.1.4
+            reader_.Fail(); // reserved
         } else if (length != 0) {
             AppendLabel(reader_.Read(length));
         }
         return length != 0 && !reader_.HasFailed();
-    }
-
-    // The target is the second byte alone. The six low bits of the first belong to it too, but are
-    // ignored on purpose: names further than 256 bytes into a message are decoded wrongly, as they
-    // always were here. The number of pointers has no limit.
-    void FollowPointer() {
-        const std::uint8_t target = reader_.ReadU8();
-        if (afterFirstPointer_ == 0) {
-            afterFirstPointer_ = reader_.Position();
-        }
-        reader_.Seek(target);
     }
 
     void AppendLabel(std::span<const std::uint8_t> label) {
@@ -114,38 +122,37 @@ private:
         return been;
     }
 
-    WireReader& reader_;
+    WireReader reader_;
     std::string name_;
-    std::size_t afterFirstPointer_ = 0;
     std::bitset<kPointerReach> visited_;
 };
 
-std::string DecodeName(WireReader& reader) {
-    return NameDecoder(reader).Decode();
-}
-
-// One resource record, section 4.1.3. Nothing when it is malformed or cut off.
+// One resource record, section 4.1.3. The reader goes on behind the record's data, whatever is in
+// it, and fails where the message is cut off. Nothing when the data cannot be understood.
 std::optional<DnsAnswer> ReadAnswer(WireReader& reader) {
-    DecodeName(reader); // the owner, which may be the name or any of its aliases
+    // The owner is the name that was asked for or one of its aliases. Which one does not matter, so
+    // it may be written in a way that decoding does not follow.
+    SkipName(reader);
     DnsAnswer answer;
     answer.type = reader.ReadU16();
     reader.Skip(2 + 4); // class, time to live
     answer.dataLength = reader.ReadU16();
-    const std::size_t dataStart = reader.Position();
+    const WireReader atData = reader;
     const auto data = reader.Read(answer.dataLength);
+    if (reader.HasFailed()) {
+        return std::nullopt;
+    }
     if (answer.type == kDnsTypeAddress) {
         if (data.size() != sizeof answer.address) {
             return std::nullopt;
         }
         std::memcpy(&answer.address, data.data(), sizeof answer.address);
-    } else if (answer.type == kDnsTypeAlias && !reader.HasFailed()) {
-        const std::size_t next = reader.Position();
-        reader.Seek(dataStart);
-        answer.alias = DecodeName(reader);
-        reader.Seek(next);
-    }
-    if (reader.HasFailed()) {
-        return std::nullopt;
+    } else if (answer.type == kDnsTypeAlias) {
+        auto alias = NameDecoder(atData).Decode();
+        if (!alias) {
+            return std::nullopt;
+        }
+        answer.alias = std::move(*alias);
     }
     return answer;
 }
@@ -173,18 +180,18 @@ std::optional<DnsReply> ParseDnsReply(std::span<const std::uint8_t> message) {
     const std::uint16_t count = reader.ReadU16();
     reader.Seek(kHeaderLength);
     DnsReply reply;
-    reply.question = DecodeName(reader);
+    auto question = NameDecoder(reader).Decode();
+    SkipName(reader);
     reader.Skip(2 + 2); // type and class of the question
-    if (reader.HasFailed()) {
+    if (!question || reader.HasFailed()) {
         return std::nullopt;
     }
+    reply.question = std::move(*question);
     // The count may lie; the message's end is what bounds the loop.
-    for (unsigned index = 0; index < count; ++index) {
-        auto answer = ReadAnswer(reader);
-        if (!answer) {
-            break;
+    for (unsigned index = 0; index < count && !reader.HasFailed(); ++index) {
+        if (auto answer = ReadAnswer(reader)) {
+            reply.answers.push_back(std::move(*answer));
         }
-        reply.answers.push_back(std::move(*answer));
     }
     return reply;
 }

@@ -32,7 +32,8 @@ struct DnsAnswer {
 struct DnsReply {
     // The name that was asked for.
     std::string question;
-    // What could be decoded before the message ended or turned out malformed; unknown types too.
+    // What came before the message ended, unknown types too. An alias that cannot be decoded and an
+    // address that is not four bytes long are left out.
     std::vector<DnsAnswer> answers;
 };
 

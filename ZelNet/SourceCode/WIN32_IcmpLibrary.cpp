@@ -26,7 +26,7 @@ WIN32_IcmpLibrary::Load(std::initializer_list<const char*> names) {
 }
 
 WIN32_IcmpLibrary::~WIN32_IcmpLibrary() {
-    if (handle_ != INVALID_HANDLE_VALUE) {
+    if (closeHandle_ && handle_ != INVALID_HANDLE_VALUE) {
         closeHandle_(handle_);
     }
 }

@@ -73,13 +73,21 @@ bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort, const IpAd
                  LogNumber(handle_));
     life = ++life_;
     closing_ = closeRequested_ = false;
+    closeError_ = 0;
     closed_.Reset();
-    created_ = SelectEvents();
+    try {
+        created_ = SelectEvents();
+    } catch (const std::bad_alloc&) {
+        logger_->Log("Create", LogLevel::kError, "Out of memory.");
+    }
     const bool bind = localPort != 0 || !(localAddress == IpAddress()) || !localAddress.IsValid();
     if (created_ && bind && !BindHandle(localPort, localAddress)) {
         logger_->Log("Create", LogLevel::kError, "Bind failed.");
         created_ = false;
     }
+    // Until FinishClose no other thread opens the socket anew: an event of this life could reach
+    // the next one's listener.
+    closing_ = !created_;
     return created_;
 }
 
@@ -128,6 +136,11 @@ bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
     unsigned life = kNoLife;
     {
         MutexLock lock(&mutex_);
+        // Every socket is closed once more when it is released. That is no call worth a trace when
+        // there is nothing to close.
+        if (handle_ == INVALID_SOCKET) {
+            return false;
+        }
         TraceCall("Close");
         life = life_;
     }
@@ -157,16 +170,16 @@ bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
     if (place.thread) {
         place.thread->PostOnClose(place);
     } else {
-        CloseNow(life);
+        CloseNow(life, 0);
     }
     return true;
 }
 
 // Calls the close handler until it could do its work; it drops the call when the mutex is busy.
 // Only the thread that does this can end the life and let the next begin.
-void WIN32_NonBlockingSocket::CloseNow(unsigned life) {
+void WIN32_NonBlockingSocket::CloseNow(unsigned life, int error) {
     do {
-        OnClose(0);
+        OnClose(error);
     } while (!IsOver(life) && !closed_.Wait(kCloseTimeoutMs, nullptr));
 }
 
@@ -251,6 +264,7 @@ void WIN32_NonBlockingSocket::BeginDelivery(Delivery& delivery) {
 void WIN32_NonBlockingSocket::EndDelivery(const Delivery& delivery) {
     const unsigned life = delivery.life;
     bool close = false;
+    int error = 0;
     {
         MutexLock lock(&mutex_);
         Delivery** link = &deliveries_;
@@ -261,10 +275,15 @@ void WIN32_NonBlockingSocket::EndDelivery(const Delivery& delivery) {
         if (awaitingThread_ != 0 && !IsDeliveredBesides(awaitingThread_)) {
             alone_.Set();
         }
+        if (delivery.failed && IsLiving(life)) {
+            closeRequested_ = true;
+            closeError_ = WSAENOBUFS;
+        }
         close = closeRequested_ && IsLiving(life) && !IsDelivered(life);
+        error = closeError_;
     }
     if (close) {
-        CloseNow(life);
+        CloseNow(life, error);
     }
 }
 

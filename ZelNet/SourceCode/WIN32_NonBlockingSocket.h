@@ -15,6 +15,9 @@
 //    whose end forgets the listener and closes the socket (see MakeSocket).
 // 5. A close that comes while a delivery of the same life runs is carried out at its end: nothing
 //    can get lost between a busy slot and the queue.
+// 6. An exception that leaves a listener closes the socket: what the listener has missed would
+// leave
+//    its operation waiting, or make it succeed with less than there was.
 
 #include "ZelBase/MutexLock.h"
 #include "ZelBase/WIN32_Event.h"
@@ -79,7 +82,9 @@ protected:
         try {
             call();
         } catch (...) {
-            logger_->Log("Deliver", ZelBase::LogLevel::kError, "Uncaught exception in a listener.");
+            logger_->Log("Deliver", ZelBase::LogLevel::kError,
+                         "Uncaught exception in a listener. Closing the socket.");
+            delivery.failed = true;
         }
         EndDelivery(delivery);
     }
@@ -108,12 +113,13 @@ private:
     struct Delivery {
         DWORD thread = GetCurrentThreadId();
         unsigned life = kNoLife;
+        bool failed = false;
         Delivery* next = nullptr;
     };
 
     bool SelectEvents() ZELBASE_REQUIRES(mutex_);
     SocketPlace Discard() ZELBASE_REQUIRES(mutex_);
-    void CloseNow(unsigned life) ZELBASE_EXCLUDES(mutex_);
+    void CloseNow(unsigned life, int error) ZELBASE_EXCLUDES(mutex_);
     bool IsOver(unsigned life) ZELBASE_EXCLUDES(mutex_);
     void BeginDelivery(Delivery& delivery) ZELBASE_REQUIRES(mutex_);
     void EndDelivery(const Delivery& delivery) ZELBASE_EXCLUDES(mutex_);
@@ -129,6 +135,8 @@ private:
     bool closing_ ZELBASE_GUARDED_BY(mutex_) = false;
     // That life shall end with its delivery.
     bool closeRequested_ ZELBASE_GUARDED_BY(mutex_) = false;
+    // Winsock's code for why, 0 when it was asked for.
+    int closeError_ ZELBASE_GUARDED_BY(mutex_) = 0;
     Delivery* deliveries_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
     // The thread that waits until no other one delivers; 0 for none.
     DWORD awaitingThread_ ZELBASE_GUARDED_BY(mutex_) = 0;

@@ -461,7 +461,9 @@ void WIN32_SocketEventThread::CallListener(Slot& slot, std::uint64_t id, Call ca
     try {
         call(*listener);
     } catch (...) {
-        logger_->Log("Run", LogLevel::kError, "Uncaught exception in a socket callback.");
+        logger_->Log("Run", LogLevel::kError,
+                     "Uncaught exception in a socket callback. Closing the socket.");
+        listener->OnClose(WSAENOBUFS);
     }
 }
 

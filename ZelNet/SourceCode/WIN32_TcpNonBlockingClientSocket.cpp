@@ -92,8 +92,13 @@ bool WIN32_TcpNonBlockingClientSocket::Connect(const std::string& host, std::uin
         return false;
     }
     const std::uint32_t address = inet_addr(host.c_str());
-    return EndConnecting(life, address != INADDR_NONE ? StartConnect(address, life) == 0
-                                                      : Resolve(host, life));
+    bool underWay = false;
+    try {
+        underWay = address != INADDR_NONE ? StartConnect(address, life) == 0 : Resolve(host, life);
+    } catch (const std::bad_alloc&) {
+        logger_->Log("Connect", LogLevel::kError, "Out of memory.");
+    }
+    return EndConnecting(life, underWay);
 }
 
 bool WIN32_TcpNonBlockingClientSocket::Connect(const IpAddress& address, std::uint16_t port) {
@@ -178,8 +183,9 @@ bool WIN32_TcpNonBlockingClientSocket::Resolve(const std::string& host, unsigned
     pending->resolver = resolver;
     {
         MutexLock lock(&mutex_);
-        if (!IsLiving(life)) {
-            return false; // closed meanwhile
+        // A close that has begun has taken the resolver to abort already, and takes no second one.
+        if (!IsLiving(life) || !connecting_) {
+            return false;
         }
         pending->place = place_;
         resolver_ = resolver;

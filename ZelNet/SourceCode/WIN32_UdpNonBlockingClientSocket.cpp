@@ -19,16 +19,24 @@ bool WIN32_UdpNonBlockingClientSocket::Create(UdpNonBlockingSocketListener* list
                                               const IpAddress& localAddress) {
     AwaitClosing();
     unsigned life = kNoLife;
+    SocketPlace place;
     {
         MutexLock lock(&mutex_);
         TraceCall("Create");
         if (Open(SOCK_DGRAM, localPort, localAddress, life)) {
             listener_ = listener;
-            return true;
+            place = place_;
         }
     }
-    FinishClose(life);
-    return false;
+    if (!place.thread) {
+        FinishClose(life);
+        return false;
+    }
+    // Datagrams can be sent at once, but the system promises to say so (FD_WRITE) for a connection
+    // and after a send that was refused only. By now the listener may have released the socket; a
+    // slot that is too busy to take this is busy with telling the same.
+    place.thread->PostOnSend(place);
+    return true;
 }
 
 bool WIN32_UdpNonBlockingClientSocket::Bind(std::uint16_t port, const IpAddress& address) {

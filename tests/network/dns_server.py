@@ -68,6 +68,13 @@ def other_questions_first(query):
             reply(query, address("10.0.0.7"))]
 
 
+def forged(query):
+    """From an address and from a port that nobody asked; then the true one."""
+    return [("127.0.0.23", 53, reply(query, address("10.0.0.66"))),
+            ("127.0.0.22", 0, reply(query, address("10.0.0.67"))),
+            reply(query, address("10.0.0.7"))]
+
+
 def lower_case(query):
     return [reply(query, address("10.0.0.7"), question=query[12:question_end(query)].lower())]
 
@@ -100,6 +107,7 @@ BEHAVIOURS = {
     "identity": (silent, giving(SEVEN, identifier=b"\xab\xcd")),
     "cut": (silent, giving(SEVEN, SEVEN[:12])),
     "counts": (silent, giving(record(TEXT, b"\2hi"), SEVEN, count=0xFFFF)),
+    "forged": (silent, forged),
     "hostile": (hostile, after(0.3, giving(SEVEN))),
     "loop": (LOOPING_OWNER, LOOPING_OWNER),
     "slow": (after(0.3, giving(SEVEN)), silent),
@@ -117,10 +125,19 @@ def behaviour_for(query, index):
     return BEHAVIOURS.get(label, (DEFAULT, DEFAULT))[index]
 
 
+def send_from(source, datagram, client):
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as stranger:
+        stranger.bind(source)
+        stranger.sendto(datagram, client)
+
+
 def answer(server, client, query, index):
     try:
         for datagram in behaviour_for(query, index)(query):
-            server.sendto(datagram, client)
+            if isinstance(datagram, tuple):
+                send_from(datagram[:2], datagram[2], client)
+            else:
+                server.sendto(datagram, client)
     except (IndexError, OSError) as problem:
         print(f"{client}: {problem}", file=sys.stderr)
 

@@ -77,6 +77,7 @@ TEST_F(NamespaceDnsTest, TakesTheFirstUsefulAnswer) {
         {"identity.example", "ok 10.0.0.7"},
         {"cut.example", "ok 10.0.0.7"},
         {"counts.example", "ok 10.0.0.7"},
+        {"forged.example", "ok 10.0.0.7"},
         {"hostile.example", "ok 10.0.0.7"},
         {"loop.example", "ok"},
     };
@@ -271,6 +272,16 @@ TEST_F(NamespaceConnectTest, CanBeClosedAndReleasedWhileResolving) {
     EXPECT_FALSE(socket->Connect("127.0.0.1", 1));
     EXPECT_TRUE(socket->Close(false));
     EXPECT_EQ(listener.Await("close:0"), "close:0");
+    for (DWORD round = 0; round < 50; ++round) {
+        ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+        const auto closing = ZelBase::ModulePin::StartThread([&socket, round] {
+            Sleep(round % 4);
+            socket->Close(false);
+        });
+        socket->Connect("silent.example", 1); // a look-up may just be beginning
+        WaitForSingleObject(closing.Get(), kPatienceMs);
+        listener.Await("close:0", 2 + static_cast<int>(round));
+    }
     for (int round = 0; round < 20; ++round) {
         ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
         ASSERT_TRUE(socket->Connect(round % 2 == 0 ? "silent.example" : "local.example", 1));

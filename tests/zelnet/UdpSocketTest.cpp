@@ -58,12 +58,16 @@ TEST_F(UdpSocketTest, SendsAndReceivesDatagrams) {
 
 TEST_F(UdpSocketTest, CanBeClosedAndReleasedInEveryCallback) {
     for (const std::string callback : {"send", "receive", "close"}) {
-        for (const std::string how : {"close now", "close later", "release", "open again"}) {
+        for (const std::string how :
+             {"close now", "close later", "release", "open again", "throw"}) {
             const std::uint16_t port = UnusedUdpPort();
             Echo listener;
             Echo second;
             auto udp = UdpNonBlockingClientSocket::Create();
             listener.words_.On(callback, [&](void*) {
+                if (how == "throw") {
+                    throw std::bad_alloc();
+                }
                 if (how == "release") {
                     udp.reset();
                 } else if (how == "open again") {
@@ -78,6 +82,12 @@ TEST_F(UdpSocketTest, CanBeClosedAndReleasedInEveryCallback) {
                 udp->SendTo("127.0.0.1", port, "self", 4);
             } else if (callback == "close") {
                 udp->Close(false);
+            }
+            if (how == "throw") { // a listener that fails must hear the end, unless it was that
+                listener.words_.Await(callback == "close" ? "send:0" : "close:3");
+                EXPECT_EQ(listener.words_.Count("close:3"), callback == "close" ? 0 : 1)
+                    << listener.words_.Words();
+                continue;
             }
             const bool told = how != "release" || callback == "close";
             listener.words_.Await(told ? "close:0" : callback + ":0");
