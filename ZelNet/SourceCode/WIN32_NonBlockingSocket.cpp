@@ -166,7 +166,6 @@ bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
             place = place_;
         }
     }
-    // A post that a busy slot refuses is made good by the delivery that keeps the slot busy.
     if (place.thread) {
         place.thread->PostOnClose(place);
     } else {

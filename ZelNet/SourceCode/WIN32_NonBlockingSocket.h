@@ -14,10 +14,10 @@
 // 4. The slot keeps the object alive, and so does each call. The user's reference is another one
 //    whose end forgets the listener and closes the socket (see MakeSocket).
 // 5. A close that comes while a delivery of the same life runs is carried out at its end: nothing
-//    can get lost between a busy slot and the queue.
+//    can get lost between a busy slot and the queue. The event thread repeats a posted close until
+//    the socket has left its slot.
 // 6. An exception that leaves a listener closes the socket: what the listener has missed would
-// leave
-//    its operation waiting, or make it succeed with less than there was.
+//    leave its operation waiting, or make it succeed with less than there was.
 
 #include "ZelBase/MutexLock.h"
 #include "ZelBase/WIN32_Event.h"

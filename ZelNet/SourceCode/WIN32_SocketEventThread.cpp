@@ -227,8 +227,15 @@ void WIN32_SocketEventThread::RemoveSocket(const SocketPlace& place) {
     }
 }
 
-bool WIN32_SocketEventThread::PostOnClose(const SocketPlace& place) {
-    return Post(place, {PostedType::kClose, kNoValue});
+void WIN32_SocketEventThread::PostOnClose(const SocketPlace& place) {
+    if (Post(place, {PostedType::kClose, kNoValue})) {
+        return;
+    }
+    auto& late = slots_[place.slot].lateClose;
+    std::uint64_t newest = late;
+    while (newest < place.id && !late.compare_exchange_weak(newest, place.id)) {
+    }
+    SetEvent(changeEvent_.Get());
 }
 
 bool WIN32_SocketEventThread::PostOnConnect(const SocketPlace& place) {
@@ -339,14 +346,16 @@ void WIN32_SocketEventThread::DeliverPosted(Slot& slot) {
         posted = std::exchange(slot.posted, PostedQueue());
         id = slot.id;
     }
-    for (std::size_t index = 0; index < posted.count; ++index) {
+    bool close = slot.lateClose == id;
+    for (std::size_t index = 0; index < posted.count && !close; ++index) {
         const PostedEvent event = posted.events[index];
         logger_->Log("Run", LogLevel::kTrace, "Processing post event for event: %lu",
                      static_cast<unsigned long>(event.type));
         CallListener(slot, id, [&](WIN32_SocketEventThreadListener& listener) {
             switch (event.type) {
             case PostedType::kClose:
-                return listener.OnClose(0);
+                close = true; // see below
+                return;
             case PostedType::kConnect:
                 return listener.OnConnect(0);
             case PostedType::kSend:
@@ -355,6 +364,20 @@ void WIN32_SocketEventThread::DeliverPosted(Slot& slot) {
                 return listener.FinishConnect(event.value);
             }
         });
+    }
+    if (close) {
+        DeliverClose(slot, id);
+    }
+}
+
+// A socket whose lock is busy for long drops the event, as it does with all others. This one is
+// delivered again until the socket has left.
+void WIN32_SocketEventThread::DeliverClose(Slot& slot, std::uint64_t id) {
+    CallListener(slot, id, [](WIN32_SocketEventThreadListener& listener) { listener.OnClose(0); });
+    MutexLock lock(&slot.mutex);
+    if (slot.inUse && slot.id == id) {
+        slot.lateClose = id;
+        SetEvent(changeEvent_.Get());
     }
 }
 

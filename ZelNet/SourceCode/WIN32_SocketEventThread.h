@@ -69,9 +69,11 @@ public:
     // waits for one that is running. A place that is no longer the socket's is ignored.
     void RemoveSocket(const SocketPlace& place);
 
+    // Queues OnClose, unless the socket has left its place. A slot that was busy for half a second,
+    // or whose queue is full, is closed when it has time: nothing else would end the socket.
+    void PostOnClose(const SocketPlace& place);
     // Queue a callback. False when the socket has left its place, when the slot was busy for half a
     // second, and when the queue is full.
-    bool PostOnClose(const SocketPlace& place);
     bool PostOnConnect(const SocketPlace& place);
     bool PostOnSend(const SocketPlace& place);
     bool PostFinishConnect(const SocketPlace& place, std::uint32_t address);
@@ -108,6 +110,8 @@ private:
         SOCKET socket ZELBASE_GUARDED_BY(mutex) = INVALID_SOCKET;
         std::uint64_t id ZELBASE_GUARDED_BY(mutex) = 0;
         PostedQueue posted ZELBASE_GUARDED_BY(mutex);
+        // The newest place whose close could not be queued.
+        std::atomic<std::uint64_t> lateClose = 0;
     };
     struct WaitList;
     struct Signalled;
@@ -123,6 +127,7 @@ private:
     void BuildWaitList(WaitList& list);
     void DeliverPosted();
     void DeliverPosted(Slot& slot);
+    void DeliverClose(Slot& slot, std::uint64_t id);
     bool ServeSocket(const WaitList& list, DWORD position);
     void LogUnmatchedEvent();
     bool EnumerateEvents(Slot& slot, Signalled& signalled, bool& goOn);

@@ -102,5 +102,25 @@ TEST_F(UdpSocketTest, CanBeClosedAndReleasedInEveryCallback) {
     EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
 }
 
+// Whoever holds the log's mutex makes the event thread wait with the slot locked.
+TEST_F(UdpSocketTest, LosesNoCloseToABusySlot) {
+    const ZelBase::UniqueHandle log(
+        OpenMutexA(SYNCHRONIZE, FALSE, "Global\\ZelKit::WIN32_Logger::Mutex2"));
+    ASSERT_TRUE(log);
+    const std::uint16_t port = UnusedUdpPort();
+    Echo listener;
+    const auto udp = UdpNonBlockingClientSocket::Create();
+    ASSERT_TRUE(udp->Create(&listener, port, LoopbackAddress()));
+    listener.words_.Await("send:0");
+    Sleep(50); // for the thread to settle
+    ASSERT_EQ(WaitForSingleObject(log.Get(), kPatienceMs), WAIT_OBJECT_0);
+    EXPECT_EQ(udp->SendTo("127.0.0.1", port, "self", 4), 4u);
+    Sleep(50); // for the thread to look into it
+    EXPECT_TRUE(udp->Close(false));
+    ReleaseMutex(log.Get());
+    listener.words_.Await("close:0");
+    EXPECT_EQ(listener.words_.Count("close:0"), 1) << listener.words_.Words();
+}
+
 } // namespace
 } // namespace ZelNet
