@@ -91,6 +91,16 @@ TEST_F(LogText, OfTheSocketLayerAndTcp) {
                "OnClose|3|Calling closesocket() on socket *."});
 }
 
+TEST_F(LogText, OfASocketThatIsNotOpen) {
+    {
+        SocketLayerScope layer;
+        const auto socket = TcpNonBlockingClientSocket::Create();
+        EXPECT_FALSE(socket->Close(true));
+    }
+    ExpectAll("DEBUG", {"UninitializeSockets|3|Count = 0"}); // all before it is collected, too
+    EXPECT_FALSE(traces_.Has("WIN32_TcpNonBlockingClientSocket|Close|3|Calling Close.", 0));
+}
+
 TEST_F(LogText, OfUdp) {
     SocketLayerScope layer;
     class : public UdpNonBlockingSocketListener {

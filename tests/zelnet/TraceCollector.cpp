@@ -8,7 +8,6 @@ namespace ZelNet {
 namespace {
 
 constexpr DWORD kLookMs = 2;
-constexpr int kPatienceMs = 5000;
 
 // "*" takes everything but blanks.
 bool Matches(const char* pattern, const char* text) {
@@ -58,11 +57,11 @@ void TraceCollector::Collect() {
     ReleaseMutex(ring_.Mutex());
 }
 
-bool TraceCollector::Has(const std::string& pattern) {
+bool TraceCollector::Has(const std::string& pattern, int patienceMs) {
     const auto isIt = [&](const std::string& record) {
         return Matches(pattern.c_str(), record.c_str());
     };
-    for (int waited = 0; waited < kPatienceMs; waited += 20) {
+    for (int waited = 0; waited <= patienceMs; waited += 20) {
         {
             const std::lock_guard lock(mutex_);
             if (std::any_of(records_.begin(), records_.end(), isIt)) {

@@ -18,7 +18,7 @@ public:
 
     // Whether a record like "Component|Function|3|text" has come, waiting a while for it; "*"
     // stands for a number or a name.
-    bool Has(const std::string& pattern);
+    bool Has(const std::string& pattern, int patienceMs = 5000);
 
 private:
     void Collect();
