@@ -1,11 +1,11 @@
 #include "ZelBase/LogRing.h"
 
 #include <cstring>
+#include <new>
 
 namespace ZelBase {
 namespace {
 
-constexpr DWORD kWriteTimeoutMs = 1000;
 constexpr char kEventName[] = "ZelKit::WIN32_Logger::Event2";
 constexpr char kMutexName[] = "ZelKit::WIN32_Logger::Mutex2";
 constexpr char kSectionName[] = "ZelKit::WIN32_Logger::Mapping2";
@@ -35,9 +35,23 @@ std::uint32_t Now() noexcept {
     return static_cast<std::uint32_t>(units / kUnitsPerSecond - kSecondsFrom1601To1970);
 }
 
-class NameSpace {
+// Somebody else may have made the section: smaller, which the mapping has refused already, or of
+// addresses without memory behind them, on which a write would end the process.
+bool IsWritable(const void* view) noexcept {
+    MEMORY_BASIC_INFORMATION memory = {};
+    return VirtualQuery(view, &memory, sizeof memory) == sizeof memory &&
+           memory.State == MEM_COMMIT && (memory.Protect & PAGE_READWRITE) != 0 &&
+           memory.RegionSize >= sizeof(LogSection);
+}
+
+} // namespace
+
+// How the objects of a place are named and protected.
+class LogRing::NameSpace {
 public:
-    NameSpace() noexcept : global_(HasGlobalNamespace()) {
+    explicit NameSpace(Place place) noexcept
+        : global_(place == Place::kMachine && HasGlobalNamespace()),
+          named_(place != Place::kProcess) {
         // An empty access list that is present lets nobody in, an absent one everybody: services
         // and users of all accounts share the ring.
         InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION);
@@ -46,53 +60,70 @@ public:
     }
     SECURITY_ATTRIBUTES* Security() noexcept { return global_ ? &attributes_ : nullptr; }
 
-    // The full name of an object; valid until the next call.
+    // The full name of an object, null if it has none; valid until the next call.
     const char* Name(const char* name) noexcept {
         std::strcpy(name_, global_ ? "Global\\" : "");
-        return std::strcat(name_, name);
+        return named_ ? std::strcat(name_, name) : nullptr;
     }
 
 private:
-    bool global_;
+    const bool global_;
+    const bool named_;
     SECURITY_DESCRIPTOR descriptor_ = {};
     SECURITY_ATTRIBUTES attributes_ = {};
     char name_[64] = {};
 };
 
-} // namespace
+LogRing::Result LogRing::Open(Place place, DWORD patienceMs,
+                              std::unique_ptr<LogRing>& ring) noexcept {
+    std::unique_ptr<LogRing> opened(new (std::nothrow) LogRing(place));
+    const Result result = opened ? opened->OpenObjects(patienceMs) : Result::kRefused;
+    if (result == Result::kOpened) {
+        ring = std::move(opened);
+    }
+    return result;
+}
 
-LogRing::LogRing() noexcept {
-    NameSpace names;
+// Since Windows Vista ordinary accounts may not make a section for all sessions, and anybody may
+// have put something else in the place of any object. A log that only the session sees is better
+// than none, without which there would be no thread and no socket either.
+LogRing::Result LogRing::OpenShared(DWORD patienceMs, std::unique_ptr<LogRing>& ring) noexcept {
+    const Result result = Open(Place::kMachine, patienceMs, ring);
+    return result == Result::kRefused ? Open(Place::kSession, patienceMs, ring) : result;
+}
+
+LogRing::Result LogRing::OpenObjects(DWORD patienceMs) noexcept {
+    NameSpace names(place_);
     event_.Reset(CreateEventA(names.Security(), TRUE, FALSE, names.Name(kEventName)));
     if (!event_) {
-        return;
+        return Result::kRefused;
     }
     mutex_.Reset(CreateMutexA(names.Security(), FALSE, names.Name(kMutexName)));
     if (!mutex_) {
-        return;
+        return Result::kRefused;
     }
-    if (!Acquired(WaitForSingleObject(mutex_.Get(), INFINITE))) {
-        mutex_.Reset();
-        return;
+    if (!Acquired(WaitForSingleObject(mutex_.Get(), patienceMs))) {
+        return Result::kLocked;
     }
-    OpenSection(names.Name(kSectionName), names.Security());
+    const bool opened = OpenSection(names);
     ReleaseMutex(mutex_.Get());
+    return opened ? Result::kOpened : Result::kRefused;
 }
 
 // Called with the mutex held, so that no one sees a section without its header.
-void LogRing::OpenSection(const char* name, SECURITY_ATTRIBUTES* security) noexcept {
-    section_.Reset(CreateFileMappingA(INVALID_HANDLE_VALUE, security, PAGE_READWRITE, 0,
-                                      sizeof(LogSection), name));
-    const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+bool LogRing::OpenSection(NameSpace& names) noexcept {
+    section_.Reset(CreateFileMappingA(INVALID_HANDLE_VALUE, names.Security(), PAGE_READWRITE, 0,
+                                      sizeof(LogSection), names.Name(kSectionName)));
+    isNew_ = section_ && GetLastError() != ERROR_ALREADY_EXISTS;
     if (!section_) {
-        return;
+        return false;
     }
     view_.Reset(MapViewOfFile(section_.Get(), FILE_MAP_WRITE, 0, 0, sizeof(LogSection)));
-    auto* section = static_cast<LogSection*>(view_.Get());
-    if (!section) {
-        return;
+    if (!view_ || !IsWritable(view_.Get())) {
+        return false;
     }
-    if (!existed) {
+    auto* section = static_cast<LogSection*>(view_.Get());
+    if (isNew_) {
         std::memset(section, 0, sizeof *section);
     }
     // An old section without size is that of a process which died between making and filling it.
@@ -100,16 +131,17 @@ void LogRing::OpenSection(const char* name, SECURITY_ATTRIBUTES* security) noexc
         section->totalSize = sizeof *section;
         section->slotCount = kLogSlotCount;
     }
+    return true;
 }
 
-bool LogRing::IsValid() const noexcept {
-    return mutex_ && section_ && view_ && event_;
-}
-
-bool LogRing::Write(LogRecord& record) noexcept {
-    if (!IsValid() || !Acquired(WaitForSingleObject(mutex_.Get(), kWriteTimeoutMs))) {
+// Nobody may stop this process by keeping the ring locked, as one does that stands in a debugger or
+// in a crash dialog: it costs one wait in all and not one for each record.
+bool LogRing::Write(LogRecord& record, DWORD patienceMs) noexcept {
+    if (!Acquired(WaitForSingleObject(mutex_.Get(), stuck_ ? 0 : patienceMs))) {
+        stuck_ = true;
         return false;
     }
+    stuck_ = false;
     auto* section = static_cast<LogSection*>(view_.Get());
     // An index from outside the ring can only be damage; the ring then starts over at its front.
     const std::uint32_t next = *const_cast<volatile std::uint32_t*>(&section->nextSlot);

@@ -7,6 +7,27 @@
 #include <process.h>
 
 namespace ZelBase {
+namespace {
+
+// A mark that each thread carries or not. Not the compiler's thread-local storage, whose run-time
+// support outlives the module.
+class ThreadMark {
+public:
+    ThreadMark() noexcept : index_(TlsAlloc()) {}
+    ~ThreadMark() { TlsFree(index_); }
+    ThreadMark(const ThreadMark&) = delete;
+    ThreadMark& operator=(const ThreadMark&) = delete;
+
+    void Set() noexcept { TlsSetValue(index_, this); }
+    bool IsSet() const noexcept { return TlsGetValue(index_) == this; }
+
+private:
+    const DWORD index_;
+};
+
+ThreadMark ownThread;
+
+} // namespace
 
 struct ModulePin::StartRecord {
     ModulePin pin;
@@ -47,6 +68,7 @@ unsigned __stdcall ModulePin::Run(void* startRecord) noexcept {
     void* argument = record->argument;
     HMODULE module = record->pin.module_.Release();
     delete record;
+    ownThread.Set();
     FreeLibraryAndExitThread(module, RunRoutine(routine, argument));
 }
 
@@ -54,6 +76,10 @@ void ModulePin::EndThisThread(DWORD exitCode) noexcept {
     // The reference that is taken here is given back at once: the one that counts is the thread's.
     const HMODULE module = ModulePin().module_.Get();
     FreeLibraryAndExitThread(module, exitCode);
+}
+
+bool ModulePin::IsOwnThread() noexcept {
+    return ownThread.IsSet();
 }
 
 DWORD ModulePin::RunRoutine(Routine routine, void* argument) noexcept {

@@ -51,6 +51,10 @@ public:
     // stays so, but the library is given back.
     [[noreturn]] static void EndThisThread(DWORD exitCode) noexcept;
 
+    // Whether the calling thread was started here. Any other one is the host's: a script may be
+    // waiting for what it does.
+    static bool IsOwnThread() noexcept;
+
 private:
     struct StartRecord;
 

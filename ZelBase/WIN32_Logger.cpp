@@ -102,7 +102,7 @@ void WIN32_Logger::SetValue(std::uint32_t value) {
 }
 
 bool WIN32_Logger::IsValid() const {
-    return ring_.IsValid();
+    return log_.IsValid();
 }
 
 template <std::size_t TextSize>
@@ -125,7 +125,7 @@ void WIN32_Logger::WriteRecord(const char* function, LogLevel level, std::uint32
     WriteIdentifier(record.process, GetCurrentProcessId());
     WriteIdentifier(record.thread, GetCurrentThreadId());
     CopyField(record.text, text);
-    ring_.Write(record);
+    log_.Write(record);
     SetLastError(lastError);
 }
 

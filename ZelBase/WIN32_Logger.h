@@ -1,10 +1,10 @@
 #pragma once
 
-// The logger that writes into the machine-wide ring of LogRing.
+// The logger that writes into the log ring of the process.
 
-#include "ZelBase/LogRing.h"
 #include "ZelBase/LogText.h"
 #include "ZelBase/Logger.h"
+#include "ZelBase/ProcessLog.h"
 
 namespace ZelBase {
 
@@ -35,7 +35,7 @@ private:
     void WriteRecord(const char* function, LogLevel level, std::uint32_t value,
                      const char* text) noexcept;
 
-    LogRing ring_;
+    ProcessLog log_;
     char component_[sizeof LogRecord::component] = "GENERAL";
     char function_[sizeof LogRecord::function] = "GENERAL";
     std::uint32_t value_ = 0;

@@ -28,9 +28,10 @@ WIN32_Thread::WIN32_Thread()
     : terminateEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr)),
       queueEvent_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
 
-// The lock is not held meanwhile: a worker that ends in time needs it to say so.
+// The lock is not held meanwhile: a worker that ends in time needs it to say so. Only a thread that
+// is running is said to be terminated: viewers took the record for a worker that had to be stopped.
 WIN32_Thread::~WIN32_Thread() {
-    WIN32_Thread::Terminate(true);
+    End(true, WIN32_Thread::IsRunning());
 }
 
 bool WIN32_Thread::IsValid() const {
@@ -239,7 +240,11 @@ bool WIN32_Thread::Resume() {
 }
 
 bool WIN32_Thread::Terminate(bool hard) {
-    const Run run = RequestTermination(hard);
+    return End(hard, true);
+}
+
+bool WIN32_Thread::End(bool hard, bool isTraced) {
+    const Run run = RequestTermination(hard, isTraced);
     if (run.isCaller) {
         return true;
     }
@@ -254,14 +259,16 @@ bool WIN32_Thread::Terminate(bool hard) {
     return true;
 }
 
-WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard) {
+WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard, bool isTraced) {
     GuardObject guard(this);
     terminateRequested_ = true;
     if (thread_) {
         ResumeFully(thread_->Get());
     }
     suspended_ = false;
-    Trace("Terminate", LogLevel::kTrace, "Terminating thread.");
+    if (isTraced) {
+        Trace("Terminate", LogLevel::kTrace, "Terminating thread.");
+    }
     SetEvent(terminateEvent_.Get());
     SetEvent(queueEvent_.Get());
     return {thread_, hard ? kHardTerminateMs : terminateTimeoutMs_, IsCaller()};

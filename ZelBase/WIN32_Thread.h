@@ -58,7 +58,8 @@ private:
     static DWORD WINAPI ThreadWrapper(void* thread);
     std::uint32_t RunRoutine();
     StartResult Start();
-    Run RequestTermination(bool hard);
+    bool End(bool hard, bool isTraced);
+    Run RequestTermination(bool hard, bool isTraced);
     bool WaitForEnd(HANDLE thread, DWORD timeoutMs);
     bool Kill(HANDLE thread, bool lastTry);
     bool TakeEvent(std::string& name, const char* terminationMessage);

@@ -31,35 +31,42 @@ std::shared_ptr<WIN32_SETManager> WIN32_SETManager::Current() {
     return layer.manager;
 }
 
+// The log is opened and the count logged without the lock: either may take a second when another
+// process keeps the log locked, and a script's thread that counts must not have to wait for that.
 bool WIN32_SETManager::AddUser() {
+    const auto keepsLogOpen = ZelBase::Logger::Create();
     SocketLayer& layer = Layer();
-    CriticalSectionLock guard(layer.lock);
-    ZelBase::Log("InitializeSockets", LogLevel::kTrace, "Count = %d", layer.users + 1);
-    if (!layer.manager) {
-        auto manager = std::make_shared<WIN32_SETManager>();
-        if (!manager->Initialize()) {
-            return false;
+    bool isStarted = true;
+    int users = 0;
+    {
+        CriticalSectionLock guard(layer.lock);
+        users = layer.users + 1;
+        if (!layer.manager) {
+            auto manager = std::make_shared<WIN32_SETManager>();
+            isStarted = manager->Initialize();
+            layer.manager = isStarted ? std::move(manager) : nullptr;
         }
-        layer.manager = std::move(manager);
+        layer.users += isStarted ? 1 : 0;
     }
-    ++layer.users;
-    return true;
+    ZelBase::Log("InitializeSockets", LogLevel::kTrace, "Count = %d", users);
+    return isStarted;
 }
 
 void WIN32_SETManager::RemoveUser() {
     SocketLayer& layer = Layer();
     std::shared_ptr<WIN32_SETManager> last;
+    int users = 0;
     {
         CriticalSectionLock guard(layer.lock);
         if (!layer.manager) {
             return;
         }
-        --layer.users;
-        ZelBase::Log("UninitializeSockets", LogLevel::kTrace, "Count = %d", layer.users);
-        if (layer.users == 0) {
+        users = --layer.users;
+        if (users == 0) {
             last = std::move(layer.manager);
         }
     }
+    ZelBase::Log("UninitializeSockets", LogLevel::kTrace, "Count = %d", users);
     // Without the lock, because it waits for threads whose callbacks may count users themselves.
     if (last) {
         last->Shutdown();

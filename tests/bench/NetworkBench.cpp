@@ -116,14 +116,15 @@ double Seconds(const std::function<void()>& work) {
 }
 
 void CompareDirection(const char* name, LoopbackServer::Does does, const TransferSizes& sizes) {
-    const ZelBase::LogRing ring;
+    std::unique_ptr<ZelBase::LogRing> ring;
+    ZelBase::LogRing::OpenShared(INFINITE, ring);
     double secondsPerMegabyte[2] = {};
     int run = 0;
     for (const int megabytes : {sizes.small, sizes.large}) {
         const size_t bytes = static_cast<size_t>(megabytes) * kMegabyte;
-        const std::uint32_t before = ring.Section().written;
+        const std::uint32_t before = ring->Section().written;
         const double ours = Seconds([&] { LineClient().Run(does, bytes); });
-        const std::uint32_t records = ring.Section().written - before;
+        const std::uint32_t records = ring->Section().written - before;
         const double bare = Seconds([&] { BareClient(does, bytes, 0); });
         const double tracing = Seconds([&] { BareClient(does, bytes, records); });
         std::printf("%3d MB of lines %s: %6.2f s, %.0f lines/s, %.2f MB/s, %u trace records\n",

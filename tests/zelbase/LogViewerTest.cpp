@@ -39,7 +39,9 @@ std::vector<std::string> Columns(const std::string& line) {
 std::vector<std::string> AllLines(ChildProcess& child) {
     std::vector<std::string> lines;
     while (const auto line = child.ReadLine()) {
-        lines.push_back(*line);
+        if (!line->starts_with("log_viewer: ")) { // what it says besides
+            lines.push_back(*line);
+        }
     }
     return lines;
 }

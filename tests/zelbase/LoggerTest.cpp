@@ -149,16 +149,29 @@ TEST_F(LoggerTest, GoesOnAfterAProcessDiedWithTheMutex) {
     }
 }
 
-TEST_F(LoggerTest, DropsARecordWhenTheRingStaysLocked) {
-    view_->Lock();
-    const DWORD start = GetTickCount();
-    UniqueHandle writer = ModulePin::StartThread([this] { logger_->Log("dropped"); });
-    ASSERT_EQ(WaitForSingleObject(writer.Get(), 20000), WAIT_OBJECT_0);
-    EXPECT_GE(GetTickCount() - start, 950u);
-    view_->Unlock();
-    EXPECT_TRUE(view_->RecordsOf(component_).empty());
-    logger_->Log("not dropped");
-    EXPECT_EQ(Newest().text, "not dropped");
+// Only the first of many records is waited for, and by a thread of the host hardly at all.
+TEST_F(LoggerTest, DropsRecordsWhileTheRingStaysLocked) {
+    const auto log = [](void* logger) -> DWORD {
+        for (int i = 0; i < 20; ++i) {
+            static_cast<Logger*>(logger)->Log("dropped");
+        }
+        return 0;
+    };
+    Logger* const logger = logger_.get();
+    for (const bool isOwn : {true, false}) {
+        view_->Lock();
+        const DWORD start = GetTickCount();
+        const UniqueHandle writer =
+            isOwn ? ModulePin::StartThread(log, logger)
+                  : UniqueHandle(CreateThread(nullptr, 0, log, logger, 0, nullptr));
+        ASSERT_EQ(WaitForSingleObject(writer.Get(), 60000), WAIT_OBJECT_0);
+        const DWORD took = GetTickCount() - start;
+        EXPECT_TRUE(isOwn ? took >= 950 && took < 5000 : took < 900) << took;
+        view_->Unlock();
+        EXPECT_EQ(view_->RecordsOf(component_).size(), isOwn ? 0u : 1u);
+        logger_->Log("not dropped");
+        EXPECT_EQ(Newest().text, "not dropped");
+    }
 }
 
 // Only Wine lets a test choose the system's version.
@@ -185,8 +198,7 @@ TEST_F(LoggerTest, DefaultLoggerFormatsTwiceAndReadsNothingThatNobodyGave) {
     EXPECT_EQ(newest().text, "50% of all");
     EXPECT_EQ(newest().function, "Operation");
     EXPECT_EQ(newest().level, 1u);
-    Log("Operation", LogLevel::kTrace, "free %d%%%%", 50);
-    EXPECT_EQ(newest().text, "free 50%");
+    EXPECT_EQ(ChildProcess::Self("log-by-default").ReadLine(), "3 free 50%");
     // What a server might have sent, on the way into the log.
     own.Log("Operation", LogLevel::kTrace, "[%s]", "%s%S%ls");
     EXPECT_EQ(newest().text, "[]");

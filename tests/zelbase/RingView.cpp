@@ -13,9 +13,10 @@ std::string Field(const unsigned char* field, std::size_t size) {
 
 } // namespace
 
-RingView::RingView()
-    : mutex_(OpenMutexA(SYNCHRONIZE, FALSE, "Global\\ZelKit::WIN32_Logger::Mutex2")),
-      section_(OpenFileMappingA(FILE_MAP_WRITE, FALSE, "Global\\ZelKit::WIN32_Logger::Mapping2")),
+RingView::RingView(const std::string& prefix)
+    : mutex_(OpenMutexA(SYNCHRONIZE, FALSE, (prefix + "ZelKit::WIN32_Logger::Mutex2").c_str())),
+      section_(OpenFileMappingA(FILE_MAP_WRITE, FALSE,
+                                (prefix + "ZelKit::WIN32_Logger::Mapping2").c_str())),
       view_(MapViewOfFile(section_.Get(), FILE_MAP_WRITE, 0, 0, kSize)) {}
 
 std::uint32_t& RingView::Header(std::size_t offset) {

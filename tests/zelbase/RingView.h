@@ -23,8 +23,8 @@ public:
     static constexpr std::uint32_t kSlots = 199;
     static constexpr std::uint32_t kRecordSize = 716;
 
-    // Opens what a logger has made.
-    RingView();
+    // Opens what a logger has made; `prefix` is that of the names.
+    explicit RingView(const std::string& prefix = "Global\\");
 
     bool IsOpen() const { return mutex_ && view_; }
     void Lock() { WaitForSingleObject(mutex_.Get(), INFINITE); }

@@ -1,7 +1,10 @@
 // The test program, and the second processes that its tests start: `--child ROLE ...`.
 
+#include "ZelBase/ADefaultLogger.h"
 #include "ZelBase/Handles.h"
 #include "ZelBase/Logger.h"
+#include "ZelBase/ModulePin.h"
+#include "tests/zelbase/RingView.h"
 
 #include <gtest/gtest.h>
 
@@ -31,12 +34,53 @@ int DieWithMutex() {
     return 1;
 }
 
-// Tells by its exit code what the ring is called here: 1 within the session, 2 across sessions.
+// Which ring a record of ours comes to: 1 the session's, 2 the machine's, 3 our own.
+int RingOf(ZelBase::Logger& logger) {
+    logger.SetComponent("RingOf");
+    logger.Log("written");
+    for (const auto& [prefix, ring] : {std::pair("", 1), std::pair("Global\\", 2)}) {
+        ZelBase::test::RingView view(prefix);
+        if (view.IsOpen() && !view.RecordsOf("RingOf").empty()) {
+            return ring;
+        }
+    }
+    return logger.IsValid() ? 3 : 9;
+}
+
+// In a process of its own, because it keeps the log open.
+int LogByDefault() {
+    ZelBase::Log("Operation", ZelBase::LogLevel::kTrace, "free %d%%%%", 50);
+    for (const auto& record : ZelBase::test::RingView().RecordsOf("DEBUG")) {
+        std::printf("%u %s\n", record.level, record.text.c_str());
+    }
+    return 0;
+}
+
 int NameRing() {
-    const auto logger = ZelBase::Logger::Create();
-    const ZelBase::UniqueHandle local(
-        OpenMutexA(SYNCHRONIZE, FALSE, "ZelKit::WIN32_Logger::Mutex2"));
-    return !logger->IsValid() ? 9 : local ? 1 : 2;
+    return RingOf(*ZelBase::Logger::Create());
+}
+
+// Opens the log on a thread of the library's or on one that is not, and says how many milliseconds
+// that took and which ring it got; one of the library's then logs until the ring is the machine's.
+int MeetLockedRing(bool onOwnThread) {
+    std::unique_ptr<ZelBase::Logger> logger;
+    const DWORD start = GetTickCount();
+    const auto open = [&] { logger = ZelBase::Logger::Create(); };
+    if (onOwnThread) {
+        const auto thread = ZelBase::ModulePin::StartThread(open);
+        WaitForSingleObject(thread.Get(), INFINITE);
+    } else {
+        open();
+    }
+    std::printf("%lu\n", GetTickCount() - start);
+    int ring = RingOf(*logger);
+    std::printf("ring %d\n", ring);
+    std::fflush(stdout);
+    for (int i = 0; onOwnThread && i < 300 && ring == 3; ++i) {
+        Sleep(100);
+        ring = RingOf(*logger);
+    }
+    return ring;
 }
 
 int RunChild(int argc, char** argv) {
@@ -48,6 +92,12 @@ int RunChild(int argc, char** argv) {
     }
     if (argc == 3 && !std::strcmp(argv[2], "name-ring")) {
         return NameRing();
+    }
+    if (argc == 3 && !std::strcmp(argv[2], "log-by-default")) {
+        return LogByDefault();
+    }
+    if (argc == 4 && !std::strcmp(argv[2], "meet-locked-ring")) {
+        return MeetLockedRing(!std::strcmp(argv[3], "own"));
     }
     return 1;
 }

@@ -40,15 +40,19 @@ TEST_F(LogText, OfTheSocketLayerAndTcp) {
         EXPECT_FALSE(socket->GetPeer(peer, port));
         EXPECT_EQ(socket->Send("x", 1), 0u);
         ASSERT_TRUE(socket->Create(&listener, 0, LoopbackAddress(), false));
+        EXPECT_TRUE(socket->Close(false)); // is posted, because nothing is being delivered
+        listener.Await("close:0");
+        ASSERT_TRUE(socket->Create(&listener, 0, LoopbackAddress(), false));
         EXPECT_FALSE(socket->Create(&listener, 0, IpAddress(), false));
         EXPECT_FALSE(socket->Connect("", 1));
         ASSERT_TRUE(socket->Connect("127.0.0.1", server.Port()));
         listener.Await("receive:0");
+        listener.Await("send:0");
         EXPECT_EQ(socket->Peek(buffer, 4), 4u);
         EXPECT_EQ(socket->Receive(buffer, sizeof buffer), 4u);
         EXPECT_EQ(socket->Receive(buffer, sizeof buffer), 0u);
         EXPECT_TRUE(socket->Close(false));
-        listener.Await("close:0");
+        listener.Await("close:0", 2);
         ExpectAll("WIN32_SETManager",
                   {"ReleaseThread|3|Marking thread for self-destruct.  ZelBase::Thread: *, "
                    "Count: 0."});

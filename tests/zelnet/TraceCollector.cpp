@@ -22,9 +22,15 @@ bool Matches(const char* pattern, const char* text) {
     return false;
 }
 
+std::unique_ptr<ZelBase::LogRing> OpenRing() {
+    std::unique_ptr<ZelBase::LogRing> ring;
+    ZelBase::LogRing::OpenShared(INFINITE, ring);
+    return ring;
+}
+
 } // namespace
 
-TraceCollector::TraceCollector() : seen_(ring_.Section().written) {
+TraceCollector::TraceCollector() : ring_(OpenRing()), seen_(ring_->Section().written) {
     thread_ = tervane::test::TestThread([this] {
         while (!ending_) {
             Collect();
@@ -42,8 +48,8 @@ void TraceCollector::Collect() {
     char process[sizeof ZelBase::LogRecord::process];
     std::snprintf(process, sizeof process, "0x%lx", GetCurrentProcessId());
     const std::lock_guard lock(mutex_);
-    WaitForSingleObject(ring_.Mutex(), INFINITE);
-    const ZelBase::LogSection& section = ring_.Section();
+    WaitForSingleObject(ring_->Mutex(), INFINITE);
+    const ZelBase::LogSection& section = ring_->Section();
     const std::uint32_t count = std::min(section.written - seen_, section.slotCount);
     for (std::uint32_t back = count; back > 0; --back) {
         const auto slot = (section.nextSlot + section.slotCount - back) % section.slotCount;
@@ -54,7 +60,7 @@ void TraceCollector::Collect() {
         }
     }
     seen_ = section.written;
-    ReleaseMutex(ring_.Mutex());
+    ReleaseMutex(ring_->Mutex());
 }
 
 bool TraceCollector::Has(const std::string& pattern, int patienceMs) {

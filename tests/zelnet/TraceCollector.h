@@ -23,7 +23,7 @@ public:
 private:
     void Collect();
 
-    ZelBase::LogRing ring_;
+    const std::unique_ptr<ZelBase::LogRing> ring_;
     std::uint32_t seen_ = 0;
     tervane::test::TestMutex mutex_;
     std::set<std::string> records_;

@@ -1,4 +1,4 @@
-// Shows the machine-wide log ring on the console: what is in it, or records as they are written.
+// Shows the log ring on the console: what is in it, or records as they are written.
 
 #include "ZelBase/AnsiText.h"
 #include "ZelBase/LogRing.h"
@@ -10,8 +10,12 @@
 
 namespace {
 
+using ZelBase::LogRing;
+
 constexpr char kUsage[] =
-    "Shows the records of the machine-wide log.\n"
+    "Shows the records of the machine-wide log or, where that cannot be had, of the session's, "
+    "and\n"
+    "says which.\n"
     "\n"
     "usage: log_viewer [dump | follow] [options]\n"
     "  dump              what the log holds, oldest first (default)\n"
@@ -23,26 +27,53 @@ constexpr char kUsage[] =
     "Columns, with a tab between them: time, process, thread, component, function, level, value,\n"
     "text.\n";
 
+constexpr char kLocked[] = "log_viewer: another process keeps the log locked\n";
+
 enum ExitCode { kDone = 0, kNoRing = 1, kUsageError = 2 };
 
-int Dump(LogReader& reader, RecordPrinter& printer) {
+constexpr DWORD kPatienceMs = 2000;
+
+// In the order in which components look for the ring, except that one of the session that is there
+// comes before one of the machine that would be new: it is the one of components that may not make
+// the machine's, which a viewer that was started by an administrator may.
+LogRing::Result OpenRing(std::unique_ptr<LogRing>& ring) {
+    const LogRing::Result result = LogRing::OpenShared(kPatienceMs, ring);
+    if (ring && ring->IsNew() && ring->GetPlace() == LogRing::Place::kMachine) {
+        std::unique_ptr<LogRing> session;
+        LogRing::Open(LogRing::Place::kSession, kPatienceMs, session);
+        if (session && !session->IsNew()) {
+            ring = std::move(session);
+        }
+    }
+    return result;
+}
+
+const char* Name(const LogRing& ring) {
+    return ring.GetPlace() == LogRing::Place::kMachine ? "the machine-wide log"
+                                                       : "the log of this session";
+}
+
+int Dump(const LogRing& ring, RecordPrinter& printer) {
+    LogReader reader(ring);
     LogBatch batch;
     if (!reader.ReadAll(batch)) {
-        std::fputs("log_viewer: another process keeps the log locked\n", stderr);
+        std::fputs(kLocked, stderr);
         return kNoRing;
     }
+    std::fprintf(stderr, "log_viewer: showing %s\n", Name(ring));
     printer.Print(batch);
     return kDone;
 }
 
-int Follow(LogReader& reader, RecordPrinter& printer) {
-    std::fputs("log_viewer: following the log, Ctrl+C ends\n", stderr);
+int Follow(const LogRing& ring, RecordPrinter& printer) {
+    LogReader reader(ring);
+    std::fprintf(stderr, "log_viewer: following %s, Ctrl+C ends\n", Name(ring));
     for (bool wantsMore = true; wantsMore;) {
         LogBatch batch;
         if (reader.WaitForNew(batch)) {
             wantsMore = printer.Print(batch);
         } else {
-            std::fputs("log_viewer: another process keeps the log locked, waiting\n", stderr);
+            std::fputs(kLocked, stderr);
         }
     }
     return kDone;
@@ -54,16 +85,22 @@ int Run(const std::vector<std::string>& arguments) {
         std::fputs(kUsage, stderr);
         return kUsageError;
     }
-    const ZelBase::LogRing ring;
-    if (!ring.IsValid()) {
-        std::fputs("log_viewer: the log cannot be opened or made; an account without the right to "
-                   "create global objects needs another process to have made it\n",
+    std::unique_ptr<LogRing> ring;
+    LogRing::Result result = OpenRing(ring);
+    while (result == LogRing::Result::kLocked && options->follow) {
+        std::fputs(kLocked, stderr);
+        result = OpenRing(ring);
+    }
+    if (!ring) {
+        std::fputs(result == LogRing::Result::kLocked
+                       ? kLocked
+                       : "log_viewer: neither the machine-wide log nor one of this session can be "
+                         "had; each component then writes into one of its own\n",
                    stderr);
         return kNoRing;
     }
-    LogReader reader(ring);
     RecordPrinter printer(*options);
-    return options->follow ? Follow(reader, printer) : Dump(reader, printer);
+    return options->follow ? Follow(*ring, printer) : Dump(*ring, printer);
 }
 
 } // namespace
