@@ -55,7 +55,11 @@ HRESULT AdvisedSink::Deliver(DISPID event, DISPPARAMS& parameters) noexcept {
 }
 
 bool AdvisedSink::DeliverLater(DISPID event, const DISPPARAMS& parameters) noexcept {
-    return !isUnadvised_ && thread_->Queue(*this, event, parameters);
+    const bool isQueued = !isUnadvised_ && thread_->Queue(*this, event, parameters);
+    if (isUnadvised_) {
+        thread_->Forget(*this); // unadvised meanwhile, perhaps before this one was there
+    }
+    return isQueued;
 }
 
 void AdvisedSink::Unadvise() noexcept {

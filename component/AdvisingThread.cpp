@@ -11,6 +11,8 @@ namespace {
 constexpr char kWindowClass[] = "TervaneEvents";
 constexpr UINT kDeliver = WM_USER;
 constexpr size_t kMostWaiting = 10'000;
+// Handlers that dispatch messages let further events in; more than these would fill the stack.
+constexpr int kMostNested = 16;
 
 // The threads that advise at present, or did and have not been forgotten yet.
 struct Threads {
@@ -181,14 +183,19 @@ void AdvisingThread::DeliverFirst() noexcept {
     Events first;
     {
         const ZelBase::CriticalSectionLock lock(mutex_);
-        if (!waiting_.empty()) {
+        if (!waiting_.empty() && nested_ < kMostNested) {
             first.splice(first.end(), waiting_, waiting_.begin());
         }
-        isWoken_ = !waiting_.empty() && Wake();
+        isWoken_ = !waiting_.empty() && nested_ + 1 < kMostNested && Wake();
     }
-    if (!first.empty()) {
-        first.front().Deliver();
+    if (first.empty()) {
+        return;
     }
+    ++nested_;
+    first.front().Deliver();
+    --nested_;
+    const ZelBase::CriticalSectionLock lock(mutex_);
+    isWoken_ = isWoken_ || (!waiting_.empty() && Wake());
 }
 
 LRESULT CALLBACK AdvisingThread::Procedure(HWND window, UINT message, WPARAM wParam,

@@ -65,6 +65,8 @@ private:
     // Keeps the identifier from being given to another thread.
     ZelBase::UniqueHandle thread_;
     HWND window_ = nullptr;
+    // Deliveries that are under way; its own thread's alone.
+    int nested_ = 0;
 
     ZelBase::CriticalSection mutex_;
     // In the order of their firing. They hold this object through their sinks.

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <stdexcept>
 
@@ -262,21 +263,31 @@ TEST(RefusedEvents, KeepTheirOrderAndHoldNobodyUp) {
     SinkArray sinks;
     Add(sinks, engine);
     Add(sinks, ordinary);
-    // A handler that dispatches messages lets the next one in.
-    engine.handler = [&] { DispatchAll(); };
+    // A handler that dispatches messages lets the next one in, but not all of them.
+    int depth = 0;
+    int deepest = 0;
+    engine.handler = [&] {
+        deepest = std::max(deepest, ++depth);
+        test::PumpUntil([] { return false; }, 1);
+        --depth;
+    };
+    std::vector<DISPID> expected;
     OnAnotherThread([&] {
-        for (DISPID event = 1; event <= 3; ++event) {
+        for (DISPID event = 1; event <= 40; ++event) {
             FireEvent(sinks, event, {});
+            expected.push_back(event);
         }
     });
-    EXPECT_EQ(3u, ordinary.Count());
-    FireEvent(sinks, 4, {}); // on the engine's own thread, yet behind the three
+    EXPECT_EQ(40u, ordinary.Count());
+    FireEvent(sinks, 41, {}); // on the engine's own thread, yet behind the others
+    expected.push_back(41);
     EXPECT_TRUE(engine.taken.empty());
-    test::PumpUntil([&] { return engine.taken.size() == 4; }, 5000);
-    EXPECT_EQ((std::vector<DISPID>{1, 2, 3, 4}), engine.taken);
-    FireEvent(sinks, 5, {});
-    EXPECT_EQ(5u, engine.taken.size()) << "nothing waits: called at once";
-    EXPECT_EQ(6u, engine.Count()) << "only the first was tried elsewhere";
+    test::PumpUntil([&] { return engine.taken.size() == 41 && depth == 0; }, 20000);
+    EXPECT_EQ(expected, engine.taken);
+    EXPECT_EQ(16, deepest);
+    FireEvent(sinks, 42, {});
+    EXPECT_EQ(42u, engine.taken.size()) << "nothing waits: called at once";
+    EXPECT_EQ(43u, engine.Count()) << "only the first was tried elsewhere";
 }
 
 TEST(RefusedEvents, OfAnExceptionOrOfTheOwnThreadAreNotRepeated) {
