@@ -23,6 +23,8 @@
 
 namespace ZelBase {
 
+class WIN32_Thread;
+
 class ZELBASE_LOCKABLE Thread {
 public:
     // What the thread runs: gets its own Thread and the argument, returns the exit code.
@@ -88,6 +90,8 @@ public:
     // Guards the fields below; use GuardObject.
     virtual void Lock() const ZELBASE_ACQUIRE() = 0;
     virtual void Unlock() const ZELBASE_RELEASE() = 0;
+    // The thread as one that the system's waits can be tied to; null when it is of another kind.
+    virtual WIN32_Thread* AsWin32Thread() noexcept { return nullptr; }
 
 protected:
     Thread();

@@ -33,6 +33,7 @@ public:
     std::uint32_t GetExitCode() const override;
     void Lock() const override ZELBASE_ACQUIRE();
     void Unlock() const override ZELBASE_RELEASE();
+    WIN32_Thread* AsWin32Thread() noexcept override { return this; }
 
     // Signalled from the request to terminate until the next Execute; null in an invalid thread.
     // For waits that shall end with the thread, see WaitTiedToThread.

@@ -23,7 +23,7 @@ TiedWait WaitTiedToThread(HANDLE object, std::uint32_t timeoutMs, Thread* thread
     if (!thread) {
         return WaitUntied(object, timeoutMs);
     }
-    auto* win32Thread = dynamic_cast<WIN32_Thread*>(thread);
+    WIN32_Thread* win32Thread = thread->AsWin32Thread();
     if (!win32Thread) {
         throw ThreadTerminateException();
     }

@@ -3,6 +3,7 @@
 #include "ZelBase/CriticalSection.h"
 #include "ZelBase/SystemLibrary.h"
 #include "component/ModuleState.h"
+#include "platform/AsciiText.h"
 #include "platform/RegistryKey.h"
 
 #include <algorithm>
@@ -83,10 +84,9 @@ struct LibraryAttributes {
 std::wstring KeyOf(const TLIBATTR& library, SYSKIND architecture) {
     wchar_t id[40];
     StringFromGUID2(library.guid, id, static_cast<int>(std::size(id)));
-    wchar_t path[120];
-    swprintf(path, std::size(path), L"TypeLib\\%ls\\%x.%x\\%lx\\%ls", id, library.wMajorVerNum,
-             library.wMinorVerNum, library.lcid, architecture == SYS_WIN64 ? L"win64" : L"win32");
-    return path;
+    return std::wstring(L"TypeLib\\") + id + L"\\" + HexText(library.wMajorVerNum) + L"." +
+           HexText(library.wMinorVerNum) + L"\\" + HexText(library.lcid) +
+           (architecture == SYS_WIN64 ? L"\\win64" : L"\\win32");
 }
 
 // The file that is registered for that architecture; nothing when there is none, or no more.

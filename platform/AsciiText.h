@@ -20,6 +20,15 @@ inline std::wstring LowerAscii(std::wstring_view text) {
     return lower;
 }
 
+// The number in hexadecimal digits, with zeros in front of it up to that many.
+inline std::wstring HexText(unsigned long number, size_t digits = 1) {
+    std::wstring text;
+    for (; number != 0 || text.size() < digits; number /= 16) {
+        text.insert(text.begin(), L"0123456789abcdef"[number % 16]);
+    }
+    return text;
+}
+
 constexpr bool SameAscii(wchar_t one, wchar_t other) noexcept {
     return LowerAscii(one) == LowerAscii(other);
 }

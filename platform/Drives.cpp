@@ -4,7 +4,6 @@
 #include "platform/QuietErrors.h"
 
 #include <cctype>
-#include <cstdio>
 #include <iterator>
 
 namespace tervane {
@@ -13,13 +12,11 @@ namespace {
 // What every call names a drive by: "C:\".
 class RootPath {
 public:
-    explicit RootPath(char letter) noexcept {
-        std::snprintf(std::data(text_), std::size(text_), "%c:\\", letter);
-    }
+    explicit RootPath(char letter) noexcept : text_{letter, ':', '\\', 0} {}
     const char* Get() const noexcept { return std::data(text_); }
 
 private:
-    char text_[4] = {};
+    char text_[4];
 };
 
 ByteCount Halves(std::uint64_t bytes) noexcept {

@@ -58,12 +58,16 @@ LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) noexcept {
 
 FaultBarrier::FaultBarrier() noexcept {
     Mark(); // not for the first time in the handler
-    handler_ = AddVectoredExceptionHandler(1, &OnException);
+    using Add = decltype(&AddVectoredExceptionHandler);
+    if (const auto add = kernel_.Find<Add>("AddVectoredExceptionHandler")) {
+        handler_ = add(1, &OnException);
+    }
 }
 
 FaultBarrier::~FaultBarrier() {
     if (handler_) {
-        RemoveVectoredExceptionHandler(handler_);
+        using Remove = decltype(&RemoveVectoredExceptionHandler);
+        kernel_.Find<Remove>("RemoveVectoredExceptionHandler")(handler_);
     }
 }
 

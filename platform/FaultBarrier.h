@@ -6,7 +6,10 @@
 //
 // The thread that waits makes the barrier; the other one, started by ModulePin, calls
 // GuardThisThread before it does what may fault, and owns nothing then that only its own end would
-// give back, but its reference on the library, which it does give back.
+// give back, but its reference on the library, which it does give back. Before Windows XP there
+// are no such barriers; the processors that Windows 2000 runs on know what it is needed for.
+
+#include "ZelBase/SystemLibrary.h"
 
 #include <windows.h>
 
@@ -23,7 +26,8 @@ public:
     static void GuardThisThread() noexcept;
 
 private:
-    void* handler_;
+    const ZelBase::SystemLibrary kernel_{"kernel32.dll"};
+    void* handler_ = nullptr;
 };
 
 } // namespace tervane

@@ -1,6 +1,5 @@
 #include "ZelNet/SourceCode/AIpAddress.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace ZelNet {
@@ -13,8 +12,10 @@ void AIpAddress::SetAddress(std::uint32_t value) {
 std::string AIpAddress::GetText() const {
     unsigned char bytes[sizeof value_];
     std::memcpy(bytes, &value_, sizeof bytes);
-    char text[sizeof "255.255.255.255"];
-    std::snprintf(text, sizeof text, "%d.%d.%d.%d", bytes[0], bytes[1], bytes[2], bytes[3]);
+    std::string text;
+    for (const unsigned char byte : bytes) {
+        text.append(text.empty() ? "" : ".").append(std::to_string(byte));
+    }
     return text;
 }
 

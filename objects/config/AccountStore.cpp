@@ -1,10 +1,9 @@
 #include "objects/config/AccountStore.h"
 
+#include "platform/AsciiText.h"
 #include "platform/LetterCase.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace tervane {
 namespace {
@@ -100,10 +99,9 @@ std::wstring AccountStore::NewKey() const {
     const RegistryKey manager = RegistryKey::Create(RegistryHive::kCurrentUser, path_,
                                                     KEY_QUERY_VALUE | KEY_SET_VALUE, api_);
     for (DWORD number = manager.ReadNumber(kAccountName).value_or(1);; ++number) {
-        std::array<wchar_t, 9> key = {};
-        swprintf(key.data(), key.size(), L"%08lx", number);
-        if (!Open(std::wstring(L"\\Accounts\\") + key.data(), KEY_QUERY_VALUE).IsOpen()) {
-            return manager.WriteNumber(kAccountName, number + 1) ? key.data() : L"";
+        std::wstring key = HexText(number, 8);
+        if (!Open(L"\\Accounts\\" + key, KEY_QUERY_VALUE).IsOpen()) {
+            return manager.WriteNumber(kAccountName, number + 1) ? key : L"";
         }
     }
 }

@@ -1,7 +1,8 @@
 #include "objects/sysinfo/OsRelease.h"
 
-#include <cstdio>
+#include <cstdlib>
 #include <iterator>
+#include <string_view>
 
 namespace tervane {
 namespace {
@@ -13,8 +14,9 @@ constexpr unsigned kWorkstation = 1;
 
 // 0 without one, and for what cannot be read.
 int ServicePack(const VersionRecord& version) {
-    int number = 0;
-    return std::sscanf(version.serviceText.c_str(), "Service Pack %d", &number) == 1 ? number : 0;
+    constexpr std::string_view kBegin = "Service Pack";
+    const std::string& text = version.serviceText;
+    return text.starts_with(kBegin) ? std::atoi(text.c_str() + kBegin.size()) : 0;
 }
 
 // The releases of one edition follow each other by service pack; the last stands for all later
