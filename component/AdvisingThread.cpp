@@ -75,10 +75,10 @@ std::shared_ptr<AdvisingThread> AdvisingThread::Find(DWORD id) {
 }
 
 std::shared_ptr<AdvisingThread> AdvisingThread::Current() {
-    ForgetEnded();
     if (auto known = Find(GetCurrentThreadId())) {
         return known;
     }
+    ForgetEnded();
     std::shared_ptr<AdvisingThread> made(new AdvisingThread);
     if (!made->window_ || !made->thread_) {
         return nullptr;

@@ -10,7 +10,7 @@
 // - Its class, and the window while it is nobody's any more, have the system's own procedure, so
 //   that nothing points into this library after it is unloaded.
 // - A thread may end without a word. Whatever waits for it then is dropped when somebody fires to
-//   it, advises anything, or asks whether the library can be unloaded.
+//   it, another thread begins to advise, or somebody asks whether the library can be unloaded.
 
 #include "ZelBase/CriticalSection.h"
 #include "ZelBase/Handles.h"
