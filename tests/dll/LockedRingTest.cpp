@@ -9,7 +9,7 @@
 #include <TERVANELib.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <vector>
 
 namespace tervane::test {
 namespace {
@@ -62,13 +62,13 @@ struct Reporter {
         EXPECT_NE(success.vt == VT_I2 ? success.iVal : success.lVal, 0) << method;
     }
 
+    RecordingSink sink; // outlives the object, which holds it
     ComPtr<IDispatch> object;
-    RecordingSink sink;
 };
 
 TEST(LockedRing, FreezesNobody) {
     const Apartment apartment;
-    ScriptedServer openPort({{}});
+    ScriptedServer openPort(std::vector<ScriptedServer::Script>(1));
     ScriptedServer smtpServer(
         {{"S:220 hi\r\n", "C:HELO *", "S:250 ok\r\n", "C:MAIL *", "S:250 ok\r\n", "C:RCPT *",
           "S:250 ok\r\n", "C:DATA", "S:354 go on\r\n", "TEXT", "S:250 taken\r\n", "C:QUIT",
@@ -78,10 +78,10 @@ TEST(LockedRing, FreezesNobody) {
           "S:+OK 2 99\r\n", "C:RETR 1", "S:+OK\r\nSubject: a\r\n\r\nb\r\n.\r\n", "C:DELE 1",
           "S:+OK\r\n", "C:QUIT", "S:+OK\r\n"}});
     const RingOwner owner;
-    Reporter tester(__uuidof(ConnectivityTester));
-    Reporter smtp(__uuidof(SmtpCtl));
-    Reporter pop(__uuidof(PopCtl));
-    const auto mail = TestComponent::Get().Create(__uuidof(EmailData));
+    Reporter tester(__uuidof(::ConnectivityTester));
+    Reporter smtp(__uuidof(::SmtpCtl));
+    Reporter pop(__uuidof(::PopCtl));
+    const auto mail = TestComponent::Get().Create(__uuidof(::EmailData));
     Write(mail.Get(), L"From", L"from@a.example");
     Write(mail.Get(), L"To", L"to@b.example");
     Write(smtp.object.Get(), L"SmtpServer", L"127.0.0.1");
