@@ -6,19 +6,8 @@ namespace tervane {
 
 using ZelBase::LocalMutexLock;
 
-namespace {
-
-ZelBase::UniqueHandle ThisThread() noexcept {
-    ZelBase::UniqueHandle thread;
-    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), thread.Put(),
-                    SYNCHRONIZE, FALSE, 0);
-    return thread;
-}
-
-} // namespace
-
 Completions::Completions() noexcept
-    : thread_(ThisThread()), allTaken_(CreateEventA(nullptr, TRUE, TRUE, nullptr)) {}
+    : thread_(OpenThisThread()), allTaken_(CreateEventA(nullptr, TRUE, TRUE, nullptr)) {}
 
 void Completions::Post(const PostbackWindow& window, End end) noexcept {
     {
