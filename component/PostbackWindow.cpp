@@ -1,7 +1,6 @@
 #include "component/PostbackWindow.h"
 
 #include <atomic>
-#include <cstdio>
 
 namespace tervane {
 namespace {
@@ -53,9 +52,7 @@ struct OwnClasses {
 constinit OwnClasses ownClasses;
 
 std::string ClassNameOf(unsigned number) {
-    char name[32];
-    snprintf(name, sizeof name, "ZELHIDDENWINDOW%u", number);
-    return name;
+    return "ZELHIDDENWINDOW" + std::to_string(number);
 }
 
 // Finds a free number and registers its class; false when the system does not want more classes.

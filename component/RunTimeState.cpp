@@ -196,9 +196,9 @@ void FreeRunTimeStateAtExit() noexcept {
 // What std::terminate calls. The run-time library's own tells the exception's name on a console
 // that no host of ours has, and brings a demangler for it that is as large as all of our classes
 // for mail.
-namespace __cxxabiv1 {
-std::terminate_handler __terminate_handler = std::abort;
-} // namespace __cxxabiv1
+void __gnu_cxx::__verbose_terminate_handler() {
+    std::abort();
+}
 
 // The two functions of the run-time library that keep state for each thread. Its own take a slot
 // and memory from its emulation of thread-local variables, which it never frees.

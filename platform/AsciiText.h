@@ -20,6 +20,13 @@ inline std::wstring LowerAscii(std::wstring_view text) {
     return lower;
 }
 
+// The number in decimal digits, without the run-time library's wide formatting, which is large.
+template <typename Number>
+std::wstring DecimalText(Number number) {
+    const std::string text = std::to_string(number);
+    return std::wstring(text.begin(), text.end());
+}
+
 // The number in hexadecimal digits, with zeros in front of it up to that many.
 inline std::wstring HexText(unsigned long number, size_t digits = 1) {
     std::wstring text;

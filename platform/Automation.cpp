@@ -1,5 +1,7 @@
 #include "platform/Automation.h"
 
+#include "platform/AsciiText.h"
+
 #include <limits>
 #include <utility>
 
@@ -109,7 +111,7 @@ std::optional<std::vector<Variant>> ReadScriptArray(IDispatch& object) {
     std::vector<Variant> elements;
     // Nothing is reserved: the length is the object's claim, the elements are what counts.
     for (ULONG i = 0; i < length->Get().ulVal; ++i) {
-        std::optional<Variant> element = ReadMember(object, std::to_wstring(i).c_str());
+        std::optional<Variant> element = ReadMember(object, DecimalText(i).c_str());
         if (!element) {
             return std::nullopt;
         }

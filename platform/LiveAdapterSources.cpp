@@ -109,7 +109,7 @@ void Complete(LiveInterface& live, const StaticAdapter* installed,
         }
     }
     if (adapter.interfaceName.empty()) {
-        adapter.interfaceName = installed ? installed->cookie : std::to_wstring(live.index);
+        adapter.interfaceName = installed ? installed->cookie : DecimalText(live.index);
     }
 }
 

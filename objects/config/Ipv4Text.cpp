@@ -1,5 +1,7 @@
 #include "objects/config/Ipv4Text.h"
 
+#include "platform/AsciiText.h"
+
 #include <algorithm>
 
 namespace tervane {
@@ -49,7 +51,7 @@ std::wstring Ipv4Text(const Ipv4Bytes& bytes) {
     }
     std::wstring text;
     for (const unsigned char byte : bytes) {
-        text += (text.empty() ? L"" : L".") + std::to_wstring(byte);
+        text += (text.empty() ? L"" : L".") + DecimalText(byte);
     }
     return text;
 }

@@ -5,6 +5,7 @@
 #include "objects/sysinfo/OsRelease.h"
 #include "objects/sysinfo/ProcessorFacts.h"
 #include "objects/sysinfo/ProcessorIdentity.h"
+#include "platform/AsciiText.h"
 #include "platform/LiveAdapterSources.h"
 #include "platform/RegistryKey.h"
 #include "platform/UsbPorts.h"
@@ -40,7 +41,7 @@ void FillProcessor(SystemSnapshot& snapshot) {
     snapshot.cpuSpeed = ProcessorSpeed();
     snapshot.cpuVendor = ProcessorVendor();
     snapshot.cpuDescription = ProcessorDescription();
-    snapshot.cpuFamily = std::to_wstring(ProcessorFamily());
+    snapshot.cpuFamily = DecimalText(ProcessorFamily());
 }
 
 void FillUsb(PlatformFamily family, SystemSnapshot& snapshot) {
