@@ -97,14 +97,13 @@ HRESULT STDMETHODCALLTYPE ConnectionPoint::EnumConnections(IEnumConnections** co
     *connections = nullptr;
     return Guarded([&] {
         const DWORD size = sinks_->Size();
-        ConnectionEnumerator::Elements elements;
-        elements.reserve(size);
+        const auto elements = std::make_shared<ConnectionEnumerator::Elements>();
         for (DWORD i = 0; i < size; ++i) {
             if (const ComPtr<AdvisedSink> sink = sinks_->At(i)) {
-                elements.push_back({AddReference(sink->Interface()).Release(), i + 1});
+                elements->Add({sink->Interface(), i + 1});
             }
         }
-        *connections = ConnectionEnumerator::Create(std::move(elements));
+        *connections = ConnectionEnumerator::Create(elements);
         return S_OK;
     });
 }
@@ -115,9 +114,9 @@ HRESULT STDMETHODCALLTYPE EventSource::EnumConnectionPoints(IEnumConnectionPoint
     }
     *points = nullptr;
     return Guarded([&] {
-        PointEnumerator::Elements elements(1, &point_);
-        point_.AddRef();
-        *points = PointEnumerator::Create(std::move(elements));
+        const auto elements = std::make_shared<PointEnumerator::Elements>();
+        elements->Add(&point_);
+        *points = PointEnumerator::Create(elements);
         return S_OK;
     });
 }

@@ -17,17 +17,33 @@ namespace tervane {
 template <typename Interface, typename Element, typename Traits>
 class InterfaceEnumerator final : public Interface {
 public:
-    using Elements = std::vector<Element>;
-
-    // Takes over the elements. The result holds one reference.
-    static Interface* Create(Elements elements) {
-        auto held = std::shared_ptr<Elements>(new Elements(std::move(elements)), [](Elements* all) {
-            for (Element& element : *all) {
+    // What is enumerated, with the references that it carries.
+    class Elements {
+    public:
+        Elements() = default;
+        ~Elements() {
+            for (Element& element : all_) {
                 Traits::Drop(element);
             }
-            delete all;
-        });
-        return new InterfaceEnumerator(std::move(held), 0);
+        }
+        Elements(const Elements&) = delete;
+        Elements& operator=(const Elements&) = delete;
+
+        // Adds a copy.
+        void Add(const Element& element) {
+            all_.reserve(all_.size() + 1); // a reference once taken must not be lost
+            all_.push_back(Traits::Copy(element));
+        }
+        size_t Size() const noexcept { return all_.size(); }
+        const Element& operator[](size_t index) const noexcept { return all_[index]; }
+
+    private:
+        std::vector<Element> all_;
+    };
+
+    // The result holds one reference.
+    static Interface* Create(std::shared_ptr<const Elements> elements) {
+        return new InterfaceEnumerator(std::move(elements), 0);
     }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -56,7 +72,7 @@ public:
             return E_POINTER;
         }
         ULONG given = 0;
-        while (given < count && next_ < elements_->size()) {
+        while (given < count && next_ < elements_->Size()) {
             out[given++] = Traits::Copy((*elements_)[next_++]);
         }
         if (fetched) {
@@ -65,7 +81,7 @@ public:
         return given == count ? S_OK : S_FALSE;
     }
     HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-        const size_t left = elements_->size() - next_;
+        const size_t left = elements_->Size() - next_;
         next_ += count < left ? count : left;
         return count <= left ? S_OK : S_FALSE;
     }
@@ -85,12 +101,12 @@ public:
     }
 
 private:
-    InterfaceEnumerator(std::shared_ptr<Elements> elements, size_t next)
+    InterfaceEnumerator(std::shared_ptr<const Elements> elements, size_t next)
         : elements_(std::move(elements)), next_(next) {}
     ~InterfaceEnumerator() = default;
 
     ModuleLock lock_;
-    std::shared_ptr<Elements> elements_;
+    std::shared_ptr<const Elements> elements_;
     size_t next_;
     std::atomic<ULONG> references_ = 1;
 };
