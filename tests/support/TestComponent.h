@@ -55,6 +55,7 @@ struct Argument {
     Argument(const std::wstring& text) : value(std::move(*Variant::FromText(text))) {}
     // A copy by value.
     Argument(const VARIANT& other) : value(std::move(*Variant::CopyOf(other))) {}
+    Argument(const Argument& other) : Argument(other.value.Get()) {}
     Variant value;
 };
 

@@ -1,0 +1,527 @@
+// Memory that runs out: one operation of every class, the look-up client and the log, each with its
+// first, second, third... allocation failing. Each attempt ends in success or in a failure that the
+// interface documents, with the event that it promised, and leaves nothing behind.
+//
+// Environment: TERVANE_ALLOCATIONS is the last allocation that fails, 50 when it is not set.
+
+#include "ZelBase/Logger.h"
+#include "ZelBase/Thread.h"
+#include "ZelNet/SourceCode/InitializeSockets.h"
+#include "ZelNet/SourceCode/NetworkInfo.h"
+#include "component/ClassTable.h"
+#include "component/ModuleState.h"
+#include "memory/FailingAllocator.h"
+#include "support/AdapterRegistry.h"
+#include "support/HandleCount.h"
+#include "support/LoopbackServer.h"
+#include "support/OwnWindow.h"
+#include "support/TestComponent.h"
+
+#include <TERVANELib.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace tervane::test {
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+constexpr DWORD kPatience = 20'000; // ms
+constexpr wchar_t kCard[] = L"{0A1B2C3D-0000-4000-8000-000000000001}";
+constexpr wchar_t kIdentity[] = L"{0D8E1A20-3C5B-4E5C-9A10-5B8C2D1E7F01}";
+
+// One call of a member, and what may come of it beside its usual answer and E_OUTOFMEMORY.
+struct Operation {
+    const CLSID* clsid;
+    const wchar_t* member;
+    WORD kind = DISPATCH_METHOD;
+    std::vector<Argument> arguments = {};
+    // Answers as `Attempt::Answer` words them; an "*" at the end stands for any rest.
+    Texts failures = {};
+    // Read afterwards, for the answer: LastError and the like.
+    const wchar_t* status = nullptr;
+    // Whether an event follows when the call says that it has begun: with S_OK, and a result, if
+    // there is one, that is not 0.
+    bool reports = false;
+    std::function<void(IDispatch*)> prepare = {};
+};
+
+void PrintTo(const Operation& operation, std::ostream* out) {
+    *out << testing::PrintToString(operation.member);
+}
+
+// Counts events without allocating.
+class CountingSink final : public RecordingSink {
+public:
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*,
+                                     EXCEPINFO*, UINT*) override {
+        for (UINT i = parameters->cArgs; i > 0; --i) {
+            const VARIANT& argument = parameters->rgvarg[i - 1];
+            numbers = numbers * 100 + (argument.vt == VT_I2   ? argument.iVal != 0
+                                       : argument.vt == VT_I4 ? argument.lVal
+                                                              : 0);
+        }
+        ++events;
+        return S_OK;
+    }
+    std::atomic<int> events = 0;
+    std::atomic<LONG> numbers = 0;
+};
+
+// The machine that the operations work on: one card, one identity, and servers.
+class World {
+public:
+    World() {
+        AddNtCard(hives_, {kCard, L"0000", L"3Com EtherLink XL", L""});
+        hives_.machine.Create(std::wstring(kServices) + L"Tcpip\\Linkage")
+            .WriteTexts(L"Bind", Texts{std::wstring(L"\\Device\\") + kCard});
+        const RegistryKey main = user_.Create(std::wstring(L"Identities\\") + kIdentity);
+        main.WriteText(L"Username", L"Main Identity");
+        main.WriteNumber(L"Identity Ordinal", 1);
+        user_.Create(L"Software\\Test").WriteText(L"Name", L"value");
+    }
+
+private:
+    AdapterHives hives_;
+    ScratchHive user_{RegistryHive::kCurrentUser};
+};
+
+struct Outcome {
+    std::wstring answer;
+    long allocations = 0;
+};
+
+std::wstring TextOfStatus(HRESULT status) {
+    wchar_t text[20];
+    swprintf(text, std::size(text), L"%lX", static_cast<unsigned long>(status));
+    return text;
+}
+
+std::wstring TextOfValue(const VARIANT& value) {
+    if (const auto elements = ReadArray(value)) {
+        std::wstring text = L"[";
+        for (const Variant& element : *elements) {
+            text += TextOfValue(element.Get()) + L";";
+        }
+        return text + L"]";
+    }
+    if (value.vt == VT_DISPATCH) {
+        return value.pdispVal ? L"object" : L"nothing";
+    }
+    const auto text = Variant::CopyOf(value)->As(VT_BSTR);
+    return text ? std::wstring(text->Text()) : L"-";
+}
+
+HRESULT CreateObject(const CLSID& clsid, ComPtr<IDispatch>& object) {
+    ComPtr<IClassFactory> factory;
+    const HRESULT found = ModuleState::Get()->ClassFactoryFor(
+        clsid, IID_IClassFactory, reinterpret_cast<void**>(factory.Put()));
+    return FAILED(found) ? found
+                         : factory->CreateInstance(nullptr, IID_IDispatch,
+                                                   reinterpret_cast<void**>(object.Put()));
+}
+
+// The call itself, late-bound; nothing here allocates. The type library's way of calling wraps the
+// failures of members.
+HRESULT InvokeMember(IDispatch* object, const Operation& operation, DISPPARAMS& parameters,
+                     VARIANT& result) {
+    DISPID id = DISPID_UNKNOWN;
+    LPOLESTR name = const_cast<LPOLESTR>(operation.member);
+    const HRESULT found = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+    if (FAILED(found)) {
+        return found;
+    }
+    EXCEPINFO exception = {};
+    const HRESULT called = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, operation.kind,
+                                          &parameters, &result, &exception, nullptr);
+    SysFreeString(exception.bstrSource);
+    SysFreeString(exception.bstrDescription);
+    SysFreeString(exception.bstrHelpFile);
+    return called == DISP_E_EXCEPTION ? exception.scode : called;
+}
+
+// Creates the object, calls the member while the allocation with that number fails, and waits for
+// the event. The answer: status, result, numbers of the event, status property.
+Outcome Attempt(const Operation& operation, long failing) {
+    const World world;
+    CountingSink sink;
+    ComPtr<IDispatch> object;
+    CreateObject(*operation.clsid, object);
+    if (operation.prepare) {
+        operation.prepare(object.Get());
+    }
+    Advise(object.Get(), &sink);
+    std::vector<VARIANT> reversed(operation.arguments.size());
+    std::transform(operation.arguments.begin(), operation.arguments.end(), reversed.rbegin(),
+                   [](const Argument& argument) { return argument.value.Get(); });
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    if (operation.kind == DISPATCH_PROPERTYPUT) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    Variant result;
+    const std::function<bool()> hasEnded = [&sink] { return sink.events != 0; };
+    FailAllocation(failing);
+    const HRESULT status =
+        InvokeMember(object.Get(), operation, parameters, *const_cast<VARIANT*>(&result.Get()));
+    const bool begun = operation.reports && status == S_OK &&
+                       (result.Type() == VT_EMPTY || result.Get().iVal != 0);
+    const bool ended = !begun || PumpUntil(hasEnded, kPatience);
+    Outcome outcome;
+    outcome.allocations = StopFailing();
+    outcome.answer = TextOfStatus(status) + L" " + TextOfValue(result.Get());
+    if (operation.reports) {
+        PumpUntil([] { return false; }, begun ? 0 : 1);
+        outcome.answer +=
+            !ended ? L" event lost"
+                   : L" " + std::to_wstring(sink.events) + L":" + std::to_wstring(sink.numbers);
+    }
+    if (operation.status) {
+        outcome.answer += L" " + Read(object.Get(), operation.status).Text();
+    }
+    return outcome;
+}
+
+bool IsAmong(const Texts& answers, const std::wstring& answer) {
+    return std::ranges::any_of(answers, [&](const std::wstring& known) {
+        return known.ends_with(L'*') ? answer.starts_with(known.substr(0, known.size() - 1))
+                                     : answer == known;
+    });
+}
+
+long LastAllocation() {
+    const char* wanted = std::getenv("TERVANE_ALLOCATIONS");
+    return wanted ? std::atol(wanted) : 50;
+}
+
+// For the members that look for one.
+OwnWindow& Window() {
+    static OwnWindow window(L"Memory that runs out", OwnWindow::Thread::kPumps);
+    return window;
+}
+
+class ExhaustionTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        ASSERT_TRUE(WatchComMemory());
+        if (!ModuleState::Get()) { // the type library is the DLL's
+            ModuleState::Set(new ModuleState(TestComponent::Get().Module()));
+            Window();
+        }
+    }
+
+    // Every allocation in turn; `attempt` tells what came of it and how many there were.
+    static void Exhaust(const std::function<Outcome(long failing)>& attempt,
+                        const Texts& failures) {
+        attempt(0); // whatever is made once only
+        const Outcome usual = attempt(0);
+        PumpUntil([] { return false; }, 500); // threads may still be ending
+        long blocks = LiveBlocks();
+        const size_t handles = OpenHandleCount();
+        const long last = std::min(LastAllocation(), usual.allocations);
+        for (long failing = 1; failing <= last; ++failing) {
+            std::string problem = Judge(attempt(failing), usual, failures);
+            if (!Settle(blocks, handles)) {
+                problem += " leaves " + std::to_string(LiveBlocks() - blocks) + " blocks, " +
+                           std::to_string(OpenHandleCount() - handles) + " handles" +
+                           (ModuleState::Get()->IsLocked() ? ", an object" : "");
+            }
+            if (!problem.empty()) {
+                ADD_FAILURE() << "allocation " << failing << problem << WhereFailed();
+                problem.clear();
+                problem.shrink_to_fit();
+                blocks = LiveBlocks(); // the failure is kept, too
+            }
+        }
+        std::printf("%ld of %ld allocations\n", last, usual.allocations);
+    }
+
+    // What is wrong with an outcome, "" for nothing.
+    static std::string Judge(const Outcome& outcome, const Outcome& usual, const Texts& failures) {
+        const bool known = outcome.answer == usual.answer ||
+                           outcome.answer.starts_with(L"8007000E") ||
+                           IsAmong(failures, outcome.answer);
+        return known ? std::string()
+                     : " answers " + testing::PrintToString(outcome.answer) + ", usually " +
+                           testing::PrintToString(usual.answer);
+    }
+
+    // Waits until what an attempt has used is given back: threads may still be ending.
+    static bool Settle(long blocks, size_t handles) {
+        return PumpUntil(
+            [&] {
+                return !ModuleState::Get()->IsLocked() && LiveBlocks() <= blocks &&
+                       OpenHandleCount() <= handles;
+            },
+            5000);
+    }
+
+    const Apartment apartment_;
+};
+
+class ClassExhaustionTest : public ExhaustionTest, public testing::WithParamInterface<size_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Classes, ClassExhaustionTest,
+                         testing::Range(size_t{0}, ClassTable().size()));
+
+TEST_P(ClassExhaustionTest, IsCreatedOrNot) {
+    const ClassRow& row = ClassTable()[GetParam()];
+    Exhaust(
+        [&](long failing) {
+            CountingSink sink;
+            ComPtr<IDispatch> object;
+            FailAllocation(failing);
+            const HRESULT created = CreateObject(*row.clsid, object);
+            const DWORD cookie = object ? Advise(object.Get(), &sink) : 0;
+            Outcome outcome;
+            outcome.allocations = StopFailing();
+            outcome.answer = TextOfStatus(created) + (cookie ? L" advised" : L"");
+            return outcome;
+        },
+        {L"0"}); // created, but the sink refused
+}
+
+class MemberExhaustionTest : public ExhaustionTest,
+                             public testing::WithParamInterface<Operation> {};
+
+LoopbackServer& Server() {
+    static LoopbackServer server("127.0.0.53");
+    return server;
+}
+
+void PrepareMail(IDispatch* object) {
+    Write(object, L"Login", L"me");
+    Write(object, L"Password", L"secret");
+    Write(object, L"Timeout", 15);
+}
+
+void PrepareSmtp(IDispatch* smtp) {
+    ComPtr<IDispatch> mail;
+    CreateObject(__uuidof(::EmailData), mail);
+    Write(mail.Get(), L"From", L"me@a.example");
+    Write(mail.Get(), L"To", L"you@b.example");
+    Write(mail.Get(), L"TextMessage", L"text");
+    Write(smtp, L"EmailData", Variant::FromObject(std::move(mail)).Get());
+    Write(smtp, L"SmtpServer", L"127.0.0.1");
+    Write(smtp, L"Port", Server().Port(LoopbackServer::kSmtp));
+    PrepareMail(smtp);
+}
+
+void PreparePop(IDispatch* pop) {
+    Write(pop, L"PopServer", L"127.0.0.1");
+    Write(pop, L"Port", Server().Port(LoopbackServer::kPop3));
+    PrepareMail(pop);
+}
+
+void ConnectPop(IDispatch* pop) {
+    PreparePop(pop);
+    Call(pop, L"Connect");
+    PumpUntil([pop] { return Read(pop, L"Connected").Number() == 1; }, kPatience);
+}
+
+// Refused at once, with the reason in the status; or begun, and ended with a failure.
+const Texts kMailFailures = {L"0 0 0:0 *", L"0 1 1:0 *", L"0 -1 1:0 *"};
+const Texts kRefused = {L"0 0 *"};
+const Texts kTestFailed = {L"0  1:0"};
+
+const Operation kOperations[] = {
+    {&__uuidof(::ConfigureOutlookExpress),
+     L"AddMailAccount",
+     DISPATCH_METHOD,
+     {L"A", L"pop", L"smtp", L"a@b"},
+     kRefused,
+     L"LastError"},
+    {&__uuidof(::GeneralSysInfo), L"GetSystemInfo", DISPATCH_METHOD, {}, {}, nullptr, true},
+    {&__uuidof(::GeneralSysInfo), L"NumStaticAdapters", DISPATCH_PROPERTYGET},
+    {&__uuidof(::SmtpCtl),
+     L"SendMail",
+     DISPATCH_METHOD,
+     {},
+     kMailFailures,
+     L"StatusCode",
+     true,
+     PrepareSmtp},
+    {&__uuidof(::PopCtl),
+     L"Connect",
+     DISPATCH_METHOD,
+     {},
+     kMailFailures,
+     L"LastError",
+     true,
+     PreparePop},
+    {&__uuidof(::PopCtl),
+     L"GetMailCount",
+     DISPATCH_METHOD,
+     {},
+     kMailFailures,
+     L"LastError",
+     true,
+     ConnectPop},
+    {&__uuidof(::PopCtl),
+     L"RetrieveMessage",
+     DISPATCH_METHOD,
+     {1},
+     kMailFailures,
+     L"LastError",
+     true,
+     ConnectPop},
+    {&__uuidof(::EmailData), L"SetHeaderByName", DISPATCH_METHOD, {L"Subject", L"text"}},
+    {&__uuidof(::EmailData), L"TextMessage", DISPATCH_PROPERTYPUT, {L"text"}},
+    {&__uuidof(::ConnectivityTester),
+     L"DNSLookup",
+     DISPATCH_METHOD,
+     {L"localhost", 0},
+     kTestFailed,
+     nullptr,
+     true},
+    {&__uuidof(::ConnectivityTester),
+     L"TestTCPPort",
+     DISPATCH_METHOD,
+     {L"127.0.0.1", Server().Port(LoopbackServer::kSmtp), 5000},
+     kTestFailed,
+     nullptr,
+     true},
+    {&__uuidof(::ConnectivityTester),
+     L"Ping",
+     DISPATCH_METHOD,
+     {L"127.0.0.1", 2000, 1},
+     kTestFailed,
+     nullptr,
+     true},
+    {&__uuidof(::DHCP), L"ReleaseRenew", DISPATCH_METHOD, {}, kTestFailed, nullptr, true},
+    {&__uuidof(::ConfigureIE),
+     L"AddFavorite",
+     DISPATCH_METHOD,
+     {L"Name", L"http://a.example/"},
+     {L"1 *"}},
+    {&__uuidof(::ConfigureIE), L"HomePage", DISPATCH_PROPERTYPUT, {L"http://a.example/"}, {L"1 *"}},
+    {&__uuidof(::StaticAdapterInfo), L"StaticNameServers", DISPATCH_PROPERTYGET},
+    {&__uuidof(::LiveAdapterInfo), L"Name", DISPATCH_PROPERTYGET},
+    {&__uuidof(::DriveInfo), L"Type", DISPATCH_PROPERTYGET},
+    {&__uuidof(::PhoneBookEntry),
+     L"Load",
+     DISPATCH_METHOD,
+     {L"Provider"},
+     kRefused,
+     L"LastErrorCode"},
+    {&__uuidof(::RASMgr), L"FindEntries", DISPATCH_METHOD, {L".*"}, {L"0 [] *"}, L"LastErrorCode"},
+    {&__uuidof(::RASMgr),
+     L"Connect",
+     DISPATCH_METHOD,
+     {L"Provider"},
+     {L"0 0 0:0 *", L"0 1 1:100*"},
+     L"LastErrorCode",
+     true},
+    {&__uuidof(::DHCPConfiguration),
+     L"EnableIPToUseDhcp",
+     DISPATCH_METHOD,
+     {kCard, true},
+     kRefused,
+     L"LastError"},
+    {&__uuidof(::WindowMgr),
+     L"WaitForWindow",
+     DISPATCH_METHOD,
+     {L"Memory.*", L"", 1, true, 50},
+     {L"0 0 0:0 1", L"0 1 1:101 0"},
+     L"LastErrorCode",
+     true},
+    {&__uuidof(::WindowMgr), L"GetMatchingWindowTitleText", DISPATCH_METHOD, {L"Memory.*"}},
+    {&__uuidof(::DisableFileAndPrintSharing),
+     L"IsSharingEnabled",
+     DISPATCH_PROPERTYGET,
+     {},
+     kRefused,
+     L"LastErrorCode"},
+    {&__uuidof(::Registry2), L"GetValue", DISPATCH_METHOD, {1, L"Software\\Test", L"Name"}},
+    {&__uuidof(::Registry2),
+     L"SetValue",
+     DISPATCH_METHOD,
+     {1, L"Software\\Test", L"Name", L"text"},
+     {L"0 0"}},
+    {&__uuidof(::Registry2),
+     L"GetMatchingSubKeys",
+     DISPATCH_METHOD,
+     {1, L"Software", L"Name", L"v.*"},
+     {L"0 [;]"}}, // a text that is lost when the type library's way of calling copies the array
+    {&__uuidof(::AdapterInfo),
+     L"GetAdapterInfo",
+     DISPATCH_METHOD,
+     {L"76D636E1-1924-46F8-9F21-4771A07EA0E3", 5},
+     {L"0 0 0:0 1", L"0 5 1:500 0"},
+     L"LastErrorCode",
+     true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Members, MemberExhaustionTest, testing::ValuesIn(kOperations),
+                         [](const auto& info) {
+                             const std::wstring member = info.param.member;
+                             return std::to_string(info.index) +
+                                    std::string(member.begin(), member.end());
+                         });
+
+TEST_P(MemberExhaustionTest, EndsWell) {
+    Exhaust([](long failing) { return Attempt(GetParam(), failing); }, GetParam().failures);
+}
+
+// The libraries: their calls may throw, their callbacks and threads must not.
+Outcome AttemptCall(long failing, const std::function<bool()>& call) {
+    Outcome outcome;
+    FailAllocation(failing);
+    bool succeeded = false;
+    try {
+        succeeded = call();
+    } catch (const std::bad_alloc&) {
+        succeeded = false;
+    }
+    outcome.allocations = StopFailing();
+    outcome.answer = succeeded ? L"true" : L"false";
+    return outcome;
+}
+
+TEST_F(ExhaustionTest, LookUpSucceedsOrFails) {
+    if (!Server().HasNameServer()) {
+        GTEST_SKIP() << "port 53 of the loopback is not to be had";
+    }
+    ZelNet::InitializeSockets();
+    const std::string server = "127.0.0.53";
+    const std::string name = "a.example";
+    Exhaust(
+        [&](long failing) {
+            return AttemptCall(failing, [&] {
+                std::vector<ZelNet::IpAddress> addresses;
+                const auto network = ZelNet::NetworkInfo::Create();
+                return network && network->DNSLookup(server, name, 5000, addresses) &&
+                       addresses.size() == 1;
+            });
+        },
+        {L"false"});
+    ZelNet::UninitializeSockets();
+}
+
+TEST_F(ExhaustionTest, LogAndThreadSucceedOrFail) {
+    Exhaust(
+        [](long failing) {
+            return AttemptCall(failing, [] {
+                const auto logger = ZelBase::Logger::Create();
+                const auto thread = ZelBase::Thread::Create();
+                if (!logger || !thread) {
+                    return false;
+                }
+                logger->Log("text %d", 1);
+                thread->SetThreadFunction([](ZelBase::Thread* self, std::uint32_t) {
+                    std::string event;
+                    self->WaitForEvent(event);
+                    return 7u;
+                });
+                const bool started = thread->Execute() && thread->SignalEvent("name");
+                return thread->Terminate(false) && started && logger->IsValid();
+            });
+        },
+        {L"false"});
+}
+
+} // namespace
+} // namespace tervane::test
