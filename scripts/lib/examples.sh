@@ -78,3 +78,12 @@ run_example() {
 register_dll() {
     wine_run "$1" 60 regsvr32.exe /s "${@:2}" "$(wine_path "build/$1/Tervane.DLL")"
 }
+
+# Puts a "rasapi32.dll" of the tests in the place of Wine's, which has neither devices nor entries
+# and lacks functions.
+use_test_dial_up() {
+    local folder=$WINEPREFIX/drive_c/windows/system32
+    [ "$1" = x64 ] || folder=$WINEPREFIX/drive_c/windows/syswow64
+    cp --remove-destination "build/$1/tests/fake_ras/rasapi32.dll" "$folder/"
+    export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;rasapi32=n"
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+// A sink that lives as long as its object, and so can tell whether the object has fired all the
+// events that its calls promised. It releases its object inside the first event if it is asked to.
+
+#include <windows.h>
+
+#include <oaidl.h>
+
+#include <atomic>
+
+namespace tervane::test {
+
+class CountingSink final : public IDispatch {
+public:
+    // Over all sinks, from any thread.
+    struct Totals {
+        std::atomic<long> sinks = 0; // that live
+        std::atomic<long> received = 0;
+        std::atomic<long> lost = 0; // promised to a sink that has gone
+    };
+    static Totals totals;
+
+    // With one reference, the caller's. `endsSilently` is for classes whose end ends what runs,
+    // without an event; `progress` is an event that none is promised of, 0 when there is none such.
+    CountingSink(bool endsSilently, DISPID progress)
+        : endsSilently_(endsSilently), progress_(progress) {
+        ++totals.sinks;
+    }
+
+    // A call is about to promise an event, or has not done so after all.
+    void Promise() { ++promised_; }
+    void TakeBack() { --promised_; }
+    bool IsOwed() const { return received_ < promised_; }
+    // Takes over a reference, and gives it up inside the next event; at once if none is owed.
+    void ReleaseInEvent(IDispatch* object);
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override;
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                     UINT*) override;
+
+private:
+    ~CountingSink();
+    void ReleaseObject();
+
+    const bool endsSilently_;
+    const DISPID progress_;
+    std::atomic<ULONG> references_ = 1;
+    std::atomic<long> promised_ = 0;
+    std::atomic<long> received_ = 0;
+    std::atomic<IDispatch*> object_ = nullptr;
+};
+
+} // namespace tervane::test

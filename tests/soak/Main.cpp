@@ -1,0 +1,95 @@
+// soak MINUTES [SEED]: six apartments at a time work with random calls, round after round, until
+// the time is over. Between the rounds nothing runs, and what the process then uses is written
+// down. Ends with 0 when nothing has grown and no event was lost.
+
+#include "soak/RandomCalls.h"
+#include "soak/Usage.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+namespace tervane::test {
+namespace {
+
+constexpr unsigned kApartments = 6;
+constexpr DWORD kRound = 15'000;     // ms of calls in a round
+constexpr DWORD kPatience = 300'000; // ms for a round to come to its end
+constexpr DWORD kRest = 30'000;      // ms for objects and threads to go
+
+struct Script {
+    RandomCalls calls;
+    bool succeeded = false;
+};
+
+DWORD WINAPI RunScript(void* argument) {
+    auto* script = static_cast<Script*>(argument);
+    script->succeeded = script->calls.Run(kRound);
+    return 0;
+}
+
+// What is wrong; null when all is well.
+const char* RunRound(unsigned seed, const LoopbackServer& server, long& calls) {
+    std::vector<Script> scripts;
+    for (unsigned i = 0; i < kApartments; ++i) {
+        scripts.push_back({RandomCalls(seed + i, server)});
+    }
+    std::array<ZelBase::UniqueHandle, kApartments> threads;
+    std::array<HANDLE, kApartments> handles;
+    for (size_t i = 0; i < kApartments; ++i) {
+        threads[i].Reset(CreateThread(nullptr, 0, &RunScript, &scripts[i], 0, nullptr));
+        handles[i] = threads[i].Get();
+    }
+    if (WaitForMultipleObjects(kApartments, handles.data(), TRUE, kPatience) == WAIT_TIMEOUT) {
+        std::puts("an apartment hangs");
+        std::fflush(stdout);
+        std::_Exit(1); // nothing can be destroyed under it
+    }
+    for (const Script& script : scripts) {
+        calls += script.calls.Calls();
+        if (!script.succeeded) {
+            return "events stay out";
+        }
+    }
+    const CountingSink::Totals& totals = CountingSink::totals;
+    const bool gone = PumpUntil(
+        [&] { return totals.sinks == 0 && TestComponent::Get().CanUnloadNow() == S_OK; }, kRest);
+    return !gone ? "objects stay alive" : totals.lost != 0 ? "events were lost" : nullptr;
+}
+
+int Soak(int minutes, unsigned seed) {
+    LoopbackServer server("127.0.0.31");
+    UsageSeries series;
+    const ULONGLONG start = GetTickCount64();
+    long calls = 0;
+    for (unsigned round = 0; GetTickCount64() - start < minutes * 60'000ULL; ++round) {
+        const char* problem = RunRound(seed + round * kApartments, server, calls);
+        const Usage usage = Usage::Now();
+        series.Add(usage);
+        std::printf("%5u s, seed %u: %zu handles, %zu threads, %zu KB, %zu TLS slots; %ld calls, "
+                    "%ld events%s%s\n",
+                    static_cast<unsigned>((GetTickCount64() - start) / 1000),
+                    seed + round * kApartments, usage.handles, usage.threads, usage.privateKb,
+                    usage.tlsSlots, calls, CountingSink::totals.received.load(),
+                    problem ? ": " : "", problem ? problem : "");
+        std::fflush(stdout);
+        if (problem) {
+            return 1;
+        }
+    }
+    const std::string growth = series.Growth();
+    std::printf("%s\n", growth.empty() ? "flat" : ("grown: " + growth).c_str());
+    return growth.empty() ? 0 : 1;
+}
+
+} // namespace
+} // namespace tervane::test
+
+int main(int count, char** arguments) {
+    const int minutes = count > 1 ? std::atoi(arguments[1]) : 0;
+    if (minutes <= 0) {
+        std::puts("usage: soak MINUTES [SEED]");
+        return 2;
+    }
+    return tervane::test::Soak(minutes, count > 2 ? std::atoi(arguments[2]) : 1);
+}

@@ -1,0 +1,279 @@
+#include "soak/RandomCalls.h"
+
+#include <TERVANELib.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
+
+namespace tervane::test {
+namespace {
+
+constexpr size_t kMostObjects = 12;
+constexpr DWORD kPatience = 120'000; // ms, for the last event
+constexpr long kMostWaits = 100;     // identifiers of an object's waits, from 1
+
+enum class Promise {
+    kNever,
+    kWhenCalled,   // every call that is answered with S_OK fires an event
+    kWhenAnswered, // every call whose result is not 0
+};
+
+struct Type {
+    const CLSID& clsid;
+    bool hasEvents;
+    bool endsSilently;
+    DISPID progress; // an event on the way to the one that is promised
+};
+const Type kTypes[] = {
+    {__uuidof(::ConfigureOutlookExpress), false, false, 0},
+    {__uuidof(::GeneralSysInfo), true, false, 0},
+    {__uuidof(::SmtpCtl), true, false, 0},
+    {__uuidof(::PopCtl), true, false, 0},
+    {__uuidof(::EmailData), false, false, 0},
+    {__uuidof(::ConnectivityTester), true, false, 0},
+    {__uuidof(::DHCP), true, false, 0},
+    {__uuidof(::ConfigureIE), false, false, 0},
+    {__uuidof(::StaticAdapterInfo), false, false, 0},
+    {__uuidof(::LiveAdapterInfo), false, false, 0},
+    {__uuidof(::DriveInfo), false, false, 0},
+    {__uuidof(::PhoneBookEntry), false, false, 0},
+    {__uuidof(::RASMgr), true, false, 1},
+    {__uuidof(::DHCPConfiguration), false, false, 0},
+    {__uuidof(::WindowMgr), true, true, 0},
+    {__uuidof(::DisableFileAndPrintSharing), false, false, 0},
+    {__uuidof(::Registry2), false, false, 0},
+    {__uuidof(::AdapterInfo), true, true, 0},
+};
+constexpr size_t kSmtp = 2;
+constexpr size_t kPop = 3;
+constexpr size_t kWindows = 14;
+
+Promise PromiseOf(size_t type, std::wstring_view member) {
+    constexpr std::wstring_view kCalled[] = {L"DNSLookup", L"TestTCPPort", L"Ping", L"ReleaseRenew",
+                                             L"GetSystemInfo"};
+    constexpr std::wstring_view kAnswered[] = {L"SendMail",       L"Connect",
+                                               L"GetMailCount",   L"RetrieveMessage",
+                                               L"DeleteMessage",  L"Disconnect",
+                                               L"WaitOnWindow",   L"WaitForWindow",
+                                               L"GetAdapterInfo", L"WaitForWindowToComeAndGo"};
+    if (!kTypes[type].hasEvents) {
+        return Promise::kNever;
+    }
+    if (std::ranges::find(kCalled, member) != std::end(kCalled)) {
+        return Promise::kWhenCalled;
+    }
+    return std::ranges::find(kAnswered, member) != std::end(kAnswered) ? Promise::kWhenAnswered
+                                                                       : Promise::kNever;
+}
+
+BOOL CALLBACK Disturb(HWND window, LPARAM message) {
+    DWORD process = 0;
+    wchar_t title[20] = L"";
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId() && InternalGetWindowText(window, title, 20) &&
+        std::wstring_view(title) == L"PostbackWindow") {
+        PostMessageW(window, static_cast<UINT>(message), 0, 0);
+    }
+    return TRUE;
+}
+
+std::wstring NameOf(ITypeInfo* info, MEMBERID member) {
+    UniqueBstr name;
+    info->GetDocumentation(member, name.Put(), nullptr, nullptr, nullptr);
+    return std::wstring(TextOf(name.Get()));
+}
+
+} // namespace
+
+bool RandomCalls::Run(DWORD milliseconds) {
+    const Apartment apartment;
+    const DWORD start = GetTickCount();
+    while (GetTickCount() - start < milliseconds) {
+        Step();
+        PumpUntil([] { return false; }, Below(20));
+    }
+    return Drain();
+}
+
+void RandomCalls::Step() {
+    if (entries_.size() < kMostObjects && Below(4) == 0) {
+        Make();
+    } else if (!entries_.empty() && Below(12) == 0) {
+        Drop(Below(static_cast<unsigned>(entries_.size())));
+    } else if (Below(40) == 0) {
+        PostStrayMessages();
+    } else if (!entries_.empty()) {
+        CallAnyMember(entries_[Below(static_cast<unsigned>(entries_.size()))]);
+    }
+}
+
+void RandomCalls::Make() {
+    Entry entry{Below(std::size(kTypes)), {}, nullptr};
+    const Type& type = kTypes[entry.type];
+    entry.object = TestComponent::Get().Create(type.clsid);
+    Prepare(entry.object.Get(), entry.type);
+    if (type.hasEvents) {
+        entry.sink = new CountingSink(type.endsSilently, type.progress);
+        Advise(entry.object.Get(), entry.sink);
+    }
+    entries_.push_back(std::move(entry));
+}
+
+// Enough for an operation to succeed; what comes later may change it.
+void RandomCalls::Prepare(IDispatch* object, size_t type) {
+    if (type != kSmtp && type != kPop) {
+        return;
+    }
+    Write(object, type == kSmtp ? L"SmtpServer" : L"PopServer", L"127.0.0.1");
+    Write(object, L"Port",
+          server_.Port(type == kSmtp ? LoopbackServer::kSmtp : LoopbackServer::kPop3));
+    Write(object, L"Login", L"me");
+    Write(object, L"Password", L"secret");
+    Write(object, L"Timeout", 5);
+    if (type == kSmtp) {
+        const auto mail = TestComponent::Get().Create(__uuidof(::EmailData));
+        Write(mail.Get(), L"From", L"me@a.example");
+        Write(mail.Get(), L"To", L"you@b.example");
+        Write(mail.Get(), L"TextMessage", L"text");
+        Write(object, L"EmailData", Variant::FromObject(AddReference(mail.Get())).Get());
+    }
+}
+
+void RandomCalls::CallAnyMember(Entry& entry) {
+    ComPtr<ITypeInfo> info;
+    TYPEATTR* attributes = nullptr;
+    if (FAILED(entry.object->GetTypeInfo(0, 0, info.Put())) ||
+        FAILED(info->GetTypeAttr(&attributes))) {
+        return;
+    }
+    FUNCDESC* function = nullptr;
+    if (SUCCEEDED(info->GetFuncDesc(Below(attributes->cFuncs), &function))) {
+        // The members of IUnknown and IDispatch are listed as well, for languages that need them.
+        if ((function->wFuncFlags & FUNCFLAG_FRESTRICTED) == 0) {
+            Invoke(entry, *function, NameOf(info.Get(), function->memid));
+        }
+        info->ReleaseFuncDesc(function);
+    }
+    info->ReleaseTypeAttr(attributes);
+}
+
+void RandomCalls::Invoke(Entry& entry, const FUNCDESC& function, const std::wstring& name) {
+    std::vector<Variant> arguments; // the last one first
+    for (SHORT i = function.cParams; i > 0; --i) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[i - 1];
+        if ((parameter.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) == 0) {
+            arguments.push_back(AnyValue(parameter.tdesc.vt, name));
+        }
+    }
+    std::vector<VARIANT> values;
+    for (const Variant& argument : arguments) {
+        values.push_back(argument.Get());
+    }
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters = {values.data(), nullptr, static_cast<UINT>(values.size()), 0};
+    if (function.invkind == INVOKE_PROPERTYPUT) {
+        parameters.rgdispidNamedArgs = &put;
+        parameters.cNamedArgs = 1;
+    }
+    const Promise promise = PromiseOf(entry.type, name);
+    if (promise != Promise::kNever) {
+        entry.sink->Promise(); // before the call: the event may be faster than its return
+    }
+    Variant result;
+    const HRESULT status = entry.object->Invoke(function.memid, IID_NULL, LOCALE_USER_DEFAULT,
+                                                static_cast<WORD>(function.invkind), &parameters,
+                                                result.Put(), nullptr, nullptr);
+    ++calls_;
+    const bool kept = status == S_OK && (promise == Promise::kWhenCalled ||
+                                         result.As(VT_I4).value_or(Variant()).Get().lVal != 0);
+    if (promise != Promise::kNever && !kept) {
+        entry.sink->TakeBack();
+    }
+}
+
+Variant RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
+    constexpr std::array kTexts = {L"",
+                                   L"127.0.0.1",
+                                   L"localhost",
+                                   L"a.example",
+                                   L"Software\\Soak",
+                                   L"Name",
+                                   L".*",
+                                   L"(",
+                                   L"a@b.example",
+                                   L"Soak: one",
+                                   L"76D636E1-1924-46F8-9F21-4771A07EA0E3",
+                                   L"http://a.example/"};
+    constexpr std::array kNumbers = {-1L, 0L, 1L, 2L, 3L, 5L};
+    const wchar_t* text = kTexts[Below(kTexts.size())];
+    const long number = kNumbers[Below(kNumbers.size())];
+    switch (type) {
+    case VT_BSTR:
+        return std::move(*Variant::FromText(text));
+    case VT_BOOL:
+        return Variant::FromBool(Below(2) == 0);
+    case VT_VARIANT:
+        return Below(2) ? Variant::FromLong(number) : std::move(*Variant::FromText(text));
+    case VT_DISPATCH:
+    case VT_PTR: // a message, which is the only object that is ever asked for
+        return Variant::FromObject(TestComponent::Get().Create(__uuidof(::EmailData)));
+    default:
+        return Variant::FromLong(member == L"Timeout" ? Below(5) : number);
+    }
+}
+
+// The object may be busy: it lives until its last event, and in half of the cases that event
+// releases the last reference.
+void RandomCalls::Drop(size_t index) {
+    Entry entry = std::move(entries_[index]);
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
+    if (!entry.sink) {
+        return;
+    }
+    if (!kTypes[entry.type].endsSilently && entry.sink->IsOwed() && Below(2) == 0) {
+        entry.sink->ReleaseInEvent(AddReference(entry.object.Get()).Release());
+    }
+    entry.object.Reset();
+    entry.sink->Release();
+}
+
+void RandomCalls::PostStrayMessages() {
+    const UINT message = Below(2) ? WM_USER : WM_CLOSE;
+    EnumWindows(Disturb, static_cast<LPARAM>(message));
+    for (HWND window = nullptr;
+         (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;) {
+        Disturb(window, static_cast<LPARAM>(message));
+    }
+}
+
+// A wait without a time-out ends only so.
+void RandomCalls::EndWaits(Entry& entry) {
+    for (long id = 1; entry.type == kWindows && id <= kMostWaits; ++id) {
+        Call(entry.object.Get(), L"AbortWait", {id});
+    }
+}
+
+bool RandomCalls::Drain() {
+    for (Entry& entry : entries_) {
+        EndWaits(entry);
+    }
+    const bool all = PumpUntil(
+        [this] {
+            return std::ranges::none_of(
+                entries_, [](const Entry& entry) { return entry.sink && entry.sink->IsOwed(); });
+        },
+        kPatience);
+    for (const Entry& entry : entries_) {
+        if (entry.sink && entry.sink->IsOwed()) {
+            std::printf("class %u: an event stays out\n", static_cast<unsigned>(entry.type + 1));
+        }
+    }
+    while (!entries_.empty()) {
+        Drop(entries_.size() - 1);
+    }
+    return all;
+}
+
+} // namespace tervane::test
