@@ -51,12 +51,13 @@ echo.>> "%REPORT%"
 echo == %1>> "%REPORT%"
 %2\regsvr32.exe /s "%~dp0%1\Tervane.DLL"
 call :result registered
-%3 //nologo check.js %4 >> "%REPORT%" 2>&1
+%3 //nologo check.js %1 %4 >> "%REPORT%" 2>&1
 call :result JScript
-%3 //nologo check.vbs %4 >> "%REPORT%" 2>&1
+%3 //nologo check.vbs %1 %4 >> "%REPORT%" 2>&1
 call :result VBScript
-%1\log_viewer.exe dump --count 1 >> "%REPORT%" 2>&1
+type "%TEMP%\tervane-log.txt" >> "%REPORT%" 2>&1
 call :result log
+del "%TEMP%\tervane-log.txt" 2> nul
 %2\regsvr32.exe /s /u "%~dp0%1\Tervane.DLL"
 call :result unregistered
 goto :eof

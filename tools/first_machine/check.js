@@ -1,5 +1,6 @@
 // Creates every class and awaits an event of each kind. Part of check.cmd, on any Windows since XP:
-// only what the first script engines know. Its exit code is the number of failures.
+// only what the first script engines know. Its exit code is the number of failures. Its arguments:
+// the folder with the log viewer, and "norenew" to leave the network cards' addresses alone.
 
 var PATIENCE = 30; // seconds for each event
 var failures = 0;
@@ -118,9 +119,16 @@ if (connection) {
 }
 
 var dhcp = create("Tervane.DHCP", "Dhcp_");
-if (WScript.Arguments.length > 0 && WScript.Arguments(0) == "norenew") {
+if (WScript.Arguments.length > 1) {
     WScript.Echo("left out OnReleaseRenewComplete, as asked");
 } else {
     await("OnReleaseRenewComplete", function () { dhcp.ReleaseRenew(); });
 }
+
+// Which log ring there is: it lives as long as somebody uses it, as the POP3 object does now.
+attempt("log", function () {
+    var viewer = WScript.Arguments(0) + "\\log_viewer.exe dump --count 1";
+    var file = "\"%TEMP%\\tervane-log.txt\"";
+    new ActiveXObject("WScript.Shell").Run("cmd.exe /c " + viewer + " > " + file + " 2>&1", 0, true);
+});
 WScript.Quit(failures);

@@ -134,7 +134,7 @@ Else
 End If
 
 Set dhcp = WScript.CreateObject("Tervane.DHCP", "Dhcp_")
-If WScript.Arguments.Count > 0 Then
+If WScript.Arguments.Count > 1 Then
     WScript.Echo "left out OnReleaseRenewComplete, as asked"
 Else
     dhcp.ReleaseRenew
