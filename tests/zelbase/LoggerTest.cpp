@@ -149,21 +149,22 @@ TEST_F(LoggerTest, GoesOnAfterAProcessDiedWithTheMutex) {
     }
 }
 
+DWORD WINAPI LogManyRecords(void* logger) {
+    for (int i = 0; i < 20; ++i) {
+        static_cast<Logger*>(logger)->Log("dropped");
+    }
+    return 0;
+}
+
 // Only the first of many records is waited for, and by a thread of the host hardly at all.
 TEST_F(LoggerTest, DropsRecordsWhileTheRingStaysLocked) {
-    const auto log = [](void* logger) -> DWORD {
-        for (int i = 0; i < 20; ++i) {
-            static_cast<Logger*>(logger)->Log("dropped");
-        }
-        return 0;
-    };
     Logger* const logger = logger_.get();
     for (const bool isOwn : {true, false}) {
         view_->Lock();
         const DWORD start = GetTickCount();
         const UniqueHandle writer =
-            isOwn ? ModulePin::StartThread(log, logger)
-                  : UniqueHandle(CreateThread(nullptr, 0, log, logger, 0, nullptr));
+            isOwn ? ModulePin::StartThread(&LogManyRecords, logger)
+                  : UniqueHandle(CreateThread(nullptr, 0, &LogManyRecords, logger, 0, nullptr));
         ASSERT_EQ(WaitForSingleObject(writer.Get(), 60000), WAIT_OBJECT_0);
         const DWORD took = GetTickCount() - start;
         EXPECT_TRUE(isOwn ? took >= 950 && took < 5000 : took < 900) << took;
