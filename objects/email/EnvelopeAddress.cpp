@@ -3,6 +3,8 @@
 #include "ZelBase/TextConversion.h"
 #include "objects/email/TrimmedText.h"
 
+#include <algorithm>
+
 namespace tervane {
 namespace {
 
@@ -29,7 +31,10 @@ std::string EnvelopeAddress(std::wstring_view header) {
     if (close != header.npos) {
         header = header.substr(open + 1, close - open - 1);
     }
-    return ZelBase::Utf16ToBytes(Trimmed(header, L" \t"));
+    std::string address = ZelBase::Utf16ToBytes(Trimmed(header, L" \t"));
+    // A zero character would cut it short on its way, and what is left might be somebody's address.
+    std::replace(address.begin(), address.end(), '\0', ' ');
+    return address;
 }
 
 } // namespace tervane

@@ -12,6 +12,8 @@
 namespace tervane::test {
 namespace {
 
+using namespace std::string_literals;
+
 constexpr DWORD kPatience = 30000;
 
 // What a server says at each step, after what the client has said.
@@ -283,12 +285,13 @@ TEST_F(SmtpCtlTest, TakesAddressesThatCannotBeSentAsRefused) {
     script.erase(script.end() - 2); // MAIL
     script.push_back("S:221 bye\r\n");
     for (const wchar_t* property : {L"From", L"To"}) {
-        for (const wchar_t* address : {L"a@b\r\nDATA", L"A <a@b\n>", L"a b@c", L"<a\uFF1Cb@c>",
-                                       L"a@b\uFF1E", L"a\x7F@b", L"a@b\x85"}) {
+        for (const std::wstring& address :
+             {L"a@b\r\nDATA"s, L"A <a@b\n>"s, L"a b@c"s, L"<a\uFF1Cb@c>"s, L"a@b\uFF1E"s,
+              L"a\x7F@b"s, L"a@b\x85"s, L"a@b\0c"s}) {
             Write(mail.Get(), property, address);
             Prepare();
             ScriptedServer server({script});
-            EXPECT_EQ(Outcome(server.Port()), L"SMTP_UNEXPECTED") << std::wstring(address);
+            EXPECT_EQ(Outcome(server.Port()), L"SMTP_UNEXPECTED") << address;
             EXPECT_EQ(server.Problems(), "");
         }
         Write(mail.Get(), property, L"a@b");

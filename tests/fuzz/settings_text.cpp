@@ -58,6 +58,7 @@ void ReadAddresses(const std::wstring& text) {
     Require(address.size() <= text.size());
     Require(!ZelNet::IsEnvelopeAddress(address) ||
             address.find_first_of("\r\n<> \t") == std::string::npos);
+    Require(address.find('\0') == std::string::npos);
 }
 
 void ReadNames(const std::wstring& text) {
