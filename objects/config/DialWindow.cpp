@@ -33,6 +33,9 @@ DialWindow::DialWindow() : progressMessage_(ProgressMessage()), window_(MakeMess
 }
 
 LRESULT CALLBACK DialWindow::OnMessage(HWND window, UINT message, WPARAM state, LPARAM error) {
+    if (message == WM_CLOSE) {
+        return 0; // only its owner ends it: without it the end of the dialling is never heard of
+    }
     auto* self = reinterpret_cast<DialWindow*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (!self || message != self->progressMessage_) {
         return DefWindowProcA(window, message, state, error);
