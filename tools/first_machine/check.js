@@ -2,7 +2,7 @@
 // only what the first script engines know. Its exit code is the number of failures. Its arguments:
 // the folder with the log viewer, and "norenew" to leave the network cards' addresses alone.
 
-var PATIENCE = 30; // seconds for each event
+var patience = 30; // seconds for each event
 var failures = 0;
 var arrived = {};
 
@@ -24,7 +24,7 @@ function attempt(what, action) {
 function await(event, action) {
     arrived[event] = null;
     if (attempt(event, function () { action(); return true; })) {
-        for (var waited = 0; arrived[event] === null && waited < PATIENCE * 10; waited++) {
+        for (var waited = 0; arrived[event] === null && waited < patience * 10; waited++) {
             WScript.Sleep(100);
         }
         report(arrived[event] !== null, "event " + event +
@@ -122,6 +122,7 @@ var dhcp = create("Tervane.DHCP", "Dhcp_");
 if (WScript.Arguments.length > 1) {
     WScript.Echo("left out OnReleaseRenewComplete, as asked");
 } else {
+    patience = 180; // five or more for each card
     await("OnReleaseRenewComplete", function () { dhcp.ReleaseRenew(); });
 }
 

@@ -1,7 +1,8 @@
 ' The same as check.js for VBScript, with an event of each class that has any.
 Option Explicit
 
-Const PATIENCE = 30 ' seconds for each event
+Dim patience ' seconds for each event
+patience = 30
 Const NONE = "No window of this title"
 
 Dim failures, arrived, value
@@ -29,7 +30,7 @@ Sub Await(name)
         Err.Clear
         Exit Sub
     End If
-    For waited = 1 To PATIENCE * 10
+    For waited = 1 To patience * 10
         If arrived Then Exit For
         WScript.Sleep 100
     Next
@@ -137,6 +138,7 @@ Set dhcp = WScript.CreateObject("Tervane.DHCP", "Dhcp_")
 If WScript.Arguments.Count > 1 Then
     WScript.Echo "left out OnReleaseRenewComplete, as asked"
 Else
+    patience = 180 ' five or more for each card
     dhcp.ReleaseRenew
     Await "OnReleaseRenewComplete"
 End If
