@@ -39,6 +39,13 @@ STDAPI DllUnregisterServer() {
     return ModuleState::Get() ? Guarded([] { return tervane::UnregisterModule(); }) : E_INVALIDARG;
 }
 
+// The notifications of threads that end are not switched off: each brings the record of its
+// thread's exceptions back, which nobody else would free. (The system does not switch them off
+// anyway for a library with a directory of thread-local storage, which the compiler's start code
+// always has.)
+//
+// Loading fails only without a slot for those records: all threads would share one, and the first
+// two that throw at a time would bring the host down.
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
     if (reason == DLL_THREAD_DETACH) {
         tervane::FreeRunTimeStateOfThread();
