@@ -25,6 +25,7 @@ struct MailWorker::Shared {
     bool busy ZELBASE_GUARDED_BY(mutex) = false;
     std::optional<MailTask> waiting ZELBASE_GUARDED_BY(mutex);
     std::optional<MailTask> completed ZELBASE_GUARDED_BY(mutex);
+    std::function<void()> closeWhenLeft ZELBASE_GUARDED_BY(mutex);
 };
 
 MailWorker::MailWorker() : shared_(std::make_shared<Shared>()) {}
@@ -52,6 +53,11 @@ bool MailWorker::Start() {
     shared_->started = static_cast<bool>(ZelBase::ModulePin::StartThread(
         [shared = shared_, thread = OpenThisThread()] { Run(*shared, thread.Get()); }));
     return shared_->started;
+}
+
+void MailWorker::CloseWhenLeft(std::function<void()> close) {
+    const LocalMutexLock lock(shared_->mutex);
+    shared_->closeWhenLeft.swap(close);
 }
 
 bool MailWorker::IsBusy() const {
@@ -132,11 +138,17 @@ void MailWorker::HandOver(Shared& shared, MailTask task) noexcept {
 // new worker and a new window there.
 void MailWorker::Leave(Shared& shared) noexcept {
     std::optional<MailTask> waiting;
+    std::function<void()> close;
     {
         const LocalMutexLock lock(shared.mutex);
         shared.started = false;
         shared.window = nullptr;
+        shared.busy = true; // until all is closed
         waiting = std::exchange(shared.waiting, std::nullopt);
+        close.swap(shared.closeWhenLeft);
+    }
+    if (close) {
+        close();
     }
     Abandon(shared);
 }

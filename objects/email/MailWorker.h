@@ -37,8 +37,11 @@ public:
     MailWorker& operator=(const MailWorker&) = delete;
 
     // Whether there is a thread; the first call starts it and makes the window, on the object's
-    // thread.
+    // thread. Not sooner: many an object is only asked for its settings, and windows are few.
     bool Start();
+    // What the worker does when the object's thread has ended, even if no task is under way: closes
+    // what stays open between tasks. It must not need the object. Replaces the one before.
+    void CloseWhenLeft(std::function<void()> close);
     // Whether a task has been begun whose completion has not been taken.
     bool IsBusy() const;
     // Hands the task to the thread; false, and nothing done, when it is busy.

@@ -42,6 +42,11 @@ PopStatus PopCtl::StartConnecting() {
     if (!session_) {
         session_ = std::make_shared<PopSession>();
     }
+    worker_.CloseWhenLeft([left = std::weak_ptr(session_)] {
+        if (const auto session = left.lock()) {
+            session->Close();
+        }
+    });
     if (!session_->Renew()) {
         return PopStatus::kInternalError;
     }
