@@ -1,5 +1,6 @@
 #include "ZelBase/LogRing.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -88,8 +89,14 @@ LogRing::Result LogRing::Open(Place place, DWORD patienceMs,
 // have put something else in the place of any object. A log that only the session sees is better
 // than none, without which there would be no thread and no socket either.
 LogRing::Result LogRing::OpenShared(DWORD patienceMs, std::unique_ptr<LogRing>& ring) noexcept {
+    const DWORD start = GetTickCount();
     const Result result = Open(Place::kMachine, patienceMs, ring);
-    return result == Result::kRefused ? Open(Place::kSession, patienceMs, ring) : result;
+    if (result != Result::kRefused) {
+        return result;
+    }
+    // The patience is for both together.
+    const DWORD waited = std::min<DWORD>(GetTickCount() - start, patienceMs);
+    return Open(Place::kSession, patienceMs - waited, ring);
 }
 
 LogRing::Result LogRing::OpenObjects(DWORD patienceMs) noexcept {
