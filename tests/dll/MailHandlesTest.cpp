@@ -116,15 +116,17 @@ TEST_F(MailHandlesTest, PopCtlLeavesNone) {
     });
 }
 
-// The object's thread ends when the completion has been posted and before it looks for messages.
+// The object's thread ends when the completion has been posted and before it looks for messages, or
+// with the mailbox open after it did.
 TEST_F(MailHandlesTest, GivesEverythingBackWhenItsThreadEndsWithoutPumping) {
     const Script login = {"S:+OK\r\n", "C:USER*", "S:+OK\r\n", "C:PASS*", "S:+OK\r\n"};
     const Script refusal = {"S:550 no\r\n"};
     auto mail = TestComponent::Get().Create(__uuidof(::EmailData));
     for (int i = 0; i < 10; ++i) {
         ScriptedServer pop({login}), smtp({refusal});
+        ComPtr<IDispatch> reader; // nobody releases it in time
         const auto thread = ZelBase::ModulePin::StartThread([&] {
-            const auto reader = TestComponent::Get().Create(__uuidof(::PopCtl));
+            reader = TestComponent::Get().Create(__uuidof(::PopCtl));
             Write(reader.Get(), L"PopServer", L"127.0.0.1");
             Write(reader.Get(), L"Port", pop.Port());
             Write(reader.Get(), L"Login", L"me");
@@ -140,6 +142,7 @@ TEST_F(MailHandlesTest, GivesEverythingBackWhenItsThreadEndsWithoutPumping) {
                 Sleep(10);
             }
             Sleep(20 * static_cast<DWORD>(i)); // the posts come in between
+            PumpUntil([&] { return i % 2 == 0; }, 200);
         });
         EXPECT_EQ(WaitForSingleObject(thread.Get(), kPatience), WAIT_OBJECT_0);
         EXPECT_EQ(pop.Problems() + smtp.Problems(), ""); // ends when the connections are closed
