@@ -133,8 +133,11 @@ bool WIN32_SETManager::Attach(const std::shared_ptr<WIN32_SocketEventThreadListe
     if (!AddThread()) {
         return false;
     }
-    if (offer(threads_.back())) {
-        return true;
+    try {
+        if (offer(threads_.back())) {
+            return true;
+        }
+    } catch (const std::bad_alloc&) { // a new thread that serves nobody has to go all the same
     }
     threads_.back()->Stop();
     threads_.pop_back();

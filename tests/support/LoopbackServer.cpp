@@ -15,9 +15,18 @@ struct Answer {
 
 // Lines that begin with none of the words are the text of a mail.
 constexpr Answer kSmtpAnswers[] = {
-    {"", "220 hello\r\n"},  {"HELO", "250 ok\r\n"},  {"EHLO", "250 ok\r\n"},
-    {"MAIL", "250 ok\r\n"}, {"RCPT", "250 ok\r\n"},  {"DATA", "354 go on\r\n"},
-    {".", "250 taken\r\n"}, {"QUIT", "221 bye\r\n"},
+    {"", "220 hello\r\n"},
+    {"HELO", "250 ok\r\n"},
+    {"EHLO", "250 ok\r\n"},
+    {"MAIL", "250 ok\r\n"},
+    {"RCPT", "250 ok\r\n"},
+    {"DATA", "354 go on\r\n"},
+    {".", "250 taken\r\n"},
+    {"QUIT", "221 bye\r\n"},
+    // AUTH LOGIN of "me" with "secret".
+    {"AUTH", "334 VXNlcm5hbWU6\r\n"},
+    {"bWU=", "334 UGFzc3dvcmQ6\r\n"},
+    {"c2VjcmV0", "235 ok\r\n"},
 };
 constexpr Answer kPopAnswers[] = {
     {"", "+OK hello\r\n"},
