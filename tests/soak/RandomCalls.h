@@ -44,6 +44,7 @@ private:
     std::mt19937 random_;
     const LoopbackServer& server_;
     std::vector<Entry> entries_;
+    std::vector<Entry> dropped_; // without their objects, but with what tells of their events
     long calls_ = 0;
 };
 
