@@ -31,6 +31,17 @@ private:
     std::optional<int> quit_;
 };
 
+// Whether the result of a wait for `count` handles names one of them.
+bool IsHandle(DWORD result, DWORD count) noexcept {
+    return result < WAIT_OBJECT_0 + count ||
+           (result >= WAIT_ABANDONED_0 && result < WAIT_ABANDONED_0 + count);
+}
+
+bool IsAnySet(std::span<const HANDLE> handles) noexcept {
+    const auto count = static_cast<DWORD>(handles.size());
+    return IsHandle(WaitForMultipleObjects(count, handles.data(), FALSE, 0), count);
+}
+
 } // namespace
 
 bool WaitWhilePumping(HANDLE handle, DWORD milliseconds) noexcept {
@@ -40,19 +51,14 @@ bool WaitWhilePumping(HANDLE handle, DWORD milliseconds) noexcept {
 bool WaitForAnyWhilePumping(std::span<const HANDLE> handles, DWORD milliseconds) noexcept {
     MessagePump pump;
     const auto count = static_cast<DWORD>(handles.size());
-    const auto isOver = [&] {
-        const DWORD result = WaitForMultipleObjects(count, handles.data(), FALSE, 0);
-        return result < WAIT_OBJECT_0 + count ||
-               (result >= WAIT_ABANDONED_0 && result < WAIT_ABANDONED_0 + count);
-    };
     const DWORD start = GetTickCount();
     for (;;) {
         const DWORD elapsed = GetTickCount() - start;
         if (elapsed >= milliseconds) {
-            return isOver();
+            return IsAnySet(handles);
         }
         if (pump.DispatchOne()) {
-            if (isOver()) { // messages need not ever pause
+            if (IsAnySet(handles)) { // messages need not ever pause
                 return true;
             }
             continue;
@@ -63,9 +69,7 @@ bool WaitForAnyWhilePumping(std::span<const HANDLE> handles, DWORD milliseconds)
         if (result == WAIT_TIMEOUT || result == WAIT_FAILED) {
             return false;
         }
-        const bool isMessage =
-            result == WAIT_OBJECT_0 + count || result == WAIT_ABANDONED_0 + count;
-        if (!isMessage) {
+        if (IsHandle(result, count)) {
             return true;
         }
     }
