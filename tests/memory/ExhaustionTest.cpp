@@ -257,9 +257,11 @@ protected:
                     testing::PrintToString(usual.answer).c_str());
     }
 
+    // Without memory for the call itself no event may come.
     static bool IsKnown(const std::wstring& answer, const Outcome& usual, const Texts& failures) {
-        return answer == usual.answer || answer.starts_with(L"8007000E") ||
-               IsAmong(failures, answer);
+        const bool isRefused =
+            answer.starts_with(L"8007000E") && answer.find(L" 1:") == std::wstring::npos;
+        return isRefused || answer == usual.answer || IsAmong(failures, answer);
     }
 
     // Waits until what an attempt has used is given back: threads may still be ending.
