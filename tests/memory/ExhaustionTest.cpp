@@ -231,7 +231,8 @@ protected:
                         const Texts& failures) {
         attempt(0); // whatever is made once only
         const Outcome usual = attempt(0);
-        EXPECT_FALSE(usual.answer.ends_with(kLost)) << testing::PrintToString(usual.answer);
+        EXPECT_FALSE(usual.answer.ends_with(kLost) || usual.answer == L"false")
+            << testing::PrintToString(usual.answer);
         PumpUntil([] { return false; }, 500); // threads may still be ending
         long blocks = LiveBlocks();
         size_t handles = OpenHandleCount();
@@ -303,7 +304,7 @@ class MemberExhaustionTest : public ExhaustionTest,
                              public testing::WithParamInterface<Operation> {};
 
 LoopbackServer& Server() {
-    static LoopbackServer server("127.0.0.53");
+    static LoopbackServer server("127.0.0.1");
     return server;
 }
 
@@ -508,7 +509,7 @@ TEST_F(ExhaustionTest, LookUpSucceedsOrFails) {
         GTEST_SKIP() << "port 53 of the loopback is not to be had";
     }
     ZelNet::InitializeSockets();
-    const std::string server = "127.0.0.53";
+    const std::string server = "127.0.0.1";
     const std::string name = "a.example";
     Exhaust(
         [&](long failing) {
