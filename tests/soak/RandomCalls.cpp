@@ -267,8 +267,7 @@ bool RandomCalls::Drain() {
     const auto isOwed = [](const Entry& entry) { return entry.sink && entry.sink->IsOwed(); };
     const bool all = PumpUntil(
         [&] {
-            return std::ranges::none_of(entries_, isOwed) &&
-                   std::ranges::none_of(dropped_, isOwed);
+            return std::ranges::none_of(entries_, isOwed) && std::ranges::none_of(dropped_, isOwed);
         },
         kPatience);
     for (const auto* list : {&entries_, &dropped_}) {
