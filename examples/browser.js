@@ -73,18 +73,18 @@ function stored(name) {
 }
 
 function changeProxy() {
-    WScript.Echo("Setting one proxy for all protocols");
+    WScript.Echo("Setting one proxy for all protocols but socks");
     var before = stored("ProxyServer");
     browser.HttpProxyServer = browser.HttpsProxyServer = browser.FtpProxyServer =
-        browser.GopherProxyServer = browser.SocksProxyServer = "proxy.example.org:8080";
+        browser.GopherProxyServer = "proxy.example.org:8080";
     expect("stored before the commit", stored("ProxyServer"), before);
     browser.CommitProxyServers();
     expect("stored", stored("ProxyServer"), "proxy.example.org:8080");
     expect("enabled", stored("ProxyEnable"), 1);
 
-    WScript.Echo("A proxy of its own for ftp, none for gopher and socks");
+    WScript.Echo("A proxy of its own for ftp, none for gopher");
     browser.FtpProxyServer = "ftp.example.org:2121";
-    browser.GopherProxyServer = browser.SocksProxyServer = "";
+    browser.GopherProxyServer = "";
     browser.CommitProxyServers();
     expect("stored", stored("ProxyServer"),
            "http=proxy.example.org:8080;https=proxy.example.org:8080;ftp=ftp.example.org:2121");
