@@ -64,6 +64,7 @@ private:
     static void Push(List& list, ThreadExceptions* exceptions) noexcept;
     static void Unlink(List& list, ThreadExceptions* exceptions) noexcept;
     void Free(ThreadExceptions* exceptions) noexcept ZELBASE_REQUIRES(lock_);
+    bool IsSpare(const ThreadExceptions* exceptions) const noexcept;
 
     ZelBase::CriticalSection lock_;
     List used_ ZELBASE_GUARDED_BY(lock_) = nullptr;
@@ -90,8 +91,11 @@ ExceptionsOfThreads::~ExceptionsOfThreads() {
     TlsFree(slot);
     slot = TLS_OUT_OF_INDEXES;
     const CriticalSectionLock lock(lock_);
-    while (used_) {
-        Free(used_);
+    while (ThreadExceptions* exceptions = used_) {
+        used_ = exceptions->next;
+        if (!IsSpare(exceptions)) {
+            delete exceptions;
+        }
     }
     for (std::size_t i = 0; i < semaphoreCount && i < kMostSemaphores; ++i) {
         CloseHandle(semaphores[i]);
@@ -137,12 +141,16 @@ void ExceptionsOfThreads::Remove(ThreadExceptions* exceptions) noexcept {
 
 void ExceptionsOfThreads::Free(ThreadExceptions* exceptions) noexcept {
     Unlink(used_, exceptions);
-    const std::less<> before;
-    if (before(exceptions, spares_.data()) || !before(exceptions, spares_.data() + kSpares)) {
-        delete exceptions;
-    } else {
+    if (IsSpare(exceptions)) {
         Push(unusedSpares_, exceptions);
+    } else {
+        delete exceptions;
     }
+}
+
+bool ExceptionsOfThreads::IsSpare(const ThreadExceptions* exceptions) const noexcept {
+    const std::less<> before;
+    return !before(exceptions, spares_.data()) && before(exceptions, spares_.data() + kSpares);
 }
 
 // Never null: without a place for its exceptions a thread cannot go on.
