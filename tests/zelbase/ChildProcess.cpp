@@ -29,12 +29,14 @@ ChildProcess ChildProcess::SelfOnOldSystem(const std::string& role, const std::s
     return child;
 }
 
-ChildProcess ChildProcess::Program(const std::string& place, const std::string& arguments) {
+ChildProcess ChildProcess::Program(const std::string& place, const std::string& arguments,
+                                   HANDLE screen) {
     const std::string own = OwnPath();
-    return ChildProcess("\"" + own.substr(0, own.rfind('\\') + 1) + place + "\" " + arguments);
+    return ChildProcess("\"" + own.substr(0, own.rfind('\\') + 1) + place + "\" " + arguments,
+                        screen);
 }
 
-ChildProcess::ChildProcess(std::string commandLine) {
+ChildProcess::ChildProcess(std::string commandLine, HANDLE screen) {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
     UniqueHandle writeEnd;
     // A small pipe, so that a child whose output nobody reads soon stands still.
@@ -43,7 +45,7 @@ ChildProcess::ChildProcess(std::string commandLine) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = writeEnd.Get();
+    startup.hStdOutput = screen != nullptr ? screen : writeEnd.Get();
     startup.hStdError = writeEnd.Get();
     PROCESS_INFORMATION information = {};
     if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,

@@ -17,8 +17,10 @@ public:
     // A copy of it that the system tells an older version, as Wine's configuration names it
     // ("nt40").
     static ChildProcess SelfOnOldSystem(const std::string& role, const std::string& version);
-    // A program of the same build; `place` is its path from this program's folder.
-    static ChildProcess Program(const std::string& place, const std::string& arguments);
+    // A program of the same build; `place` is its path from this program's folder. `screen`, if not
+    // null, gets its standard output.
+    static ChildProcess Program(const std::string& place, const std::string& arguments,
+                                HANDLE screen = nullptr);
     ~ChildProcess();
     ChildProcess(ChildProcess&&) = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
@@ -31,7 +33,7 @@ public:
     std::optional<DWORD> Wait(DWORD milliseconds = 60000);
 
 private:
-    explicit ChildProcess(std::string commandLine);
+    explicit ChildProcess(std::string commandLine, HANDLE screen = nullptr);
     bool WaitForOutput() const;
 
     UniqueHandle process_;

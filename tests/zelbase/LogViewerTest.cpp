@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <map>
 #include <sstream>
+#include <tuple>
 #include <vector>
 
 namespace ZelBase::test {
@@ -36,6 +38,17 @@ std::vector<std::string> Columns(const std::string& line) {
     return columns;
 }
 
+std::string OwnId(const char* format) {
+    char text[32];
+    std::snprintf(text, sizeof text, format, GetCurrentProcessId());
+    return text;
+}
+
+std::string Contents(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 std::vector<std::string> AllLines(ChildProcess& child) {
     std::vector<std::string> lines;
     while (const auto line = child.ReadLine()) {
@@ -61,10 +74,8 @@ TEST(LogViewer, DumpsWhatIsAskedForOneLineEach) {
     EXPECT_EQ(all.Wait(), 0u);
     ASSERT_EQ(lines.size(), 3u);
     const auto columns = Columns(lines[0]);
-    char process[32];
-    std::snprintf(process, sizeof process, "0x%lx", GetCurrentProcessId());
     EXPECT_EQ(columns[0].size(), std::string("2003-01-31 23:59:59").size());
-    EXPECT_EQ(columns[1], process);
+    EXPECT_EQ(columns[1], OwnId("0x%lx"));
     EXPECT_EQ(columns[3], "ViewerOne");
     EXPECT_EQ(columns[4], "Operation");
     EXPECT_EQ(columns[5], "0");
@@ -72,19 +83,74 @@ TEST(LogViewer, DumpsWhatIsAskedForOneLineEach) {
     EXPECT_EQ(columns[7], "two\\x0d\\x0alines\\x09and \\x1b[31m\\x5c");
     EXPECT_EQ(Columns(lines[1])[7], "traced");
     EXPECT_EQ(Columns(lines[2])[7], "warned");
+}
 
-    auto grave = StartViewer("--level 1 --component ViewerOne --component ViewerTwo");
-    EXPECT_EQ(AllLines(grave).size(), 2u);
-    auto first = StartViewer("dump --count 1 --component ViewerTwo --component ViewerOne");
-    EXPECT_EQ(AllLines(first), std::vector<std::string>{lines[0]});
+TEST(LogViewer, ShowsWhatIsAskedFor) {
+    const auto logger = Logger::Create();
+    logger->SetComponent("ViewerChoice");
+    logger->Log("Read", LogLevel::kError, "failed");
+    logger->Log("Write", LogLevel::kWarning, "Refused it");
+    logger->Log("Write", LogLevel::kTrace, "done with it");
+    const std::pair<std::string, std::vector<std::string>> kRows[] = {
+        {"--level 1", {"failed", "Refused it"}},
+        {"--function WRITE --level 1", {"Refused it"}},
+        {"--function read --function write --count 2", {"failed", "Refused it"}},
+        {"--text REFUSED --text faile", {"failed", "Refused it"}},
+        {"--text it --function Read", {}},
+        {"--process " + OwnId("%lu") + " --level 0", {"failed"}},
+        {"--process 0xfffffff0 --process " + OwnId("0X%lX") + " --level 0", {"failed"}},
+        {"--process 1", {}},
+        {"--since 10m --level 0", {"failed"}},
+        {"--since 2003-01-31 --level 0", {"failed"}},
+        {"--since \"2105-12-31 23:59:59\"", {}},
+    };
+    for (const auto& [options, texts] : kRows) {
+        auto viewer = StartViewer(options + " --component ViewerChoice");
+        std::vector<std::string> shown;
+        for (const std::string& line : AllLines(viewer)) {
+            shown.push_back(Columns(line)[7]);
+        }
+        EXPECT_EQ(shown, texts) << options;
+        EXPECT_EQ(viewer.Wait(), 0u) << options;
+    }
+}
+
+// The file has in UTF-8 what the output has in the code page (Western Europe's, in the tests).
+TEST(LogViewer, SavesWhatItShows) {
+    const auto logger = Logger::Create();
+    logger->SetComponent("ViewerSave");
+    logger->Log("Operation", LogLevel::kTrace, 7u, "\xe4 \"and\" \\ \t");
+    const std::string file = testing::TempDir() + "viewer_saved.txt";
+    const std::string options = " --component ViewerSave --save \"" + file + "\"";
+    auto text = StartViewer(options);
+    const auto lines = AllLines(text);
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(Columns(lines[0])[7], "\xe4 \"and\" \\x5c \\x09");
+    EXPECT_EQ(text.Wait(), 0u);
+    EXPECT_TRUE(Contents(file).ends_with("\t\xc3\xa4 \"and\" \\x5c \\x09\r\n"));
+    auto json = StartViewer("--json" + options);
+    const auto objects = AllLines(json);
+    ASSERT_EQ(objects.size(), 1u);
+    EXPECT_NE(objects[0].find(",\"level\":3,\"value\":7,\"time\":\"20"), std::string::npos);
+    EXPECT_NE(objects[0].find("\",\"process\":\"" + OwnId("0x%lx") + "\",\"thread\":\"0x"),
+              std::string::npos);
+    EXPECT_TRUE(objects[0].ends_with(",\"component\":\"ViewerSave\",\"function\":\"Operation\","
+                                     "\"text\":\"\\u00e4 \\u0022and\\u0022 \\u005c \\u0009\"}"));
+    json.Wait();
+    EXPECT_EQ(Contents(file), objects[0] + "\r\n");
+    EXPECT_EQ(StartViewer("--save Q:\\nowhere\\file").Wait(), 1u);
 }
 
 TEST(LogViewer, RefusesArgumentsThatMakeNoSense) {
     for (const char* arguments :
-         {"tail", "--level", "--level x", "--level 256", "--count 0", "--size 3", "dump follow"}) {
+         {"tail", "--level", "--level x", "--level 256", "--count 0", "--size 3", "dump follow",
+          "--process 0x", "--process x", "--text \"\"", "--save \"\"", "--since 5", "--since 25:00",
+          "--since 2003-04-31", "--since \"2003-04-30 1\"", "--since -1h"}) {
         auto viewer = StartViewer(arguments);
         EXPECT_EQ(viewer.Wait(), 2u) << arguments;
     }
+    auto help = StartViewer("--help");
+    EXPECT_TRUE(help.ReadLine().value_or("").starts_with("Shows the records"));
 }
 
 // What the viewer shows is whole and in order although four processes write at once, and together
@@ -135,9 +201,27 @@ TEST(LogViewer, FollowsSeveralProcesses) {
     EXPECT_GE(counted, 1000u);
 }
 
+class LogViewerConsole : public testing::Test {
+protected:
+    LogViewerConsole() {
+        FreeConsole(); // under Wine that may be one without windows and keys
+        AllocConsole();
+        SetConsoleCtrlHandler(GoOn, TRUE);
+    }
+    ~LogViewerConsole() override {
+        SetConsoleCtrlHandler(GoOn, FALSE);
+        FreeConsole();
+    }
+    // For all processes of this console.
+    static void PressCtrlC() { EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)); }
+
+private:
+    static BOOL WINAPI GoOn(DWORD) { return TRUE; }
+};
+
 // Nobody reads the viewer's output for a while: it stands still in the middle of its work, the
 // writers do not, and afterwards it says how many records it has not seen.
-TEST(LogViewer, SaysHowManyRecordsItMissed) {
+TEST_F(LogViewerConsole, SaysHowManyRecordsItMissed) {
     const auto logger = Logger::Create();
     logger->SetComponent("ViewerMissed");
     const std::string filler(200, 'x');
@@ -149,20 +233,56 @@ TEST(LogViewer, SaysHowManyRecordsItMissed) {
     logger->Log("Flood", LogLevel::kTrace, "last");
     int shown = 0;
     int missedInAll = 0;
-    for (std::string text; text != "last";) {
-        const auto line = viewer.ReadLine();
-        ASSERT_TRUE(line);
+    std::string line;
+    while (!(line = viewer.ReadLine().value_or("")).starts_with("log_viewer")) {
+        ASSERT_NE(line, "");
         int missed = 0;
-        if (std::sscanf(line->c_str(), "--- %d records missed ---", &missed) == 1) {
-            missedInAll += missed;
-        } else {
-            text = Columns(*line)[7];
-            ++shown;
+        const bool isGap = std::sscanf(line.c_str(), "--- %d records missed ---", &missed) == 1;
+        missedInAll += missed;
+        shown += isGap ? 0 : 1;
+        if (!isGap && Columns(line)[7] == "last") {
+            PressCtrlC();
         }
     }
     EXPECT_GT(missedInAll, 0);
     EXPECT_GT(shown, 198);
     EXPECT_GE(shown + missedInAll, kRecords); // more, when others write too
+    EXPECT_EQ(line, "log_viewer: " + std::to_string(shown) + " records shown, " +
+                        std::to_string(missedInAll) + " missed");
+    EXPECT_EQ(viewer.Wait(), 0u);
+}
+
+TEST_F(LogViewerConsole, HasColours) {
+    const auto logger = Logger::Create();
+    logger->SetComponent("ViewerColours");
+    logger->Log("", LogLevel::kTrace, "plain");
+    logger->Log("", LogLevel::kError, "red \xe4");
+    logger->Log("", LogLevel::kWarning, "yellow");
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    for (const auto& [options, error, warning] :
+         {std::tuple("", 0xC, 0x6), std::tuple("--plain ", 0x7, 0x7)}) {
+        const UniqueFile screen(CreateConsoleScreenBuffer(
+            GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CONSOLE_TEXTMODE_BUFFER, nullptr));
+        SetConsoleTextAttribute(screen.Get(), 0x7);
+        auto viewer = ChildProcess::Program(
+            kViewer, std::string(options) + "--component ViewerColours", screen.Get());
+        EXPECT_EQ(viewer.Wait(), 0u);
+        CONSOLE_SCREEN_BUFFER_INFO info{};
+        ASSERT_TRUE(GetConsoleScreenBufferInfo(screen.Get(), &info));
+        std::wstring text(static_cast<size_t>(info.dwSize.X) * 8, L' ');
+        std::vector<WORD> colours(text.size());
+        DWORD got = 0;
+        ReadConsoleOutputCharacterW(screen.Get(), text.data(), text.size(), {0, 0}, &got);
+        ReadConsoleOutputAttribute(screen.Get(), colours.data(), colours.size(), {0, 0}, &got);
+        for (const auto& [word, colour] :
+             {std::pair(L"plain", 0x7), std::pair(L"red \u00e4", error),
+              std::pair(L"yellow", warning)}) {
+            const size_t place = text.find(word);
+            ASSERT_NE(place, std::wstring::npos) << options << word;
+            EXPECT_EQ(colours[place], colour) << options << word;
+        }
+        EXPECT_EQ(info.wAttributes, 0x7);
+    }
 }
 
 // The next line that shows a record of that component.

@@ -4,32 +4,31 @@
 // records, and is told how many.
 
 #include "ZelBase/LogRing.h"
+#include "tools/log_viewer/RingCursor.h"
 
-#include <cstdint>
-#include <vector>
-
-struct LogBatch {
-    // Records that were overwritten before they could be read; they come before those below.
-    std::uint32_t missed = 0;
-    std::vector<ZelBase::LogRecord> records; // oldest first
-};
+#include <atomic>
 
 class LogReader {
 public:
     // Starts at the ring's present end: later records are new. The ring is valid and must outlive
     // the reader.
-    explicit LogReader(const ZelBase::LogRing& ring);
+    explicit LogReader(const ZelBase::LogRing& ring) : ring_(ring), cursor_(ring.Section()) {}
 
-    // What the ring holds, oldest first. False when it stays locked.
+    // What the ring holds; the next wait goes on from there. False when it stays locked.
     bool ReadAll(LogBatch& batch);
-    // Waits for new records. False when the ring stays locked; the caller may go on trying.
+    // Waits for new records; `batch` stays empty when the reader was stopped. False when the ring
+    // stays locked; the caller may go on trying.
     bool WaitForNew(LogBatch& batch);
+
+    // Ends all waiting, now and later, within a second. Any thread.
+    void Stop();
+    bool IsStopped() const { return stopped_; }
 
 private:
     bool Lock() const;
     void WaitForPulse() const;
-    void CopyNewest(std::uint32_t count, std::vector<ZelBase::LogRecord>& records) const;
 
     const ZelBase::LogRing& ring_;
-    std::uint32_t seen_; // the ring's counter when it was read last
+    RingCursor cursor_;
+    std::atomic<bool> stopped_ = false;
 };

@@ -1,30 +1,30 @@
 #pragma once
 
-// Turns records into lines on standard output, one line each, and leaves out what was not asked
-// for.
+// Shows records, one line each, leaves out what was not asked for, and counts.
 
-#include "ZelBase/LogLayout.h"
-#include "tools/log_viewer/LogReader.h"
 #include "tools/log_viewer/Options.h"
-
-#include <string>
-
-// One line, without line end: time (local), process, thread, component, function, level, value and
-// text, with a tab between them. Characters that would tear the line or drive the terminal, and
-// backslashes, are written as escapes.
-std::string RecordLine(const ZelBase::LogRecord& record);
+#include "tools/log_viewer/Output.h"
+#include "tools/log_viewer/RingCursor.h"
 
 class RecordPrinter {
 public:
-    explicit RecordPrinter(const Options& options) : options_(options) {}
+    // Both must outlive this object.
+    RecordPrinter(const Options& options, Output& output) : options_(options), output_(output) {}
 
-    // Prints what is wanted of `batch`, and how many records were missed before it. False when as
-    // many records have been shown as were asked for, or when nobody reads the output any more.
+    // Shows what is wanted of `batch`, and how many records were missed before it. False when as
+    // many records have been shown as were asked for, or when the output takes no more.
     bool Print(const LogBatch& batch);
 
+    std::uint32_t Shown() const { return shown_; }
+    // Of all records, wanted or not.
+    std::uint64_t Missed() const { return missed_; }
+
 private:
-    bool IsWanted(const ZelBase::LogRecord& record) const;
+    void PrintMissed(std::uint32_t count);
+    void PrintRecord(const ZelBase::LogRecord& record);
 
     const Options& options_;
+    Output& output_;
     std::uint32_t shown_ = 0;
+    std::uint64_t missed_ = 0;
 };
