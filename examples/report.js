@@ -972,6 +972,10 @@ function judge(report) {
 
 // ---- writing JSON
 
+function isHalf(code) {
+    return code >= 0xd800 && code < 0xe000;
+}
+
 // Also escapes all that is not ASCII. A half of a surrogate pair is no text in any encoding.
 function escapeForJson(text) {
     return text.replace(/[\ud800-\udbff][\udc00-\udfff]|["\\\x00-\x1f\x7f-\uffff]/g, function (match) {
@@ -979,7 +983,7 @@ function escapeForJson(text) {
         if (match === "\"" || match === "\\") {
             return "\\" + match;
         }
-        if (match.length === 1 && match >= "\ud800" && match <= "\udfff") {
+        if (match.length === 1 && isHalf(match.charCodeAt(0))) {
             return "\\ufffd";
         }
         for (var i = 0; i < match.length; i++) {
@@ -1022,7 +1026,7 @@ function reference(match) {
         code = 0x10000 + (code - 0xd800) * 0x400 + match.charCodeAt(1) - 0xdc00;
     }
     var isBad = code < 0x20 && !(/\s/).test(match) || code >= 0x7f && code < 0xa0 ||
-        code >= 0xd800 && code < 0xe000 || code >= 0xfdd0 && code < 0xfdf0 ||
+        isHalf(code) || code >= 0xfdd0 && code < 0xfdf0 ||
         (code & 0xfffe) === 0xfffe || code >= 0x202a && code <= 0x202e ||
         code >= 0x2066 && code <= 0x2069;
     return "&#" + (isBad ? 0xfffd : code) + ";";

@@ -5,6 +5,10 @@
 #                                      namespace where SERVERS are the system's name servers, and
 #                                      exits with its status; in there, it just returns
 #   make_silent_network                the loopback, and a card behind which 10.55.0.9 never answers
+#   make_machine_with_gateway OPTION...
+#                                      the loopback, and a card with a way out through $gateway, a name
+#                                      server that knows only what dnsmasq's options tell it; what must be
+#                                      killed in the end is in the array processes
 #   start_dnsmasq ADDRESS OPTION...    a name server that knows only what the options tell it; its
 #                                      process is in $started. The array dnsmasqRunner, if set, is
 #                                      the command that runs it.
@@ -40,4 +44,27 @@ start_dnsmasq() {
     "${dnsmasqRunner[@]}" dnsmasq --keep-in-foreground --conf-file=/dev/null --pid-file= --no-resolv --no-hosts \
         --listen-address="$1" --bind-interfaces "${@:2}" &
     started=$!
+}
+
+gateway=10.56.0.1
+
+# The gateway is in a network of its own, too, which lasts as long as the process that keeps it.
+make_machine_with_gateway() {
+    local keeper
+    unshare --net sleep infinity &
+    keeper=$!
+    processes=("$keeper")
+    while [ "$(readlink /proc/$keeper/ns/net)" = "$(readlink /proc/self/ns/net)" ]; do
+        sleep 0.05
+    done
+    dnsmasqRunner=(nsenter --net=/proc/$keeper/ns/net)
+    ip link add near type veth peer name far netns $keeper
+    "${dnsmasqRunner[@]}" ip address add $gateway/24 dev far
+    "${dnsmasqRunner[@]}" ip link set far up
+    start_dnsmasq $gateway "$@"
+    processes+=("$started")
+    ip link set lo up
+    ip address add 10.56.0.2/24 dev near
+    ip link set near up
+    ip route add default via $gateway
 }
