@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
 """A mail server for the examples, on the loopback: what SMTP takes, POP3 hands out.
 
+    mail_server.py [SMTP_PORT POP3_PORT]
+
 Prints its SMTP and its POP3 port in one line and serves until it is ended. Everybody may send,
 everybody may log in with the password "secret", and there is one mailbox; it begins with two mails.
 """
 import socketserver
+import sys
 import threading
 
 PASSWORD = "secret"
@@ -101,14 +104,15 @@ class Server(socketserver.ThreadingTCPServer):
         """Clients may hang up at any time; some only try whether the port is open."""
 
 
-def start(*conversations):
-    """Starts a server for each, and returns their ports."""
-    servers = [Server(("127.0.0.1", 0), conversation) for conversation in conversations]
+def start(*conversations, ports=None):
+    """Starts a server for each, at ports that are free if none are given, and returns their ports."""
+    servers = [Server(("127.0.0.1", port), conversation)
+               for port, conversation in zip(ports or [0] * len(conversations), conversations)]
     for server in servers:
         threading.Thread(target=server.serve_forever, daemon=True).start()
     return [server.server_address[1] for server in servers]
 
 
 if __name__ == "__main__":
-    print(*start(Smtp, Pop), flush=True)
+    print(*start(Smtp, Pop, ports=[int(port) for port in sys.argv[1:]]), flush=True)
     threading.Event().wait()
