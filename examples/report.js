@@ -253,9 +253,16 @@ function gatherSystem() {
              code: toText(info.OS) };
 }
 
+// Empty also where policies keep scripts from the shell.
 function environment(name) {
-    var text = new ActiveXObject("WScript.Shell").ExpandEnvironmentStrings("%" + name + "%");
-    return text === "%" + name + "%" ? "" : toText(text);
+    var text;
+    try {
+        text = new ActiveXObject("WScript.Shell").ExpandEnvironmentStrings("%" + name + "%");
+    } catch (error) {
+        return "";
+    }
+    // Wine leaves the final zero in the text.
+    return text === "%" + name + "%" ? "" : toText(text.replace(/\x00+$/, ""));
 }
 
 function userName() {
@@ -491,12 +498,24 @@ function runTest(tests, kind, of, target, port) {
     return test.result === "ok";
 }
 
+// Whether the name servers know a name, which is asked once. Others may: the system is asked then.
+function isKnown(tests, of, server) {
+    for (var i = 0; i < tests.list.length; i++) {
+        if (tests.list[i].kind === "look-up" && tests.list[i].target === server) {
+            return tests.list[i].result === "ok";
+        }
+    }
+    if (runTest(tests, "look-up", of, server)) {
+        return true;
+    }
+    runTest(tests, "look-up by system", of, server);
+    return false;
+}
+
 // A port by the name of its server can only be tested when the name servers know the name.
 function testServer(tests, of, server, port) {
-    if (numbersOf(server) !== null || runTest(tests, "look-up", of, server)) {
+    if (numbersOf(server) !== null || isKnown(tests, of, server)) {
         runTest(tests, "port", of, server, port);
-    } else {
-        runTest(tests, "look-up by system", of, server);
     }
 }
 
@@ -558,8 +577,8 @@ function testServers(tests, of, servers) {
 
 function gatherTests(report) {
     var tests = { begun: now(), list: [] }, i;
-    report.tests = tests.list;
     newTester();
+    report.tests = tests.list;
     runTest(tests, "ping", "computer", "127.0.0.1");
     var own = addressesOf(report, "address"), gateways = addressesOf(report, "gateway");
     for (i = 0; i < own.length; i++) {
@@ -1104,7 +1123,7 @@ function notGathered() {
 
 function headerOf(report) {
     var m = report.machine;
-    var title = m === null || m.hostName === "" ? "Computer without a name" : m.hostName;
+    var title = m === null ? "Computer" : m.hostName || "Computer without a name";
     var system = m === null ? "" : m.system.name + " " + m.system.displayVersion +
         (m.system.build === "" ? "" : ", build " + m.system.build);
     return tag("header", "", tag("p", "class=\"over\"", "Computer report") +

@@ -74,6 +74,15 @@ run_example() {
     return "$status"
 }
 
+# report_on_machine ARCH FILE: writes the page of examples/report.js. It is well also when something
+# looks wrong with the machine.
+report_on_machine() {
+    local status=0
+    printf '\n=== examples/report.js (%s, script_host)\n' "$1"
+    run_in_host script_host "$1" 120 examples/report.js "$(wine_path "$2")" || status=$?
+    [ $status -le 1 ] && [ -s "$2" ]
+}
+
 # Register or, with /u as second argument, unregister the built DLL with Wine's own regsvr32.
 register_dll() {
     wine_run "$1" 60 regsvr32.exe /s "${@:2}" "$(wine_path "build/$1/Tervane.DLL")"

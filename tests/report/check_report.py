@@ -62,7 +62,9 @@ TROUBLE = {
     "w.missing.push('Tervane.ConfigureIE')": "not-gathered",
     "w.missing.push('Tervane.ConfigureOutlookExpress')": "not-gathered",
     "w.missing.push('Tervane.ConnectivityTester')": "not-gathered",
-    "w.missing.push('WScript.Shell')": "not-gathered",
+    "w.missing.push('WScript.Shell', 'WScript.Network')": "",
+    "w.drives.push(null)": "not-gathered",
+    "w.registry = null": "not-gathered not-gathered not-gathered",
 }
 PRIVATE = ["10.1.2.3", "172.16.0.1", "172.31.9.9", "192.168.1.1", "127.0.0.1", "169.254.3.4", "localhost", "mailhost",
            "mx.office.lan", "nas.local", "box.home.arpa.", "::1", "fd00::25", "[fe80::1]"]
@@ -248,8 +250,9 @@ class ReportTest(unittest.TestCase):
     def test_pages(self):
         for world in ("fine", "troubled", "hostile"):
             self.check_page(world, self.save(world, self.run_report(world)["files"][PAGE]))
-        self.check_page("incomplete", self.save("incomplete", self.run_report(
-            "fine", change="w.missing = ['Tervane.ConfigureIE', 'WScript.Shell', 'Tervane.ConnectivityTester']")["files"][PAGE]))
+        change = ("w.registry = null; w.drives = [null];"
+                  " w.missing = ['Tervane.ConfigureOutlookExpress', 'Tervane.ConnectivityTester']")
+        self.check_page("incomplete", self.save("incomplete", self.run_report("fine", change=change)["files"][PAGE]))
 
     def test_real_reports(self):
         """scripts/steps/test-report has put hostile texts into a real registry, and a network around a real host."""
