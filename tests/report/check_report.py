@@ -68,8 +68,8 @@ TROUBLE = {
 }
 PRIVATE = ["10.1.2.3", "172.16.0.1", "172.31.9.9", "192.168.1.1", "127.0.0.1", "169.254.3.4", "localhost", "mailhost",
            "mx.office.lan", "nas.local", "box.home.arpa.", "::1", "fd00::25", "[fe80::1]"]
-PUBLIC = ["9.9.9.9", "172.15.0.1", "172.32.0.1", "192.169.1.1", "11.0.0.1", "mail.example.org", "134744072", "0x8080808",
-          "local.example.org", "fdic.example", "2001:db8::1", "999.168.1.1", "100.64.0.1"]
+PUBLIC = ["203.0.113.9", "172.15.0.1", "172.32.0.1", "192.169.1.1", "11.0.0.1", "mail.example.org", "3405803785",
+          "0xCB007109", "local.example.org", "fdic.example", "2001:db8::1", "999.168.1.1", "100.64.0.1"]
 SYSTEMS = [  # what the registry says, what people call it, version, build
     ({"ProductName": "Windows 10 Home", "DisplayVersion": "22H2", "CurrentBuild": "19045", "UBR": 3803},
      ("Windows 10 Home", "22H2", "19045.3803")),
@@ -143,11 +143,13 @@ class ReportTest(unittest.TestCase):
 
     def test_arguments_and_exit_codes(self):
         cases = [  # computer, arguments, change of it, exit code, files written
-            ("fine", [], "", 0, [PAGE]), ("troubled", [], "", 1, [PAGE]), ("fine", ["/Redact", "a.htm"], "", 0, ["a.htm"]),
+            ("fine", [], "", 0, [PAGE]), ("troubled", [], "", 1, [PAGE]),
+            ("fine", ["/Redact", "a.htm"], "", 0, ["a.htm"]),
             ("fine", ["/json", "a.json"], "", 0, ["a.json"]), ("troubled", ["/json"], "", 1, []),
             ("fine", ["/?"], "", 0, []), ("fine", ["/jsonx"], "", 2, []), ("fine", ["a", "b"], "", 2, []),
             ("fine", [""], "", 2, []), ("fine", [], "w.unwritable = true", 2, []),
-            ("fine", [], "w.missing.push('Ostrel.GeneralSysInfo')", 2, []), ("fine", [], "w.silent.push('info')", 2, []),
+            ("fine", [], "w.missing.push('Ostrel.GeneralSysInfo')", 2, []),
+            ("fine", [], "w.silent.push('info')", 2, []),
             ("fine", [], "w.missing.push('Tervane.ConfigureIE')", 2, [PAGE]),
         ]
         for world, arguments, change, code, files in cases:
@@ -179,7 +181,7 @@ class ReportTest(unittest.TestCase):
                 with self.subTest(server):
                     problems = self.document("fine", change=f"{OFFICE}.Pop3Server = {server!r}")["problems"]
                     self.assertEqual(codes, [p["code"] for p in problems if p["code"] == "clear-login"])
-        secure = f"{OFFICE}.SmtpServer = '9.9.9.9'; {OFFICE}.SmtpSecure = true; {OFFICE}.SmtpAuthentication = true"
+        secure = f"{OFFICE}.SmtpServer = '203.0.113.9'; {OFFICE}.SmtpSecure = true; {OFFICE}.SmtpAuthentication = true"
         self.assertNotIn("clear-login", [p["code"] for p in self.document("fine", change=secure)["problems"]])
 
     def test_names_of_systems(self):
@@ -191,14 +193,14 @@ class ReportTest(unittest.TestCase):
 
     def test_redacting(self):
         change = ("w.browser.HomePage = 'file:///C:/Users/jane.doe/start.htm';"
-                  "w.installed[1].Name = 'PCI Adapter of Jane.Doe (JDOE at pc-042), 02-1b-77-49-54-fd, jane@other.example';"
+                  "w.installed[1].Name = 'PCI Adapter of Jane.Doe (JDOE at pc-042), 02-1b-77-49-54-fd, jane@a.example';"
                   "w.mail.ProgramPath = 'D:\\\\Documents and Settings\\\\jane\\\\msimn.exe';"
                   "w.browser.AutoConfigurationScript = 'http://jane:pw@wpad.office.example/jane.pac?u=jane'")
         page = self.run_report("troubled", "/redact", change=change)
         document = self.run_report("troubled", "/json", "/redact", change=change)
         for text in (page["out"], page["files"][PAGE], document["out"], document["err"]):
             for secret in SECRETS:
-                self.assertNotIn(secret.lower(), text.lower().replace("looks private", ""))
+                self.assertNotIn(secret.lower(), text.lower())
         redacted = json.loads(document["out"])
         self.schema.validate(redacted)
         self.assertTrue(redacted["redacted"])
@@ -228,7 +230,8 @@ class ReportTest(unittest.TestCase):
                 if not re.search("/(system/code|processor/family|lease/server)$", path):  # not on the page
                     self.assertIn(re.sub(r"\s", " ", UNSHOWN.sub("\ufffd", text)), re.sub(r"\s", " ", shown))
         self.assertEqual([0, "undefined"], self.browser.evaluate(
-            "[document.querySelectorAll('script,img,iframe,object,link,a,[onload],[onerror],[style]').length, typeof hurt]"))
+            "[document.querySelectorAll('script,img,iframe,object,link,a,[onload],[onerror],[style]').length,"
+            " typeof hurt]"))
 
     def check_page(self, name, path, screens=tuple(SCREENS)):
         for screen in screens:

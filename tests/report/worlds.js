@@ -16,13 +16,13 @@ const fine = () => ({
     drives: [{ Letter: "C", Type: "HARD_DRIVE", TotalSize: 243210, FreeSpace: 118400, SystemDrive: 1 },
              { Letter: "D", Type: "HARD_DRIVE", TotalSize: 953869, FreeSpace: 402000, SystemDrive: 0 },
              { Letter: "E", Type: "CDROM_DRIVE", TotalSize: 0, FreeSpace: 0, SystemDrive: 0 }],
-    installed: [{ Name: "Realtek PCIe GbE Family Controller (Ethernet)", Driver: "rt640x64",
+    installed: [{ Name: "Gigabit PCI Express Family Controller (Ethernet)", Driver: "gbe64",
                   AdapterType: "Ethernet", StaticIpAddress: "0.0.0.0", StaticSubnetMask: "0.0.0.0",
                   StaticDefaultGateway: "0.0.0.0", UsingDhcp: 1, HardwareAddress: "00-10-5A-44-B2-0C",
                   EthernetAdapter: true, PPPAdapter: false, StaticNameServers: [], StaticWINSServers: [],
                   IsEnabled: 1, IsFunctional: 1, BoundToTcpip: 1, BoundIndirectlyOrDirectlyToTcpip: 1,
                   Cookie: CARD }],
-    live: [{ Name: "Realtek PCIe GbE Family Controller", IpAddress: "192.168.7.42",
+    live: [{ Name: "Gigabit PCI Express Family Controller", IpAddress: "192.168.7.42",
              SubnetMask: "255.255.255.0", DefaultGateway: "192.168.7.1", IsDhcp: 1, DhcpServer: "192.168.7.1",
              HardwareAddress: "00-10-5A-44-B2-0C", IsEthernetAdapter: 1, IsPppAdapter: 0, Cookie: CARD }],
     registry: { [NT + "ProductName"]: "Windows 10 Pro", [NT + "DisplayVersion"]: "23H2",
@@ -52,9 +52,9 @@ const fine = () => ({
 const troubled = () => {
     const w = fine();
     w.drives[0].FreeSpace = 3100;
-    w.installed.push({ ...w.installed[0], Name: "Intel(R) Wireless-AC 9560 PCI Adapter", Driver: "Netwtw08",
+    w.installed.push({ ...w.installed[0], Name: "Wireless-AC PCI Adapter", Driver: "wlanac",
                        HardwareAddress: "02-1B-77-49-54-FD", Cookie: RADIO, IsEnabled: 0,
-                       StaticNameServers: ["9.9.9.9"] });
+                       StaticNameServers: ["203.0.113.53"] });
     w.registry[PROXY_ENABLE] = 1;
     Object.assign(w.browser, { HttpProxyServer: "proxy.office.example:8080",
                                HttpsProxyServer: "proxy.office.example:8080",
@@ -167,7 +167,8 @@ function run(source, w) {
     const WScript = {
         FullName: w.host, CreateObject: make, DisconnectObject: () => { events.length = 0; },
         Echo: text => { result.out += text + "\n"; result.boxes++; },
-        StdOut: { Write: text => { result.out += text; } }, StdErr: { WriteLine: text => { result.err += text + "\n"; } },
+        StdOut: { Write: text => { result.out += text; } },
+        StdErr: { WriteLine: text => { result.err += text + "\n"; } },
         Quit: code => { result.code = code; throw stop; },
         Sleep: milliseconds => {
             const end = clock + milliseconds;
