@@ -1,6 +1,6 @@
 #include "ZelBase/ADynaByteBuffer.h"
 
-#include "ZelBase/SecretText.h"
+#include "ZelBase/text/SecretText.h"
 
 #include <algorithm>
 #include <cstring>

@@ -9,7 +9,7 @@
 // that have been taken off are overwritten: passwords pass through here. Each operation is complete
 // in itself and may be called from any thread.
 
-#include "ZelBase/LocalMutex.h"
+#include "ZelBase/threads/LocalMutex.h"
 
 #include <cstddef>
 #include <deque>

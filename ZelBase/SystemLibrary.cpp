@@ -1,6 +1,6 @@
 #include "ZelBase/SystemLibrary.h"
 
-#include "ZelBase/AnsiText.h"
+#include "ZelBase/text/AnsiText.h"
 
 #include <algorithm>
 #include <cstring>

@@ -12,8 +12,8 @@
 // - A thread may end without a word. Whatever waits for it then is dropped when somebody fires to
 //   it, another thread begins to advise, or somebody asks whether the library can be unloaded.
 
-#include "ZelBase/CriticalSection.h"
 #include "ZelBase/Handles.h"
+#include "ZelBase/threads/CriticalSection.h"
 #include "component/AdvisedSink.h"
 
 #include <list>

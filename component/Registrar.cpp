@@ -2,7 +2,7 @@
 
 #include "component/ClassTable.h"
 #include "component/TypeLibrary.h"
-#include "platform/NarrowText.h"
+#include "platform/text/NarrowText.h"
 
 namespace tervane {
 namespace {

@@ -1,6 +1,6 @@
 #include "component/RunTimeState.h"
 
-#include "ZelBase/CriticalSection.h"
+#include "ZelBase/threads/CriticalSection.h"
 
 #include <array>
 #include <atomic>

@@ -10,7 +10,7 @@
 //
 // An unadvised slot holds null and is used again by the next Advise.
 
-#include "ZelBase/CriticalSection.h"
+#include "ZelBase/threads/CriticalSection.h"
 #include "component/AdvisedSink.h"
 
 #include <array>

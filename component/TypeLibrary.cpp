@@ -1,10 +1,10 @@
 #include "component/TypeLibrary.h"
 
-#include "ZelBase/CriticalSection.h"
 #include "ZelBase/SystemLibrary.h"
+#include "ZelBase/threads/CriticalSection.h"
 #include "component/ModuleState.h"
-#include "platform/AsciiText.h"
-#include "platform/RegistryKey.h"
+#include "platform/registry/RegistryKey.h"
+#include "platform/text/AsciiText.h"
 
 #include <algorithm>
 #include <cwchar>

@@ -1,6 +1,6 @@
 #include "component/Worker.h"
 
-#include "ZelBase/ModulePin.h"
+#include "ZelBase/threads/ModulePin.h"
 
 #include <objbase.h>
 

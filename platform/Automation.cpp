@@ -1,6 +1,6 @@
 #include "platform/Automation.h"
 
-#include "platform/AsciiText.h"
+#include "platform/text/AsciiText.h"
 
 #include <limits>
 #include <utility>

@@ -1,9 +1,9 @@
 #include "ZelNet/SourceCode/ALineSocket.h"
 
-#include "ZelBase/MutexLock.h"
-#include "ZelBase/SecretText.h"
-#include "ZelBase/ThreadTerminateException.h"
-#include "ZelBase/WIN32_Mutex.h"
+#include "ZelBase/text/SecretText.h"
+#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/ThreadTerminateException.h"
+#include "ZelBase/threads/WIN32_Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/LineReading.h"
 

@@ -6,8 +6,8 @@
 // All operations may be called from any thread, callbacks included. The listener is called with the
 // lock of the buffers held while data is received, except for Close, which never waits for that.
 
-#include "ZelNet/SourceCode/TcpNonBlockingClientSocket.h"
 #include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
 
 namespace ZelNet {
 

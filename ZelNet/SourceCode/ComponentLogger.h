@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelBase/Logger.h"
+#include "ZelBase/log/Logger.h"
 
 namespace ZelNet {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelBase/Mutex.h"
+#include "ZelBase/threads/Mutex.h"
 
 namespace ZelNet {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelNet/SourceCode/TcpNonBlockingSocketListener.h"
+#include "ZelNet/SourceCode/sockets/TcpNonBlockingSocketListener.h"
 
 namespace ZelNet {
 

@@ -1,6 +1,6 @@
 #include "ZelNet/SourceCode/WIN32_Ping.h"
 
-#include "ZelBase/CriticalSection.h"
+#include "ZelBase/threads/CriticalSection.h"
 #include "ZelNet/SourceCode/WIN32_IcmpLibrary.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "objects/connectivity/ConnectivityTester.h"
 
-#include "ZelBase/AnsiText.h"
+#include "ZelBase/text/AnsiText.h"
 #include "component/ComEdge.h"
 #include "component/Creators.h"
 #include "component/Worker.h"

@@ -2,7 +2,7 @@
 
 #include "component/Answers.h"
 #include "component/Creators.h"
-#include "platform/LiveAdapterSources.h"
+#include "platform/adapters/LiveAdapterSources.h"
 
 #include <algorithm>
 #include <optional>

@@ -5,7 +5,7 @@
 // StaticAdapterInfo tells. The system takes the changes over when it starts the next time.
 
 #include "component/Automation.h"
-#include "platform/AdapterConfiguration.h"
+#include "objects/connectivity/AdapterConfiguration.h"
 
 #include <TERVANELib.h>
 

@@ -1,7 +1,7 @@
 #include "objects/connectivity/HostTests.h"
 
 #include "ZelNet/SourceCode/APing.h"
-#include "ZelNet/SourceCode/NetworkInfo.h"
+#include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 
 #include <cstring>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "objects/connectivity/LeaseRenewal.h"
 
-#include "platform/AsciiText.h"
-#include "platform/UsableAddress.h"
+#include "objects/connectivity/UsableAddress.h"
+#include "platform/text/AsciiText.h"
 
 #include <algorithm>
 #include <span>

@@ -5,11 +5,11 @@
 // an adapter has lost or got an address is judged by the list of live adapters afterwards.
 
 #include "ZelNet/SourceCode/IpHelper.h"
-#include "platform/DhcpClientLibrary.h"
-#include "platform/LiveAdapter.h"
+#include "objects/connectivity/DhcpClientLibrary.h"
+#include "objects/connectivity/VirtualDhcpDevice.h"
 #include "platform/PlatformFamily.h"
-#include "platform/StaticAdapter.h"
-#include "platform/VirtualDhcpDevice.h"
+#include "platform/adapters/LiveAdapter.h"
+#include "platform/adapters/StaticAdapter.h"
 
 #include <functional>
 #include <memory>

@@ -2,7 +2,7 @@
 
 // One use of the socket layer, given back where it was taken at the end of a scope.
 
-#include "ZelNet/SourceCode/InitializeSockets.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 
 namespace tervane {
 

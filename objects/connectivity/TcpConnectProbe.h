@@ -2,8 +2,8 @@
 
 // Finds out whether a TCP connection to a host and port can be opened. One probe makes one attempt.
 
-#include "ZelBase/Event.h"
-#include "ZelNet/SourceCode/TcpNonBlockingClientSocket.h"
+#include "ZelBase/threads/Event.h"
+#include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
 
 #include <atomic>
 #include <cstdint>

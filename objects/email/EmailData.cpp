@@ -1,6 +1,6 @@
 #include "objects/email/EmailData.h"
 
-#include "ZelNet/SourceCode/MailDate.h"
+#include "ZelNet/SourceCode/mail/MailDate.h"
 #include "component/ComEdge.h"
 #include "component/Creators.h"
 #include "objects/email/StoredText.h"

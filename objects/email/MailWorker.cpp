@@ -1,8 +1,8 @@
 #include "objects/email/MailWorker.h"
 
 #include "ZelBase/Handles.h"
-#include "ZelBase/LocalMutex.h"
-#include "ZelBase/ModulePin.h"
+#include "ZelBase/threads/LocalMutex.h"
+#include "ZelBase/threads/ModulePin.h"
 
 #include <utility>
 

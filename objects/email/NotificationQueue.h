@@ -4,7 +4,7 @@
 // event thread and taken out, in their order, by the worker, which sleeps meanwhile.
 
 #include "ZelBase/Handles.h"
-#include "ZelBase/LocalMutex.h"
+#include "ZelBase/threads/LocalMutex.h"
 #include "objects/email/StepDeadline.h"
 
 #include <deque>

@@ -1,6 +1,6 @@
 #include "objects/email/OutgoingMail.h"
 
-#include "ZelBase/TextConversion.h"
+#include "ZelBase/text/TextConversion.h"
 #include "objects/email/EnvelopeAddress.h"
 #include "objects/email/HeaderList.h"
 #include "objects/email/TrimmedText.h"

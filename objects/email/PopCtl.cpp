@@ -1,6 +1,6 @@
 #include "objects/email/PopCtl.h"
 
-#include "ZelBase/TextConversion.h"
+#include "ZelBase/text/TextConversion.h"
 #include "component/Answers.h"
 #include "component/Creators.h"
 #include "objects/email/MailEvents.h"

@@ -6,8 +6,8 @@
 // One operation runs at a time, on a worker thread. Between operations the connection may end by
 // itself; IsLoggedIn then tells so.
 
-#include "ZelBase/SecretText.h"
-#include "ZelNet/SourceCode/APop3Client.h"
+#include "ZelBase/text/SecretText.h"
+#include "ZelNet/SourceCode/mail/APop3Client.h"
 #include "objects/email/NotificationQueue.h"
 #include "objects/email/SocketUse.h"
 

@@ -1,7 +1,7 @@
 #include "objects/email/SmtpCtl.h"
 
-#include "ZelBase/TextConversion.h"
-#include "ZelNet/SourceCode/CommandText.h"
+#include "ZelBase/text/TextConversion.h"
+#include "ZelNet/SourceCode/mail/CommandText.h"
 #include "component/Answers.h"
 #include "component/Creators.h"
 #include "objects/email/MailEvents.h"

@@ -3,8 +3,8 @@
 // One mail from connecting to leaving: drives the SMTP client step by step and waits for each at
 // most as long as the script allows.
 
-#include "ZelBase/SecretText.h"
-#include "ZelNet/SourceCode/ASmtpClient.h"
+#include "ZelBase/text/SecretText.h"
+#include "ZelNet/SourceCode/mail/ASmtpClient.h"
 #include "objects/email/NotificationQueue.h"
 
 #include <memory>

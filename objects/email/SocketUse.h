@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelNet/SourceCode/InitializeSockets.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 
 namespace tervane {
 

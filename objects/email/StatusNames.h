@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ZelNet/SourceCode/PopStatus.h"
-#include "ZelNet/SourceCode/SmtpStatus.h"
+#include "ZelNet/SourceCode/mail/PopStatus.h"
+#include "ZelNet/SourceCode/mail/SmtpStatus.h"
 
 #include <optional>
 #include <string_view>

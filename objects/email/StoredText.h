@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ZelBase/SecretText.h"
+#include "ZelBase/text/SecretText.h"
 #include "component/ComEdge.h"
 #include "platform/Automation.h"
 

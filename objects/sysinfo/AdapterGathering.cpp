@@ -2,8 +2,8 @@
 
 #include "objects/sysinfo/LiveAdapterInfo.h"
 #include "objects/sysinfo/StaticAdapterInfo.h"
-#include "platform/AsciiText.h"
-#include "platform/LiveAdapterSources.h"
+#include "platform/adapters/LiveAdapterSources.h"
+#include "platform/text/AsciiText.h"
 
 #include <algorithm>
 #include <iterator>

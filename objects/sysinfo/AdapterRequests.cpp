@@ -1,8 +1,8 @@
 #include "objects/sysinfo/AdapterRequests.h"
 
-#include "ZelBase/ModulePin.h"
-#include "ZelBase/TimedMutexLock.h"
-#include "platform/MatchingLock.h"
+#include "ZelBase/threads/ModulePin.h"
+#include "ZelBase/threads/TimedMutexLock.h"
+#include "platform/text/MatchingLock.h"
 
 #include <utility>
 

@@ -10,7 +10,7 @@
 // what is done under them is short, so that a thread is hardly ever killed with one in hand.
 
 #include "ZelBase/Handles.h"
-#include "ZelBase/Mutex.h"
+#include "ZelBase/threads/Mutex.h"
 #include "platform/Automation.h"
 
 #include <atomic>

@@ -9,7 +9,7 @@
 // the object's thread has ended.
 
 #include "ZelBase/Handles.h"
-#include "ZelBase/LocalMutex.h"
+#include "ZelBase/threads/LocalMutex.h"
 #include "component/PostbackWindow.h"
 #include "platform/Automation.h"
 

@@ -2,8 +2,8 @@
 
 // The figures of the drives in a snapshot.
 
+#include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/SystemSnapshot.h"
-#include "platform/Drives.h"
 
 namespace tervane {
 

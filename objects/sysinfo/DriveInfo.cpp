@@ -2,8 +2,8 @@
 
 #include "component/Answers.h"
 #include "component/Creators.h"
+#include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/SystemSnapshot.h"
-#include "platform/Drives.h"
 
 namespace tervane {
 

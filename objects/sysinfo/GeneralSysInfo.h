@@ -8,7 +8,7 @@
 // waits for it; while a later one is being gathered, members answer from the one before. Gathering
 // never waits for the object's thread, so neither does it wait for ever.
 
-#include "ZelBase/LocalMutex.h"
+#include "ZelBase/threads/LocalMutex.h"
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"
 #include "component/Control.h"

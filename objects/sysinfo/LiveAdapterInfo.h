@@ -5,7 +5,7 @@
 
 #include "component/Automation.h"
 #include "component/Control.h"
-#include "platform/LiveAdapter.h"
+#include "platform/adapters/LiveAdapter.h"
 
 #include <TERVANELib.h>
 

@@ -1,9 +1,9 @@
 #include "objects/sysinfo/NetworkIdentity.h"
 
-#include "ZelNet/SourceCode/NetworkParameters.h"
-#include "platform/NarrowText.h"
-#include "platform/RegistryList.h"
-#include "platform/TcpipKeys.h"
+#include "ZelNet/SourceCode/sockets/NetworkParameters.h"
+#include "platform/adapters/TcpipKeys.h"
+#include "platform/registry/RegistryList.h"
+#include "platform/text/NarrowText.h"
 
 #include <unordered_set>
 

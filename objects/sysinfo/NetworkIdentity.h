@@ -6,7 +6,7 @@
 
 #include "ZelNet/SourceCode/IpHelper.h"
 #include "platform/PlatformFamily.h"
-#include "platform/StaticAdapter.h"
+#include "platform/adapters/StaticAdapter.h"
 
 #include <string>
 #include <vector>

@@ -6,7 +6,7 @@
 
 #include "component/Automation.h"
 #include "component/Control.h"
-#include "platform/StaticAdapter.h"
+#include "platform/adapters/StaticAdapter.h"
 
 #include <TERVANELib.h>
 

@@ -3,13 +3,13 @@
 #include "objects/sysinfo/DriveFigures.h"
 #include "objects/sysinfo/NetworkIdentity.h"
 #include "objects/sysinfo/OsRelease.h"
-#include "objects/sysinfo/ProcessorFacts.h"
-#include "objects/sysinfo/ProcessorIdentity.h"
-#include "platform/AsciiText.h"
-#include "platform/LiveAdapterSources.h"
-#include "platform/RegistryKey.h"
-#include "platform/UsbPorts.h"
-#include "platform/UsbSupport.h"
+#include "objects/sysinfo/UsbPorts.h"
+#include "objects/sysinfo/UsbSupport.h"
+#include "objects/sysinfo/processor/ProcessorFacts.h"
+#include "objects/sysinfo/processor/ProcessorIdentity.h"
+#include "platform/adapters/LiveAdapterSources.h"
+#include "platform/registry/RegistryKey.h"
+#include "platform/text/AsciiText.h"
 
 #include <algorithm>
 #include <climits>

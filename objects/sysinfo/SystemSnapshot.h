@@ -3,8 +3,8 @@
 // Everything that is known of the machine, as it was at one moment. Each figure that cannot be
 // found keeps the value given here; none keeps another from being found.
 
-#include "platform/LiveAdapter.h"
-#include "platform/StaticAdapter.h"
+#include "platform/adapters/LiveAdapter.h"
+#include "platform/adapters/StaticAdapter.h"
 
 #include <optional>
 #include <string>

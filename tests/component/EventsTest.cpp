@@ -1,7 +1,7 @@
 // Firing events: order, argument types, sinks that misbehave, and sinks that come and go while
 // other threads fire.
 
-#include "ZelBase/ModulePin.h"
+#include "ZelBase/threads/ModulePin.h"
 #include "component/AdvisingThread.h"
 #include "component/ConnectionPoint.h"
 #include "support/TestComponent.h"

@@ -1,6 +1,6 @@
 // DHCPConfiguration through the built DLL, on computers played by scratch hives.
 
-#include "platform/LiveAdapter.h"
+#include "platform/adapters/LiveAdapter.h"
 #include "support/AdapterRegistry.h"
 #include "support/OtherWindows.h"
 #include "support/TestComponent.h"

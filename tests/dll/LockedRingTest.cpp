@@ -1,7 +1,7 @@
 // Somebody keeps the log's mutex for good, as a process does that stands in a debugger: operations
 // come to their ends all the same, and no call holds up the script.
 
-#include "ZelBase/ModulePin.h"
+#include "ZelBase/threads/ModulePin.h"
 #include "support/ScriptedServer.h"
 #include "support/SystemPing.h"
 #include "support/TestComponent.h"

@@ -1,8 +1,8 @@
 // Whatever becomes of a mail, its object leaves neither handles nor threads nor passwords behind.
 
-#include "ZelBase/Base64.h"
-#include "ZelBase/ModulePin.h"
-#include "ZelBase/SecretText.h"
+#include "ZelBase/text/Base64.h"
+#include "ZelBase/text/SecretText.h"
+#include "ZelBase/threads/ModulePin.h"
 #include "support/HandleCount.h"
 #include "support/ScriptedServer.h"
 #include "support/TestComponent.h"

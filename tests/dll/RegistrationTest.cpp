@@ -1,7 +1,7 @@
 // What registration leaves in the registry, to the last value, and what unregistering takes away
 // again. Scripts in the field were written against this layout, oddities included.
 
-#include "platform/RegistryKey.h"
+#include "platform/registry/RegistryKey.h"
 #include "support/TestComponent.h"
 
 #include "TERVANELib.h"

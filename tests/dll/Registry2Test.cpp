@@ -1,6 +1,6 @@
 // Registry2 as scripts use it: late-bound, on real keys below HKEY_CURRENT_USER.
 
-#include "platform/RegistryKey.h"
+#include "platform/registry/RegistryKey.h"
 #include "support/HandleCount.h"
 #include "support/ScratchRegistry.h"
 #include "support/TestComponent.h"

@@ -2,7 +2,7 @@
 // which can be connected. It forgets everything with its process. The functions that it lacks are
 // among those that old systems lack, too.
 
-#include "tests/objects/FakeRas.h"
+#include "tests/objects/dialup/FakeRas.h"
 
 namespace {
 

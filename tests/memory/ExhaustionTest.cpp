@@ -4,10 +4,10 @@
 //
 // Environment: TERVANE_ALLOCATIONS is the last allocation that fails, 50 when it is not set.
 
-#include "ZelBase/Logger.h"
-#include "ZelBase/Thread.h"
-#include "ZelNet/SourceCode/InitializeSockets.h"
-#include "ZelNet/SourceCode/NetworkInfo.h"
+#include "ZelBase/log/Logger.h"
+#include "ZelBase/threads/Thread.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
+#include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "component/ClassTable.h"
 #include "component/ModuleState.h"
 #include "memory/FailingAllocator.h"

@@ -1,7 +1,7 @@
 #include "support/OtherWindows.h"
 
 #include "ZelBase/Handles.h"
-#include "platform/RegistryKey.h"
+#include "platform/registry/RegistryKey.h"
 
 namespace tervane::test {
 namespace {

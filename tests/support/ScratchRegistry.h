@@ -2,7 +2,7 @@
 
 // What the tests of settings share: hives of their own, and a registry that refuses.
 
-#include "platform/RegistryKey.h"
+#include "platform/registry/RegistryKey.h"
 
 #include <string>
 

@@ -1,10 +1,10 @@
 // The test program, and the second processes that its tests start: `--child ROLE ...`.
 
-#include "ZelBase/ADefaultLogger.h"
 #include "ZelBase/Handles.h"
-#include "ZelBase/Logger.h"
-#include "ZelBase/ModulePin.h"
-#include "tests/zelbase/RingView.h"
+#include "ZelBase/log/ADefaultLogger.h"
+#include "ZelBase/log/Logger.h"
+#include "ZelBase/threads/ModulePin.h"
+#include "tests/zelbase/log/RingView.h"
 
 #include <gtest/gtest.h>
 

@@ -3,10 +3,10 @@
 // What the socket tests share: servers on the loopback whose behaviour each test scripts, and a
 // listener that writes down what it is told.
 
-#include "ZelBase/ModulePin.h"
-#include "ZelNet/SourceCode/InitializeSockets.h"
-#include "ZelNet/SourceCode/SocketHandles.h"
+#include "ZelBase/threads/ModulePin.h"
 #include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
+#include "ZelNet/SourceCode/sockets/SocketHandles.h"
 #include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>

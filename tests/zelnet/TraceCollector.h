@@ -2,7 +2,7 @@
 
 // Collects what this process writes into the log while a test runs, and finds texts in it.
 
-#include "ZelBase/LogRing.h"
+#include "ZelBase/log/LogRing.h"
 #include "tests/support/TestThreads.h"
 
 #include <atomic>

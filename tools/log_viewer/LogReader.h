@@ -3,7 +3,7 @@
 // Reads the log ring from outside. Writers never wait for a reader: one that is too slow misses
 // records, and is told how many.
 
-#include "ZelBase/LogRing.h"
+#include "ZelBase/log/LogRing.h"
 #include "tools/log_viewer/RingCursor.h"
 
 #include <atomic>

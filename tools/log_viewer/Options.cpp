@@ -1,6 +1,6 @@
 #include "tools/log_viewer/Options.h"
 
-#include "ZelBase/AnsiText.h"
+#include "ZelBase/text/AnsiText.h"
 #include "tools/log_viewer/LocalTime.h"
 
 #include <charconv>

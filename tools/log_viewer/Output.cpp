@@ -1,7 +1,7 @@
 #include "tools/log_viewer/Output.h"
 
-#include "ZelBase/AnsiText.h"
-#include "ZelBase/TextConversion.h"
+#include "ZelBase/text/AnsiText.h"
+#include "ZelBase/text/TextConversion.h"
 
 namespace {
 

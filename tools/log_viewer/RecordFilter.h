@@ -2,7 +2,7 @@
 
 // Which records the user asked for.
 
-#include "ZelBase/LogLayout.h"
+#include "ZelBase/log/LogLayout.h"
 
 #include <cstdint>
 #include <string>

@@ -2,7 +2,7 @@
 
 // Records as text, one line each, without line end.
 
-#include "ZelBase/LogLayout.h"
+#include "ZelBase/log/LogLayout.h"
 
 #include <string>
 #include <string_view>

@@ -3,7 +3,7 @@
 // A place in the log ring up to which a reader knows it. The section is memory that any process may
 // write to, even while it is read, so whatever it says is checked; nothing is read outside of it.
 
-#include "ZelBase/LogLayout.h"
+#include "ZelBase/log/LogLayout.h"
 
 #include <cstdint>
 #include <vector>

@@ -8,8 +8,8 @@
 //     static constexpr const wchar_t* kName;   // the source of its errors
 
 #include "component/ComEdge.h"
-#include "tools/script_host/CallArguments.h"
 #include "tools/script_host/ComBase.h"
+#include "tools/script_host/events/CallArguments.h"
 
 #include <oaidl.h>
 

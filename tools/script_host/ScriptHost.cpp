@@ -2,8 +2,8 @@
 
 #include "tools/script_host/Console.h"
 #include "tools/script_host/ErrorText.h"
-#include "tools/script_host/MessagePump.h"
 #include "tools/script_host/WScriptObject.h"
+#include "tools/script_host/events/MessagePump.h"
 
 namespace tervane::scripthost {
 

@@ -7,12 +7,12 @@
 // the objects are disconnected and the engine is closed, in this order, so that an object that
 // fires while it is destroyed meets nobody.
 
-#include "tools/script_host/EventConnections.h"
-#include "tools/script_host/Interruption.h"
-#include "tools/script_host/ScriptEnd.h"
-#include "tools/script_host/ScriptEngine.h"
-#include "tools/script_host/ScriptFile.h"
-#include "tools/script_host/ScriptSite.h"
+#include "tools/script_host/events/EventConnections.h"
+#include "tools/script_host/script/Interruption.h"
+#include "tools/script_host/script/ScriptEnd.h"
+#include "tools/script_host/script/ScriptEngine.h"
+#include "tools/script_host/script/ScriptFile.h"
+#include "tools/script_host/script/ScriptSite.h"
 
 #include <string>
 #include <vector>

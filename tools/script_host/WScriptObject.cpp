@@ -3,9 +3,9 @@
 #include "ZelBase/SystemLibrary.h"
 #include "tools/script_host/Console.h"
 #include "tools/script_host/ErrorText.h"
-#include "tools/script_host/ScriptArguments.h"
 #include "tools/script_host/ScriptHost.h"
 #include "tools/script_host/TextStream.h"
+#include "tools/script_host/script/ScriptArguments.h"
 
 #include <olectl.h>
 

@@ -4,7 +4,7 @@
 // scripts need, with the same names, arguments and results.
 
 #include "tools/script_host/NamedDispatch.h"
-#include "tools/script_host/ScriptFile.h"
+#include "tools/script_host/script/ScriptFile.h"
 
 #include <string>
 #include <vector>

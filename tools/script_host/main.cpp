@@ -3,8 +3,8 @@
 #include "tools/script_host/CommandLine.h"
 #include "tools/script_host/Console.h"
 #include "tools/script_host/ErrorText.h"
-#include "tools/script_host/ScriptFile.h"
 #include "tools/script_host/ScriptHost.h"
+#include "tools/script_host/script/ScriptFile.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 // A library whose thread outlives the last FreeLibrary of its user.
 
-#include "ZelBase/ModulePin.h"
+#include "ZelBase/threads/ModulePin.h"
 
 extern "C" __declspec(dllexport) HANDLE StartLingering(HANDLE go) {
     return ZelBase::ModulePin::StartThread([go] {

@@ -1,0 +1,59 @@
+#pragma once
+
+// Every object traces what it does through a logger, into a ring of records that all processes of
+// the machine share and that a viewer may watch live. A record carries the component, the function,
+// a level, a 32-bit value and a text; the overloads of Log differ in which of function, level and
+// value the caller names and which come from the logger's defaults.
+//
+// The most used form is Log(function, level, format, ...). Beware of giving a text as the first
+// argument after a lone format: Log("%s", "a") has `"%s"` as its function and `"a"` as its format.
+
+#include "ZelBase/log/LogLevel.h"
+
+#include <cstdint>
+#include <memory>
+
+// The places of the format and of its first argument, counting from 1 with the object itself as 1.
+#define ZELBASE_PRINTF(formatIndex, firstIndex)                                                    \
+    __attribute__((format(printf, formatIndex, firstIndex)))
+
+namespace ZelBase {
+
+// Log may be called from any thread at once; the Set functions only before that. A record's text
+// holds 511 characters, longer ones are cut; function and component hold 63. Logging never fails
+// towards the caller and leaves the thread's last error code as it was.
+class Logger {
+public:
+    // The logger of this platform; null when there is no memory. It may be invalid: it then drops
+    // all records.
+    static std::unique_ptr<Logger> Create();
+
+    virtual ~Logger() = default;
+    virtual void Log(LogLevel level, std::uint32_t value, const char* format, ...)
+        ZELBASE_PRINTF(4, 5) = 0;
+    virtual void Log(LogLevel level, const char* format, ...) ZELBASE_PRINTF(3, 4) = 0;
+    virtual void Log(std::uint32_t value, const char* format, ...) ZELBASE_PRINTF(3, 4) = 0;
+    virtual void Log(const char* format, ...) ZELBASE_PRINTF(2, 3) = 0;
+    virtual void Log(const char* function, const char* format, ...) ZELBASE_PRINTF(3, 4) = 0;
+    virtual void Log(const char* function, LogLevel level, std::uint32_t value, const char* format,
+                     ...) ZELBASE_PRINTF(5, 6) = 0;
+    virtual void Log(const char* function, LogLevel level, const char* format, ...)
+        ZELBASE_PRINTF(4, 5) = 0;
+    virtual void Log(const char* function, std::uint32_t value, const char* format, ...)
+        ZELBASE_PRINTF(4, 5) = 0;
+    // The component that the records come from, initially "GENERAL".
+    virtual void SetComponent(const char* name) = 0;
+    // What records carry that do not say otherwise; initially "GENERAL", 0 and 0.
+    virtual void SetFunction(const char* name) = 0;
+    virtual void SetLevel(LogLevel level) = 0;
+    virtual void SetValue(std::uint32_t value) = 0;
+    // Whether records reach the ring.
+    virtual bool IsValid() const = 0;
+
+protected:
+    Logger() = default;
+    Logger(const Logger&) = delete;
+    Logger& operator=(const Logger&) = delete;
+};
+
+} // namespace ZelBase

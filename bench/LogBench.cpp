@@ -1,0 +1,60 @@
+#include "bench/LogBench.h"
+
+#include "ZelBase/Handles.h"
+#include "ZelBase/log/LogLayout.h"
+#include "ZelBase/log/Logger.h"
+#include "bench/Comparison.h"
+#include "tests/support/TestThreads.h"
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+namespace bench {
+namespace {
+
+constexpr int kRecords = 500;
+constexpr int kWriters = 4;
+
+void OnThreads(int threads, const std::function<void()>& work) {
+    std::vector<tervane::test::TestThread> running;
+    for (int i = 0; i < threads; ++i) {
+        running.emplace_back(work);
+    }
+    for (tervane::test::TestThread& thread : running) {
+        thread.join();
+    }
+}
+
+} // namespace
+
+void CompareLogging() {
+    const auto logger = ZelBase::Logger::Create();
+    const ZelBase::UniqueHandle mutex(CreateMutexA(nullptr, FALSE, "TervaneBench::Mutex"));
+    static ZelBase::LogRecord source;
+    static ZelBase::LogRecord target;
+    const auto ours = [&] {
+        for (int i = 0; i < kRecords; ++i) {
+            logger->Log("Bench", ZelBase::LogLevel::kTrace, "record %d", i);
+        }
+    };
+    const auto theirs = [&] {
+        for (int i = 0; i < kRecords; ++i) {
+            WaitForSingleObject(mutex.Get(), INFINITE);
+            std::memcpy(&target, &source, sizeof target);
+            ReleaseMutex(mutex.Get());
+        }
+    };
+    const auto printRate = [](int records, double microseconds) {
+        std::printf("  that is %.0f log records per second\n", 1e6 * records / microseconds);
+    };
+    printRate(kRecords,
+              Compare({"500 log records, one writer : mutex and memcpy", 1.5, 1, 9}, ours, theirs));
+    printRate(kWriters * kRecords,
+              Compare(
+                  {"500 log records each, four writers : mutex and memcpy", 1.5, 1, 9},
+                  [&] { OnThreads(kWriters, ours); }, [&] { OnThreads(kWriters, theirs); }));
+}
+
+} // namespace bench

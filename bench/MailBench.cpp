@@ -1,0 +1,234 @@
+#include "bench/MailBench.h"
+
+#include "bench/BareTransfer.h"
+
+#include "ZelBase/log/LogRing.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
+#include "bench/LateBound.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <psapi.h>
+
+namespace bench {
+namespace {
+
+using tervane::Variant;
+
+constexpr size_t kMegabyte = 1000000;
+// What takes long is measured once, after what is short has warmed up.
+constexpr int kTurnsOfShort = 5;
+constexpr double kShort = 6;   // seconds
+constexpr LONG kTimeout = 600; // seconds: the records of the largest message take their time
+constexpr double kAimOfFloor = 1.3;
+constexpr double kAimOfGrowth = 1.2;
+constexpr double kAimOfMemory = 8;
+constexpr size_t kMemoryTest = 10 * kMegabyte;
+
+Variant Text(std::wstring_view text) {
+    auto value = Variant::FromText(text);
+    Require(value.has_value(), "copying a text");
+    return std::move(*value);
+}
+
+// Objects tell the ends of their operations by messages to the thread that made them.
+void DispatchUntil(const std::function<bool()>& ended) {
+    while (!ended()) {
+        MSG message;
+        Require(GetMessageW(&message, nullptr, 0, 0) > 0, "waiting for a message");
+        DispatchMessageW(&message);
+    }
+}
+
+LateBound MakeMail(size_t bytes) {
+    LateBound mail(L"Pellow.EmailData");
+    mail.Set(L"From", Text(L"from@a.example"));
+    mail.Set(L"To", Text(L"to@b.example"));
+    mail.Set(L"TextMessage", Text(std::wstring(bytes, L'x')));
+    return mail;
+}
+
+void SendMail(const MailPorts& ports, const LateBound& mail) {
+    LateBound smtp(L"Pellow.SmtpCtl");
+    smtp.Set(L"SmtpServer", Text(L"127.0.0.1"));
+    smtp.Set(L"Port", Variant::FromLong(ports.smtp));
+    smtp.Set(L"Timeout", Variant::FromLong(kTimeout));
+    smtp.Set(L"EmailData", mail.AsValue());
+    smtp.Call(L"SendMail", {});
+    DispatchUntil([&] { return smtp.Get(L"WorkInProgress").Get().lVal == 0; });
+    Require(smtp.Get(L"Success").Get().lVal == 1, "sending a mail");
+}
+
+// A mailbox whose messages have as many megabytes as their numbers say.
+class Mailbox {
+public:
+    explicit Mailbox(const MailPorts& ports) {
+        pop_.Set(L"PopServer", Text(L"127.0.0.1"));
+        pop_.Set(L"Port", Variant::FromLong(ports.pop));
+        pop_.Set(L"Login", Text(L"someone"));
+        pop_.Set(L"Password", Text(L"secret"));
+        pop_.Set(L"Timeout", Variant::FromLong(kTimeout));
+        pop_.Call(L"Connect", {});
+        DispatchUntil([this] { return pop_.Get(L"Connected").Get().lVal != 0; });
+    }
+    void Fetch(LONG number) {
+        const Variant index = Variant::FromLong(number);
+        const Variant previous = pop_.Get(L"EmailData");
+        // Refused until the event of the operation before has come.
+        DispatchUntil([&] { return pop_.Call(L"RetrieveMessage", {&index}).Get().boolVal != 0; });
+        DispatchUntil(
+            [&] { return pop_.Get(L"EmailData").Get().pdispVal != previous.Get().pdispVal; });
+        Require(pop_.Get(L"CurrentMessageIndex").Get().lVal == number, "fetching a mail");
+    }
+
+private:
+    LateBound pop_{L"Pellow.PopCtl"};
+};
+
+void SendBare(const MailPorts& ports, size_t bytes, std::uint32_t records) {
+    BareConnection connection(ports.smtp);
+    connection.Hear();
+    for (const char* line :
+         {"HELO bench", "MAIL From: <from@a.example>", "RCPT TO: <to@b.example>", "DATA"}) {
+        connection.Say(line);
+    }
+    connection.Send((bytes + 2) / 3 * 4, records); // in base64
+    connection.Say("\r\n.");
+    connection.Say("QUIT");
+}
+
+void FetchBare(const MailPorts& ports, size_t bytes, std::uint32_t records) {
+    BareConnection connection(ports.pop);
+    connection.Hear();
+    for (const char* line : {"USER someone", "PASS secret"}) {
+        connection.Say(line);
+    }
+    connection.Say("RETR " + std::to_string(bytes / kMegabyte));
+    connection.Receive(bytes / 80 * 80, records); // whole lines
+    while (connection.Hear() != ".\r") {
+    }
+    connection.Say("QUIT");
+}
+
+// In seconds, as curl tells it.
+double TimeOfCurl(BareConnection& timekeeper, const std::string& what) {
+    return std::strtod(std::string(timekeeper.Say(what)).c_str(), nullptr);
+}
+
+double Seconds(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double Median(std::vector<double>& times) {
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+// The ways to do the same. What curl takes it tells itself.
+struct Ways {
+    std::function<void()> ours;
+    std::function<void(std::uint32_t records)> bare;
+    std::function<double()> curl;
+};
+
+// Returns the seconds that ours takes. The ways take turns.
+double CompareWays(const std::string& title, const Ways& ways) {
+    std::unique_ptr<ZelBase::LogRing> ring;
+    ZelBase::LogRing::OpenShared(INFINITE, ring);
+    std::vector<double> ours, floor, silent, curl;
+    std::uint32_t records = 0;
+    do {
+        const std::uint32_t before = ring->Section().written;
+        ours.push_back(Seconds(ways.ours));
+        records = ring->Section().written - before;
+        floor.push_back(Seconds([&] { ways.bare(records); }));
+        silent.push_back(Seconds([&] { ways.bare(0); }));
+        curl.push_back(ways.curl());
+    } while (ours.front() < kShort && ours.size() < kTurnsOfShort);
+    const double mine = Median(ours);
+    const double least = Median(floor);
+    const double without = Median(silent);
+    const double theirs = Median(curl);
+    std::printf("%-12s %6.3f s : floor %6.3f s ratio %5.2f (aim %.1f) : curl %6.3f s ratio %6.2f; "
+                "of ours %u log records take %.0f %%\n",
+                title.c_str(), mine, least, mine / least, kAimOfFloor, theirs, mine / theirs,
+                records, 100 * (least - without) / mine);
+    std::fflush(stdout);
+    return mine;
+}
+
+void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes)>& waysFor,
+                  std::initializer_list<size_t> megabytes) {
+    const size_t smallest = *megabytes.begin();
+    double smallestTime = 0;
+    for (const size_t size : megabytes) {
+        const double time =
+            CompareWays(what + " " + std::to_string(size) + " MB", waysFor(size * kMegabyte));
+        if (size == smallest) {
+            smallestTime = time;
+            continue;
+        }
+        std::printf("%12s %.1f times as long as %zu MB (aim %.0f)\n", "", time / smallestTime,
+                    smallest, kAimOfGrowth * static_cast<double>(size / smallest));
+    }
+}
+
+// The highest use of memory so far, or the present one.
+size_t Memory(SIZE_T PROCESS_MEMORY_COUNTERS::*which) {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    Require(GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) != FALSE,
+            "reading the use of memory");
+    return counters.*which;
+}
+
+void PrintMemory(const char* what, size_t before) {
+    const size_t peak = Memory(&PROCESS_MEMORY_COUNTERS::PeakWorkingSetSize) - before;
+    std::printf("a message of %zu MB is %s: at most %.1f times its size in memory (aim %.0f)\n",
+                kMemoryTest / kMegabyte, what, 1.0 * peak / kMemoryTest, kAimOfMemory);
+}
+
+} // namespace
+
+void CompareMail(const MailPorts& ports) {
+    Require(ZelNet::InitializeSockets(), "starting the socket layer"); // for the bare ones
+    BareConnection timekeeper(ports.timekeeper);
+    const auto send = [&](size_t bytes) {
+        const LateBound mail = MakeMail(bytes);
+        return Ways{[&ports, mail] { SendMail(ports, mail); },
+                    [&ports, bytes](auto records) { SendBare(ports, bytes, records); },
+                    [&timekeeper] { return TimeOfCurl(timekeeper, "send"); }};
+    };
+    Mailbox mailbox(ports);
+    const auto fetch = [&](size_t bytes) {
+        const auto number = static_cast<LONG>(bytes / kMegabyte);
+        return Ways{[&mailbox, number] { mailbox.Fetch(number); },
+                    [&ports, bytes](auto records) { FetchBare(ports, bytes, records); },
+                    [&timekeeper, number] {
+                        return TimeOfCurl(timekeeper, "fetch " + std::to_string(number));
+                    }};
+    };
+    CompareSizes("send", send, {1, 10, 50});
+    CompareSizes("fetch", fetch, {1, 10});
+}
+
+void MeasureSendingMemory(const MailPorts& ports) {
+    const size_t before = Memory(&PROCESS_MEMORY_COUNTERS::WorkingSetSize);
+    SendMail(ports, MakeMail(kMemoryTest));
+    PrintMemory("sent", before);
+}
+
+void MeasureFetchingMemory(const MailPorts& ports) {
+    const size_t before = Memory(&PROCESS_MEMORY_COUNTERS::WorkingSetSize);
+    Mailbox(ports).Fetch(kMemoryTest / kMegabyte);
+    PrintMemory("fetched", before);
+}
+
+} // namespace bench

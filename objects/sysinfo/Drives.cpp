@@ -1,0 +1,111 @@
+#include "objects/sysinfo/Drives.h"
+
+#include "objects/sysinfo/DriveSize.h"
+#include "objects/sysinfo/QuietErrors.h"
+
+#include <cctype>
+#include <iterator>
+
+namespace tervane {
+namespace {
+
+// What every call names a drive by: "C:\".
+class RootPath {
+public:
+    explicit RootPath(char letter) noexcept : text_{letter, ':', '\\', 0} {}
+    const char* Get() const noexcept { return std::data(text_); }
+
+private:
+    char text_[4];
+};
+
+ByteCount Halves(std::uint64_t bytes) noexcept {
+    return {static_cast<std::uint32_t>(bytes >> 32), static_cast<std::uint32_t>(bytes)};
+}
+
+DriveSpace InMegabytes(std::uint64_t total, std::uint64_t free) noexcept {
+    return {InUnit(Halves(total), SizeUnit::kMegabytes),
+            InUnit(Halves(free), SizeUnit::kMegabytes)};
+}
+
+} // namespace
+
+const wchar_t* DriveClassText(DriveClass driveClass) noexcept {
+    static const wchar_t* const kTexts[] = {
+        L"HARD_DRIVE", L"CDROM_DRIVE", L"REMOVABLE_DRIVE", L"FLOPPY_DRIVE", L"NET_DRIVE", L"ERROR",
+    };
+    return kTexts[static_cast<int>(driveClass)];
+}
+
+DriveClass Drives::ClassOf(char letter) const noexcept {
+    switch (TypeOf(letter)) {
+    case DRIVE_FIXED:
+        return DriveClass::kHardDrive;
+    case DRIVE_CDROM:
+        return DriveClass::kCdrom;
+    case DRIVE_REMOVABLE:
+        return IsFirstRemovable(letter) ? DriveClass::kFloppy : DriveClass::kRemovable;
+    case DRIVE_REMOTE:
+        return DriveClass::kNet;
+    case DRIVE_NO_ROOT_DIR:
+        // Some drivers give a disk no root but a size.
+        return SpaceOf(letter).total > 0 ? DriveClass::kHardDrive : DriveClass::kError;
+    default:
+        return DriveClass::kError;
+    }
+}
+
+DriveSpace Drives::SpaceOf(char letter) const noexcept {
+    const QuietErrors quiet; // the drive may be empty
+    const RootPath root(letter);
+    if (api_.getDiskFreeSpaceEx) {
+        ULARGE_INTEGER available = {};
+        ULARGE_INTEGER total = {};
+        return api_.getDiskFreeSpaceEx(root.Get(), &available, &total, nullptr)
+                   ? InMegabytes(total.QuadPart, available.QuadPart)
+                   : DriveSpace();
+    }
+    DWORD sectorsPerCluster = 0;
+    DWORD bytesPerSector = 0;
+    DWORD freeClusters = 0;
+    DWORD clusters = 0;
+    if (!api_.getDiskFreeSpace(root.Get(), &sectorsPerCluster, &bytesPerSector, &freeClusters,
+                               &clusters)) {
+        return {};
+    }
+    const std::uint64_t clusterSize = std::uint64_t{sectorsPerCluster} * bytesPerSector;
+    return InMegabytes(clusterSize * clusters, clusterSize * freeClusters);
+}
+
+std::string Drives::Letters() const {
+    std::string letters;
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        if (ClassOf(letter) != DriveClass::kError) {
+            letters.push_back(letter);
+        }
+    }
+    return letters;
+}
+
+char Drives::SystemLetter() const noexcept {
+    char folder[MAX_PATH] = {};
+    const UINT length = api_.getWindowsDirectory(std::data(folder), std::size(folder));
+    return length == 0 || length >= std::size(folder)
+               ? '\0'
+               : static_cast<char>(std::toupper(static_cast<unsigned char>(folder[0])));
+}
+
+UINT Drives::TypeOf(char letter) const noexcept {
+    return api_.getDriveType(RootPath(letter).Get());
+}
+
+bool Drives::IsFirstRemovable(char letter) const noexcept {
+    for (char earlier = 'A'; earlier < letter; ++earlier) {
+        if (TypeOf(earlier) == DRIVE_REMOVABLE) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace tervane

@@ -1,0 +1,160 @@
+#include "objects/sysinfo/UsbPorts.h"
+
+#include "ZelBase/log/Logger.h"
+#include "platform/text/NarrowText.h"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <queue>
+#include <set>
+
+namespace tervane {
+namespace {
+
+constexpr int kControllers = 10;
+
+// The drivers' records are packed, and have these sizes on every system.
+constexpr unsigned long kGetRootHubName = 0x220408; // asked of a host controller
+constexpr unsigned long kGetNodeInformation = 0x220408;
+constexpr unsigned long kGetConnectionInformation = 0x22040C;
+constexpr unsigned long kGetConnectionName = 0x220414;
+constexpr size_t kNodeInformationSize = 76;
+constexpr size_t kNumberOfPorts = 6; // where in the node information it stands
+constexpr size_t kConnectionInformationSize = 365;
+constexpr size_t kDeviceIsHub = 24; // where in the connection information
+constexpr size_t kConnectionStatus = 31;
+constexpr size_t kRootHubName = 4; // where the name begins in the answer
+constexpr size_t kConnectionName = 8;
+constexpr size_t kNameAnswerSize = 1024;
+
+constexpr std::uint32_t kDeviceConnected = 1;
+
+std::uint32_t NumberAt(const unsigned char* bytes) noexcept {
+    std::uint32_t number = 0;
+    std::memcpy(&number, bytes, sizeof number);
+    return number;
+}
+
+void PutNumber(unsigned char* bytes, std::uint32_t number) noexcept {
+    std::memcpy(bytes, &number, sizeof number);
+}
+
+// Whoever is asked for a name answers with its length and its zero-terminated characters.
+std::string AskName(UsbDevice& device, unsigned long controlCode, unsigned port, size_t nameAt) {
+    std::array<unsigned char, kNameAnswerSize> buffer = {};
+    PutNumber(buffer.data(), port);
+    const size_t answered = device.Ask(controlCode, buffer).value_or(0);
+    std::wstring name;
+    for (size_t at = nameAt; at + sizeof(wchar_t) <= answered; at += sizeof(wchar_t)) {
+        const auto character = static_cast<wchar_t>(buffer[at] | buffer[at + 1] << 8);
+        if (character == 0) {
+            break;
+        }
+        name.push_back(character);
+    }
+    return ToNarrow(name).value_or(std::string());
+}
+
+class HubWalk {
+public:
+    explicit HubWalk(const UsbApi& api) : api_(api) {}
+
+    UsbPorts Run() {
+        for (int number = 0; number < kControllers; ++number) {
+            if (const auto controller = api_.Open("\\\\.\\HCD" + std::to_string(number))) {
+                Find(AskName(*controller, kGetRootHubName, 0, kRootHubName), "RootHub");
+            }
+        }
+        // Not by recursion: how deep hubs are nested is what their drivers say.
+        for (; !waiting_.empty(); waiting_.pop()) {
+            CountPorts(waiting_.front());
+        }
+        return counted_;
+    }
+
+private:
+    struct Hub {
+        std::string name;
+        std::string label;
+    };
+
+    // A hub that is found a second time, perhaps below itself, is not counted again.
+    void Find(const std::string& name, const std::string& label) {
+        if (!name.empty() && found_.insert(name).second) {
+            waiting_.push({name, label});
+        }
+    }
+
+    void CountPorts(const Hub& hub) {
+        const auto device = api_.Open("\\\\.\\" + hub.name);
+        if (!device) {
+            return;
+        }
+        std::array<unsigned char, kNodeInformationSize> information = {};
+        if (device->Ask(kGetNodeInformation, information).value_or(0) <= kNumberOfPorts) {
+            return;
+        }
+        for (unsigned port = 1; port <= information[kNumberOfPorts]; ++port) {
+            CountPort(*device, port, hub);
+        }
+    }
+
+    void CountPort(UsbDevice& device, unsigned port, const Hub& hub) {
+        std::array<unsigned char, kConnectionInformationSize> information = {};
+        PutNumber(information.data(), port);
+        // The list of pipes at its end may be left out.
+        const size_t answered = device.Ask(kGetConnectionInformation, information).value_or(0);
+        if (answered < kConnectionStatus + sizeof(std::uint32_t)) {
+            return;
+        }
+        const std::uint32_t status = NumberAt(&information[kConnectionStatus]);
+        ++counted_.ports;
+        counted_.connected += status == kDeviceConnected;
+        Note(UsbPortText(port, status, hub.label));
+        if (information[kDeviceIsHub] != 0) {
+            const std::string name = AskName(device, kGetConnectionName, port, kConnectionName);
+            Find(name, name);
+        }
+    }
+
+    void Note(const std::string& text) {
+        if (!logger_) {
+            logger_ = ZelBase::Logger::Create();
+        }
+        if (logger_) {
+            logger_->SetComponent("UsbPorts");
+            logger_->Log("CountUsbPorts", ZelBase::LogLevel::kTrace, "%s", text.c_str());
+        }
+    }
+
+    const UsbApi& api_;
+    UsbPorts counted_;
+    std::queue<Hub> waiting_;
+    std::set<std::string> found_;
+    std::unique_ptr<ZelBase::Logger> logger_;
+};
+
+} // namespace
+
+std::optional<UsbPorts> CountUsbPorts(PlatformFamily family, const UsbApi& api) {
+    if (family == PlatformFamily::kWindows95 || family == PlatformFamily::kNt4) {
+        return std::nullopt;
+    }
+    return HubWalk(api).Run();
+}
+
+std::string UsbPortText(unsigned port, unsigned long connectionStatus, const std::string& hub) {
+    static const char* const kNames[] = {
+        "NoDeviceConnected",    "DeviceConnected",         "DeviceFailedEnumeration",
+        "DeviceGeneralFailure", "DeviceCausedOvercurrent", "DeviceNotEnoughPower",
+    };
+    // Later systems have more.
+    const std::string name = connectionStatus < std::size(kNames)
+                                 ? kNames[connectionStatus]
+                                 : "Status" + std::to_string(connectionStatus);
+    return "[Port" + std::to_string(port) + "] " + name + " :  " + hub;
+}
+
+} // namespace tervane

@@ -1,0 +1,48 @@
+#pragma once
+
+// What the device installation of Windows 2000 and later knows of network adapters, asked through
+// SETUPAPI.DLL. The library is optional: without it nothing is known.
+
+#include "platform/adapters/DeviceApi.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace tervane {
+
+// How the running system finds a device that is plugged in.
+struct DeviceState {
+    // False when it could not be started, for whatever reason but this one:
+    bool works = false;
+    bool isDisabled = false;
+};
+
+struct NetworkDevice {
+    // Its place in the device tree, "PCI\VEN_8086&DEV_1229\4&1A2B".
+    std::wstring instance;
+    std::wstring description;
+    std::wstring service;
+    // CONFIGFLAG_ constants of the registry.
+    DWORD configFlags = 0;
+    // Whether the device is plugged in, as far as the installation can tell.
+    bool isPresent = false;
+    // Nothing where the system cannot be asked or does not know the device.
+    std::optional<DeviceState> state;
+};
+
+class NetworkDevices {
+public:
+    // Every network device that was ever installed and not removed. Any thread.
+    static NetworkDevices Read(const DeviceApi& deviceApi = DeviceApi::System());
+
+    // Null when there is none. `driverKey` names the device's key below the class keys:
+    // "{4D36E972-E325-11CE-BFC1-08002BE10318}\0007", in any case.
+    const NetworkDevice* Find(std::wstring_view driverKey) const;
+
+private:
+    std::unordered_map<std::wstring, NetworkDevice> byDriverKey_;
+};
+
+} // namespace tervane

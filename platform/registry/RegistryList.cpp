@@ -1,0 +1,61 @@
+#include "platform/registry/RegistryList.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tervane {
+namespace {
+
+constexpr std::wstring_view kSeparators = L",; \t\r\n";
+constexpr size_t kMostDigits = 9; // whatever is longer may not fit
+
+void AppendParts(std::wstring_view text, std::vector<std::wstring>& parts) {
+    for (size_t begin = text.find_first_not_of(kSeparators); begin < text.size();) {
+        const size_t end = std::min(text.find_first_of(kSeparators, begin), text.size());
+        parts.emplace_back(text.substr(begin, end - begin));
+        begin = text.find_first_not_of(kSeparators, end);
+    }
+}
+
+} // namespace
+
+std::vector<std::wstring> SplitList(std::wstring_view text) {
+    std::vector<std::wstring> parts;
+    AppendParts(text, parts);
+    return parts;
+}
+
+std::vector<std::wstring> ReadList(const RegistryKey& key, std::wstring_view name) {
+    const std::optional<RegistryValue> value = key.Read(name);
+    std::vector<std::wstring> parts;
+    if (value && value->type == REG_MULTI_SZ) {
+        for (const std::wstring& text : DecodeRegistryTexts(value->bytes)) {
+            AppendParts(text, parts);
+        }
+    } else if (value && (value->type == REG_SZ || value->type == REG_EXPAND_SZ)) {
+        AppendParts(DecodeRegistryText(value->bytes), parts);
+    }
+    return parts;
+}
+
+std::wstring ReadFirstAddress(const RegistryKey& key, std::wstring_view name) {
+    const std::vector<std::wstring> addresses = ReadList(key, name);
+    return addresses.empty() ? std::wstring(L"0.0.0.0") : addresses.front();
+}
+
+std::wstring ReadTextOr(const RegistryKey& key, std::wstring_view name, std::wstring fallback) {
+    std::optional<std::wstring> text = key.ReadText(name);
+    return text && !text->empty() ? std::move(*text) : std::move(fallback);
+}
+
+std::optional<DWORD> ReadSwitch(const RegistryKey& key, std::wstring_view name) {
+    if (const std::optional<DWORD> number = key.ReadNumber(name)) {
+        return number;
+    }
+    const std::optional<std::wstring> text = key.ReadText(name);
+    const bool isNumber = text && !text->empty() && text->size() <= kMostDigits &&
+                          text->find_first_not_of(L"0123456789") == std::wstring::npos;
+    return isNumber ? std::optional(static_cast<DWORD>(std::stoul(*text))) : std::nullopt;
+}
+
+} // namespace tervane

@@ -1,0 +1,177 @@
+// The browser's settings in the real registry, and in one that refuses.
+
+#include "objects/config/browser/BrowserSettings.h"
+#include "objects/config/browser/ConnectionWizard.h"
+#include "support/ScratchRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <vector>
+
+namespace tervane {
+namespace {
+
+using test::RefuseValue;
+using test::ScratchHive;
+
+const std::wstring kInternet = L"Software\\Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+const std::wstring kWizard = L"\\Software\\Microsoft\\Internet Connection Wizard";
+
+class BrowserSettingsTest : public testing::Test {
+protected:
+    RegistryKey Internet() { return user_.Create(kInternet); }
+    RegistryKey Connections() { return user_.Create(kInternet + L"\\Connections"); }
+    std::optional<std::wstring> Text(const wchar_t* name) { return Internet().ReadText(name); }
+    std::optional<DWORD> Number(const wchar_t* name) { return Internet().ReadNumber(name); }
+
+    ScratchHive user_{RegistryHive::kCurrentUser};
+    BrowserSettings settings_;
+};
+
+TEST_F(BrowserSettingsTest, AreEmptyWhereNothingIsStoredAndMadeByWriting) {
+    EXPECT_EQ(L"", settings_.HomePage());
+    EXPECT_EQ(L"", settings_.AutoConfigurationScript());
+    EXPECT_EQ(L"", settings_.ProxyExceptions());
+    EXPECT_EQ(L"", settings_.ProxyServerText());
+    EXPECT_TRUE(settings_.SetLocalBypass(false));
+    EXPECT_TRUE(settings_.SetAutoConfigurationScript(L""));
+    EXPECT_TRUE(settings_.SetProxyExceptions(L""));
+    EXPECT_TRUE(Internet().ValueNames().empty());
+
+    EXPECT_TRUE(settings_.SetHomePage(L"http://home.example/"));
+    EXPECT_EQ(L"http://home.example/", settings_.HomePage());
+    EXPECT_EQ(L"http://home.example/",
+              user_.Open(L"Software\\Microsoft\\Internet Explorer\\Main").ReadText(L"Start Page"));
+    EXPECT_TRUE(settings_.SetAutoConfigurationScript(L"http://proxy/proxy.pac"));
+    EXPECT_EQ(L"http://proxy/proxy.pac", Text(L"AutoConfigURL"));
+    EXPECT_TRUE(settings_.SetAutoConfigurationScript(L""));
+    EXPECT_EQ(std::nullopt, Text(L"AutoConfigURL"));
+    EXPECT_FALSE(settings_.SetHomePage(std::wstring_view(L"a\0b", 3)));
+    EXPECT_EQ(L"http://home.example/", settings_.HomePage());
+}
+
+TEST_F(BrowserSettingsTest, ReadWhatTheSetupTold) {
+    const ScratchHive machine(RegistryHive::kLocalMachine);
+    EXPECT_EQ(L"", settings_.ProgramPath());
+    EXPECT_EQ(L"", settings_.Version());
+    machine.Create(L"SOFTWARE\\Microsoft\\IE4\\SETUP").WriteText(L"Path", L"C:\\Old");
+    EXPECT_EQ(L"C:\\Old", settings_.ProgramPath());
+    machine.Create(L"SOFTWARE\\Microsoft\\IE Setup\\Setup")
+        .WriteExpandableText(L"Path", L"%SystemRoot%\\Internet Explorer");
+    wchar_t windows[MAX_PATH];
+    GetWindowsDirectoryW(windows, MAX_PATH);
+    EXPECT_EQ(windows + std::wstring(L"\\Internet Explorer"), settings_.ProgramPath());
+    machine.Create(L"SOFTWARE\\Microsoft\\Internet Explorer").WriteText(L"Version", L"6.0.2600");
+    EXPECT_EQ(L"6.0.2600", settings_.Version());
+}
+
+TEST_F(BrowserSettingsTest, SwitchAutomaticDetectionInTheFlagsByteOnly) {
+    using enum BrowserSettings::Detection;
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
+    EXPECT_FALSE(user_.Open(kInternet + L"\\Connections").IsOpen());
+    const RegistryKey key = Connections();
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
+    EXPECT_TRUE(key.ValueNames().empty());
+
+    std::vector<unsigned char> block(56, 0x5A);
+    block[0] = 0x3C;
+    key.WriteBytes(L"DefaultConnectionSettings", block);
+    for (const bool enable : {true, false}) {
+        EXPECT_EQ(kSwitched, settings_.SetAutomaticDetection(enable));
+        block[8] = enable ? 9 : 1;
+        EXPECT_EQ(block, key.Read(L"DefaultConnectionSettings")->bytes);
+    }
+    for (size_t size : {0, 1, 8}) {
+        block.resize(size);
+        key.WriteBytes(L"DefaultConnectionSettings", block);
+        EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true)) << size;
+        EXPECT_EQ(block, key.Read(L"DefaultConnectionSettings")->bytes);
+    }
+    key.WriteText(L"DefaultConnectionSettings", L"longer than nine bytes");
+    EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true));
+    EXPECT_EQ(L"longer than nine bytes", key.ReadText(L"DefaultConnectionSettings"));
+}
+
+TEST_F(BrowserSettingsTest, KeepTheBypassApartFromTheExceptions) {
+    EXPECT_TRUE(settings_.SetProxyExceptions(L"host"));
+    EXPECT_TRUE(settings_.SetLocalBypass(true));
+    EXPECT_TRUE(settings_.SetLocalBypass(true));
+    EXPECT_EQ(L"host;<local>", Text(L"ProxyOverride"));
+    EXPECT_TRUE(settings_.SetProxyExceptions(L"a;b"));
+    EXPECT_EQ(L"a;b;<local>", Text(L"ProxyOverride"));
+    EXPECT_TRUE(settings_.SetProxyExceptions(L""));
+    EXPECT_EQ(L"<local>", Text(L"ProxyOverride"));
+    EXPECT_TRUE(settings_.SetLocalBypass(false));
+    EXPECT_EQ(std::nullopt, Text(L"ProxyOverride"));
+    // A value of another type reads as missing.
+    Internet().WriteNumber(L"ProxyOverride", 7);
+    EXPECT_EQ(L"", settings_.ProxyExceptions());
+}
+
+TEST_F(BrowserSettingsTest, SwitchTheProxyOnAndOffWithItsServers) {
+    EXPECT_TRUE(settings_.SetProxyServerText(L"http=a"));
+    EXPECT_EQ(L"http=a", Text(L"ProxyServer"));
+    EXPECT_EQ(1u, Number(L"ProxyEnable"));
+    EXPECT_TRUE(settings_.IsProxyEnabled());
+    for (int i = 0; i < 2; ++i) { // off already, the second time
+        EXPECT_TRUE(settings_.SetProxyServerText(L""));
+        EXPECT_EQ(std::nullopt, Text(L"ProxyServer"));
+        EXPECT_EQ(0u, Number(L"ProxyEnable"));
+        EXPECT_FALSE(settings_.IsProxyEnabled());
+    }
+}
+
+TEST_F(BrowserSettingsTest, StayWholeWhenTheRegistryRefuses) {
+    Internet().WriteText(L"ProxyServer", L"old:80");
+    for (const std::optional<DWORD> enabled : {std::optional<DWORD>(), std::optional<DWORD>(1)}) {
+        if (enabled) {
+            Internet().WriteNumber(L"ProxyEnable", *enabled);
+        }
+        for (const wchar_t* refused : {L"ProxyServer", L"ProxyEnable"}) {
+            const BrowserSettings settings(RefuseValue(refused));
+            EXPECT_FALSE(settings.SetProxyServerText(L"new:80"));
+            EXPECT_FALSE(settings.SetProxyServerText(L""));
+            EXPECT_EQ(L"old:80", Text(L"ProxyServer")) << refused;
+            EXPECT_EQ(enabled, Number(L"ProxyEnable")) << refused;
+        }
+    }
+    Connections().WriteBytes(L"DefaultConnectionSettings", std::vector<unsigned char>(9));
+    EXPECT_EQ(
+        BrowserSettings::Detection::kRefused,
+        BrowserSettings(RefuseValue(L"DefaultConnectionSettings")).SetAutomaticDetection(true));
+    Internet().WriteText(L"ProxyOverride", L"a");
+    EXPECT_FALSE(BrowserSettings(RefuseValue(L"ProxyOverride")).SetLocalBypass(true));
+    EXPECT_FALSE(BrowserSettings(RefuseValue(L"ProxyOverride")).SetProxyExceptions(L""));
+    EXPECT_EQ(L"a", Text(L"ProxyOverride"));
+    EXPECT_FALSE(BrowserSettings(RefuseValue(L"Start Page")).SetHomePage(L"x"));
+    EXPECT_FALSE(BrowserSettings(test::RefuseKey(L"Internet Settings")).SetProxyServerText(L"x"));
+}
+
+TEST(ConnectionWizardTest, IsCompletedForTheUsersOfEachFamily) {
+    const ScratchHive users(RegistryHive::kUsers);
+    const auto completed = [&](const std::wstring& user) {
+        return users.Open(user + kWizard).ReadNumber(L"Completed") == 1u;
+    };
+    const std::wstring kUser = L"S-1-5-21-1-2-3-4711";
+    for (const std::wstring& name : {kUser, kUser + L"_Classes", std::wstring(L"Customer")}) {
+        ASSERT_TRUE(users.Create(name).IsOpen());
+    }
+    EXPECT_TRUE(CompleteConnectionWizard(PlatformFamily::kXp));
+    EXPECT_TRUE(completed(kUser));
+    EXPECT_TRUE(completed(L".Default"));
+    EXPECT_FALSE(users.Open(kUser + L"_Classes\\Software").IsOpen());
+    EXPECT_FALSE(users.Open(L"Customer\\Software").IsOpen());
+    EXPECT_EQ(REG_DWORD, users.Open(kUser + kWizard).TypeOf(L"Completed"));
+
+    EXPECT_TRUE(CompleteConnectionWizard(PlatformFamily::kWindows98));
+    EXPECT_TRUE(completed(L"Customer"));
+    // One that is refused does not keep the others from being marked.
+    test::DeleteTree(RegistryHive::kUsers, kUser + L"\\Software");
+    EXPECT_FALSE(
+        CompleteConnectionWizard(PlatformFamily::kNt4, test::RefuseKey(L".Default" + kWizard)));
+    EXPECT_TRUE(completed(kUser));
+}
+
+} // namespace
+} // namespace tervane

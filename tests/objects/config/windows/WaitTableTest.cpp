@@ -1,0 +1,196 @@
+// Wait threads: how they end by themselves, by an abort, and with their owner, wherever it ends.
+
+#include "objects/config/windows/WaitTable.h"
+#include "ZelBase/Handles.h"
+#include "support/HandleCount.h"
+#include "support/TestThreads.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace tervane {
+namespace {
+
+constexpr DWORD kLong = 20000; // milliseconds; nothing here takes that long
+
+// What the waits have reported, in their order.
+class Reports {
+public:
+    void Add(LONG id, WaitResult result) {
+        const std::lock_guard lock(mutex_);
+        all_.emplace_back(id, result);
+        ReleaseSemaphore(arrived_.Get(), 1, nullptr);
+    }
+    bool WaitForOne() { return WaitForSingleObject(arrived_.Get(), kLong) == WAIT_OBJECT_0; }
+    std::vector<std::pair<LONG, WaitResult>> All() {
+        const std::lock_guard lock(mutex_);
+        return all_;
+    }
+
+private:
+    test::TestMutex mutex_;
+    std::vector<std::pair<LONG, WaitResult>> all_;
+    ZelBase::UniqueHandle arrived_{CreateSemaphoreW(nullptr, 0, 100000, nullptr)};
+};
+using All = std::vector<std::pair<LONG, WaitResult>>;
+
+class TestTask final : public WaitTask {
+public:
+    using Body = std::function<std::optional<WaitResult>(HANDLE abort)>;
+    using AtReport = std::function<void()>;
+
+    TestTask(Reports& reports, Body body, AtReport atReport = nullptr)
+        : reports_(reports), body_(std::move(body)), atReport_(std::move(atReport)) {}
+    std::optional<WaitResult> Wait(HANDLE abort) override { return body_(abort); }
+    void Report(LONG id, WaitResult result) noexcept override {
+        if (atReport_) {
+            atReport_();
+        }
+        reports_.Add(id, result);
+    }
+
+private:
+    Reports& reports_;
+    Body body_;
+    AtReport atReport_;
+};
+
+std::optional<WaitResult> UntilAborted(HANDLE abort) {
+    WaitForSingleObject(abort, INFINITE);
+    return std::nullopt;
+}
+
+std::optional<WaitResult> MetAtOnce(HANDLE) {
+    return WaitResult::kMet;
+}
+
+template <typename... Arguments>
+LONG Start(WaitTable& table, Arguments&&... arguments) {
+    return table.Start(std::make_unique<TestTask>(std::forward<Arguments>(arguments)...));
+}
+
+TEST(WaitTable, NumbersWaitsAndPassesOnHowTheyEnded) {
+    Reports reports;
+    const auto table = std::make_shared<WaitTable>();
+    EXPECT_EQ(1, Start(*table, reports, &MetAtOnce));
+    ASSERT_TRUE(reports.WaitForOne());
+    EXPECT_EQ(2, Start(*table, reports, [](HANDLE) { return WaitResult::kTimedOut; }));
+    ASSERT_TRUE(reports.WaitForOne());
+    // Out of memory, say: the condition was not seen to be met.
+    EXPECT_EQ(3, Start(*table, reports,
+                       [](HANDLE) -> std::optional<WaitResult> { throw std::bad_alloc(); }));
+    ASSERT_TRUE(reports.WaitForOne());
+    table->Close();
+    EXPECT_EQ((All{{1, WaitResult::kMet}, {2, WaitResult::kTimedOut}, {3, WaitResult::kTimedOut}}),
+              reports.All());
+    EXPECT_EQ(0, Start(*table, reports, &MetAtOnce));
+}
+
+TEST(WaitTable, AbortsRunningWaitsAndForgivesEndedOnes) {
+    Reports reports;
+    const auto table = std::make_shared<WaitTable>();
+    const LONG running = Start(*table, reports, &UntilAborted);
+    EXPECT_EQ(WaitTable::AbortResult::kUnknown, table->Abort(running + 1));
+    EXPECT_EQ(WaitTable::AbortResult::kAborted, table->Abort(running));
+    ASSERT_TRUE(reports.WaitForOne());
+    EXPECT_EQ(WaitTable::AbortResult::kUnknown, table->Abort(running)); // its entry is gone
+
+    const LONG ended = Start(*table, reports, &MetAtOnce);
+    ASSERT_TRUE(reports.WaitForOne());
+    EXPECT_EQ(WaitTable::AbortResult::kAborted, table->Abort(ended));
+    table->Close();
+    EXPECT_EQ((All{{running, WaitResult::kAborted}, {ended, WaitResult::kMet}}), reports.All());
+}
+
+TEST(WaitTable, LetsAnAbortWinOverAConditionThatWasMetBefore) {
+    Reports reports;
+    const auto table = std::make_shared<WaitTable>();
+    const LONG id = Start(*table, reports, [](HANDLE abort) {
+        WaitForSingleObject(abort, INFINITE);
+        return WaitResult::kMet;
+    });
+    table->Abort(id);
+    ASSERT_TRUE(reports.WaitForOne());
+    EXPECT_EQ((All{{id, WaitResult::kAborted}}), reports.All());
+    table->Close();
+}
+
+TEST(WaitTable, EndsRunningWaitsInSilenceWithTheirOwner) {
+    Reports reports;
+    const auto table = std::make_shared<WaitTable>();
+    for (int i = 0; i < 20; ++i) {
+        Start(*table, reports, &UntilAborted);
+        Start(*table, reports, [](HANDLE abort) {
+            WaitForSingleObject(abort, INFINITE);
+            return WaitResult::kMet; // too late
+        });
+    }
+    table->Abort(1);
+    ASSERT_TRUE(reports.WaitForOne());
+    table->Close();
+    EXPECT_EQ((All{{1, WaitResult::kAborted}}), reports.All());
+    EXPECT_EQ(1, table.use_count());
+}
+
+TEST(WaitTable, CanEndOnAWaitThread) {
+    Reports reports;
+    auto table = std::make_shared<WaitTable>();
+    Start(*table, reports, &UntilAborted);
+    std::weak_ptr<WaitTable> alive = table;
+    Start(*table, reports, &MetAtOnce, [&] {
+        table->Close();
+        table.reset();
+    });
+    ASSERT_TRUE(reports.WaitForOne());
+    EXPECT_EQ((All{{2, WaitResult::kMet}}), reports.All());
+    for (DWORD waited = 0; !alive.expired() && waited < kLong; waited += 10) {
+        Sleep(10);
+    }
+    EXPECT_TRUE(alive.expired());
+}
+
+TEST(WaitTable, EndsWhileAReportWaitsForTheClosingThread) {
+    Reports reports;
+    const auto table = std::make_shared<WaitTable>();
+    HWND window =
+        CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    const ZelBase::UniqueHandle reporting(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    Start(*table, reports, &MetAtOnce, [&] {
+        SetEvent(reporting.Get());
+        SendMessageW(window, WM_NULL, 0, 0);
+    });
+    WaitForSingleObject(reporting.Get(), kLong);
+    const DWORD start = GetTickCount();
+    table->Close();
+    EXPECT_LT(GetTickCount() - start, kLong);
+    EXPECT_EQ((All{{1, WaitResult::kMet}}), reports.All());
+    DestroyWindow(window);
+}
+
+TEST(WaitTable, LeavesNoHandlesBehind) {
+    Reports reports;
+    const auto round = [&](int waits) {
+        const auto table = std::make_shared<WaitTable>();
+        for (int i = 0; i < waits; i += 2) {
+            const LONG aborted = Start(*table, reports, &UntilAborted);
+            Start(*table, reports, &MetAtOnce);
+            table->Abort(aborted);
+            ASSERT_TRUE(reports.WaitForOne());
+            ASSERT_TRUE(reports.WaitForOne());
+        }
+        table->Close();
+    };
+    round(20);
+    const size_t before = test::OpenHandleCount();
+    ASSERT_NE(0u, before);
+    round(1000);
+    EXPECT_LE(test::OpenHandleCount(), before + 5);
+    EXPECT_EQ(1020u, reports.All().size());
+}
+
+} // namespace
+} // namespace tervane

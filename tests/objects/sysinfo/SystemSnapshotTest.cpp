@@ -1,0 +1,300 @@
+// The whole snapshot: of this machine, compared with what the plain calls and the kernel's own
+// files say, as every Windows that Wine can play, and its parts on machines made up for the
+// purpose.
+
+#include "objects/sysinfo/SystemSnapshot.h"
+
+#include "ZelBase/text/AnsiText.h"
+#include "objects/sysinfo/DriveFigures.h"
+#include "objects/sysinfo/NetworkIdentity.h"
+#include "objects/sysinfo/OsRelease.h"
+#include "support/FakeIpHelper.h"
+#include "support/OtherWindows.h"
+#include "support/ScratchRegistry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <map>
+
+namespace tervane {
+namespace {
+
+// The value after "key<tabs>:" in a file of the kernel's; empty where there is none.
+std::string KernelValue(const char* file, const std::string& key) {
+    std::ifstream lines(file);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind(key, 0) == 0) {
+            const size_t at = line.find_first_not_of(" \t:", key.size());
+            return at == std::string::npos ? "" : line.substr(at);
+        }
+    }
+    return "";
+}
+
+void ExpectDrives(const SystemSnapshot& snapshot) {
+    ULARGE_INTEGER available = {};
+    ULARGE_INTEGER total = {};
+    ASSERT_TRUE(GetDiskFreeSpaceExA("C:\\", &available, &total, nullptr));
+    const auto size = static_cast<double>(total.QuadPart >> 20);
+    const auto free = static_cast<double>(available.QuadPart >> 20);
+    ASSERT_GE(snapshot.systemDriveIndex, 0);
+    EXPECT_EQ('C', snapshot.driveLetters.at(static_cast<size_t>(snapshot.systemDriveIndex)));
+    EXPECT_NEAR(size, snapshot.systemDriveTotalSize, 1 + size / 2048);
+    EXPECT_NEAR(free, snapshot.systemDriveFreeSpace, 64 + free / 2048); // others write meanwhile
+    EXPECT_GE(snapshot.largestFreeDriveIndex, 0);
+    EXPECT_GE(snapshot.largestFreeDriveSpace, snapshot.systemDriveFreeSpace - 64);
+}
+
+void ExpectNames(const SystemSnapshot& snapshot) {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 200] = {};
+    DWORD size = static_cast<DWORD>(std::size(name));
+    GetComputerNameExW(ComputerNameDnsHostname, name, &size);
+    EXPECT_STRCASEEQ(ZelBase::WideToAnsi(name).c_str(),
+                     ZelBase::WideToAnsi(snapshot.hostName).c_str());
+    const std::string server = KernelValue("Z:\\etc\\resolv.conf", "nameserver");
+    if (server.find(':') == std::string::npos) { // the library tells no IPv6 addresses
+        EXPECT_EQ(std::wstring(server.begin(), server.end()),
+                  snapshot.dnsServers.substr(0, snapshot.dnsServers.find(L',')));
+    }
+}
+
+void ExpectProcessorAndMemory(const SystemSnapshot& snapshot) {
+    SYSTEM_INFO system = {};
+    GetSystemInfo(&system);
+    const std::string vendor = KernelValue("Z:\\proc\\cpuinfo", "vendor_id");
+    EXPECT_EQ(std::wstring(vendor.begin(), vendor.end()), snapshot.cpuVendor);
+    EXPECT_GT(snapshot.cpuSpeed, 100);
+    EXPECT_NE(std::wstring::npos, snapshot.cpuDescription.find(L"Family"));
+    EXPECT_EQ(system.wProcessorArchitecture == PROCESSOR_ARCHITECTURE_INTEL
+                  ? std::to_wstring(system.wProcessorLevel)
+                  : L"5",
+              snapshot.cpuFamily);
+
+    MEMORYSTATUS memory = {};
+    GlobalMemoryStatus(&memory);
+    EXPECT_EQ(static_cast<long>(memory.dwTotalPhys / 1048576 + 1), snapshot.ramSize);
+    if (sizeof(void*) == 8) {
+        const double kilobytes = std::atof(KernelValue("Z:\\proc\\meminfo", "MemTotal").c_str());
+        EXPECT_NEAR(kilobytes / 1024, snapshot.ramSize, kilobytes / 1024 / 50);
+    }
+}
+
+void ExpectVersion(const SystemSnapshot& snapshot) {
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof(version);
+    ASSERT_TRUE(GetVersionExA(&version));
+    EXPECT_EQ(static_cast<long>(version.dwMajorVersion), snapshot.osMajorNumber);
+    EXPECT_EQ(static_cast<long>(version.dwMinorVersion), snapshot.osMinorNumber);
+    if (version.dwPlatformId == VER_PLATFORM_WIN32_WINDOWS) {
+        EXPECT_EQ(-1, snapshot.osBuildNumber);
+    } else {
+        EXPECT_GT(snapshot.osBuildNumber, 1000);
+    }
+}
+
+SystemSnapshot ExpectWholeSnapshot() {
+    const SystemSnapshot snapshot = GatherSystemSnapshot(std::nullopt);
+    ExpectDrives(snapshot);
+    ExpectProcessorAndMemory(snapshot);
+    ExpectVersion(snapshot);
+    EXPECT_EQ(0, snapshot.usbPorts); // Wine has no host controllers
+    EXPECT_EQ(0, snapshot.openUsbPorts);
+    return snapshot;
+}
+
+TEST(SystemSnapshotTest, SaysWhatThePlainCallsSay) {
+    if (!test::IsWine()) {
+        GTEST_SKIP() << "compares with files of Wine's host";
+    }
+    const SystemSnapshot snapshot = ExpectWholeSnapshot();
+    ExpectNames(snapshot);
+    EXPECT_FALSE(snapshot.usbSupported);
+    EXPECT_FALSE(snapshot.liveAdapters.empty());
+}
+
+TEST(SystemSnapshotTest, KeepsTheDriveLetters) {
+    EXPECT_EQ("CQ", GatherSystemSnapshot("CQ").driveLetters);
+    EXPECT_EQ(-1, GatherSystemSnapshot("Q").systemDriveIndex);
+    EXPECT_EQ(0, GatherSystemSnapshot("Q").systemDriveTotalSize);
+}
+
+TEST(SystemSnapshotTest, DISABLED_Report) {
+    const SystemSnapshot snapshot = ExpectWholeSnapshot();
+    EXPECT_EQ(OsCode(ClassifyOs(CurrentVersion())), snapshot.os);
+    if (!HasFailure()) {
+        test::ReportValue(ClassifyOs(CurrentVersion()));
+    }
+}
+
+TEST(SystemSnapshotTest, IsWholeOnEveryWindows) {
+    if (!test::IsWine()) {
+        GTEST_SKIP() << "only Wine can be told to be another Windows";
+    }
+    const std::pair<const char*, const wchar_t*> rows[] = {
+        {"win95", L"win95osr1"},      {"win98", L"win98se"},    {"winme", L"winme"},
+        {"nt40", L"winnt4sp6"},       {"win2k", L"win2kgtsp3"}, {"winxp", L"winxppro"},
+        {"win2003", L"win2ksrvrsp2"}, {"win7", L"winnt4sp1"},   {"win10", L"winnt4"},
+    };
+    for (const auto& [version, code] : rows) {
+        EXPECT_STREQ(
+            code, OsCode(test::ValueOn(version, "SystemSnapshotTest.DISABLED_Report").value_or(-1)))
+            << version;
+    }
+}
+
+TEST(SystemSnapshotTest, LacksOnlyWhatTheRegistryLacks) {
+    const test::ScratchHive machine(RegistryHive::kLocalMachine);
+    const SystemSnapshot bare = GatherSystemSnapshot(std::nullopt);
+    EXPECT_GT(bare.cpuSpeed, 0);
+    EXPECT_EQ(12u, bare.cpuVendor.size());
+    EXPECT_EQ(L"", bare.cpuDescription);
+    EXPECT_EQ(-1, bare.osBuildNumber);
+    EXPECT_GT(bare.ramSize, 1);
+    EXPECT_TRUE(bare.staticAdapters.empty());
+    const auto version = machine.Create(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion");
+    version.WriteText(L"CurrentBuildNumber", L"2195");
+    EXPECT_EQ(2195, GatherSystemSnapshot("C").osBuildNumber);
+}
+
+// In MB.
+std::map<char, std::pair<UINT, unsigned>> drives;
+
+UINT WINAPI TypeOf(LPCSTR root) {
+    return drives.count(root[0]) ? drives[root[0]].first : DRIVE_NO_ROOT_DIR;
+}
+
+BOOL WINAPI Space(LPCSTR root, PULARGE_INTEGER free, PULARGE_INTEGER total, PULARGE_INTEGER) {
+    free->QuadPart = std::uint64_t{drives[root[0]].second} << 20;
+    total->QuadPart = 2 * free->QuadPart;
+    return TRUE;
+}
+
+UINT WINAPI WindowsFolder(LPSTR folder, UINT) {
+    return static_cast<UINT>(strlen(strcpy(folder, "d:\\WINDOWS")));
+}
+
+TEST(DriveFiguresTest, FindsTheHardDriveWithTheMostFreeSpace) {
+    const DriveApi api = {&TypeOf, &Space, nullptr, &WindowsFolder};
+    const auto figures = [&api](const char* letters) {
+        SystemSnapshot snapshot;
+        snapshot.driveLetters = letters;
+        FillDriveFigures(Drives(api), snapshot);
+        return snapshot;
+    };
+    drives = {{'C', {DRIVE_FIXED, 70}},
+              {'D', {DRIVE_FIXED, 100}},
+              {'E', {DRIVE_FIXED, 100}},
+              {'F', {DRIVE_REMOTE, 900}}};
+    SystemSnapshot found = figures("CDEF");
+    EXPECT_EQ(1, found.systemDriveIndex);
+    EXPECT_EQ(200, found.systemDriveTotalSize);
+    EXPECT_EQ(100, found.systemDriveFreeSpace);
+    EXPECT_EQ(1, found.largestFreeDriveIndex);
+    EXPECT_EQ(100, found.largestFreeDriveSpace);
+
+    drives = {{'C', {DRIVE_FIXED, 0}}, {'D', {DRIVE_REMOTE, 7}}};
+    found = figures("C");
+    EXPECT_EQ(-1, found.systemDriveIndex);
+    EXPECT_EQ(-1, found.largestFreeDriveIndex);
+    EXPECT_EQ(0, found.largestFreeDriveSpace);
+}
+
+// Network parameters of the test's choice.
+class FakeParameters final : public test::FakeIpHelper {
+public:
+    std::optional<FIXED_INFO> parameters;
+
+    DWORD GetNetworkParams(FIXED_INFO* table, ULONG*) const override {
+        if (!parameters) {
+            return ERROR_NOT_SUPPORTED;
+        }
+        *table = *parameters;
+        return NO_ERROR;
+    }
+};
+
+using Servers = std::vector<std::wstring>;
+
+// A value that somebody has filled with rubbish.
+TEST(NetworkIdentityTest, TakesListsOfAnyLength) {
+    constexpr size_t kServers = 80'000;
+    const test::ScratchHive machine(RegistryHive::kLocalMachine);
+    std::wstring list;
+    for (size_t number = 0; number < kServers; ++number) {
+        list += std::to_wstring(number) + L",";
+    }
+    machine.Create(L"System\\CurrentControlSet\\Services\\Tcpip\\Parameters")
+        .WriteText(L"NameServer", list);
+    const ULONGLONG start = GetTickCount64();
+    const auto identity = ReadNetworkIdentity(FakeParameters(), PlatformFamily::kXp, {});
+    EXPECT_LT(GetTickCount64() - start, 2000u);
+    EXPECT_EQ(kServers, identity.dnsServers.size());
+}
+
+TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
+    const test::ScratchHive machine(RegistryHive::kLocalMachine);
+    FakeParameters library;
+    std::vector<StaticAdapter> adapters(3);
+    adapters[0].nameServers = {L"10.0.0.1", L"10.0.0.2"};
+    adapters[2].nameServers = {L"10.0.0.2", L"", L"10.0.0.3"};
+    for (StaticAdapter& adapter : adapters) {
+        adapter.isEnabled = adapter.boundIndirectlyOrDirectlyToTcpip = true;
+    }
+    auto identity = ReadNetworkIdentity(library, PlatformFamily::kXp, {});
+    EXPECT_EQ(L"", identity.hostName + identity.domainName);
+    EXPECT_TRUE(identity.dnsServers.empty());
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(Servers({L"10.0.0.1", L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    adapters[0].isEnabled = false;
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(Servers({L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    adapters[2].boundIndirectlyOrDirectlyToTcpip = false;
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_TRUE(identity.dnsServers.empty());
+
+    const std::wstring services = L"System\\CurrentControlSet\\Services\\";
+    const RegistryKey nt = machine.Create(services + L"Tcpip\\Parameters");
+    nt.WriteText(L"Hostname", L"station");
+    nt.WriteText(L"Domain", L"example.com");
+    nt.WriteText(L"NameServer", L"10.1.0.1,10.1.0.2  10.1.0.1");
+    const RegistryKey w9x = machine.Create(services + L"VxD\\MSTCP");
+    w9x.WriteText(L"HostName", L"home");
+    w9x.WriteText(L"NameServer", L",10.2.0.1");
+    identity = ReadNetworkIdentity(library, PlatformFamily::kNt4, adapters);
+    EXPECT_EQ(L"station", identity.hostName);
+    EXPECT_EQ(L"example.com", identity.domainName);
+    EXPECT_EQ(Servers({L"10.1.0.1", L"10.1.0.2"}), identity.dnsServers);
+    identity = ReadNetworkIdentity(library, PlatformFamily::kWindowsMe, adapters);
+    EXPECT_EQ(L"home", identity.hostName);
+    EXPECT_EQ(L"", identity.domainName);
+    EXPECT_EQ(Servers({L"10.2.0.1"}), identity.dnsServers);
+
+    library.parameters = FIXED_INFO();
+    memset(library.parameters->HostName, 'x', sizeof(library.parameters->HostName));
+    strcpy(library.parameters->DnsServerList.IpAddress.String, "10.3.0.1");
+    IP_ADDR_STRING more = {};
+    strcpy(more.IpAddress.String, "10.3.0.2");
+    library.parameters->DnsServerList.Next = &more;
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
+    EXPECT_EQ(L"example.com", identity.domainName);
+    EXPECT_EQ(Servers({L"10.3.0.1", L"10.3.0.2"}), identity.dnsServers);
+    // That there are none is an answer.
+    library.parameters->DnsServerList = {};
+    EXPECT_TRUE(ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers.empty());
+    // A list without an end, of addresses without one.
+    memset(more.IpAddress.String, '9', sizeof(more.IpAddress.String));
+    more.Next = &more;
+    library.parameters->DnsServerList.Next = &more;
+    EXPECT_EQ(Servers({std::wstring(sizeof(more.IpAddress.String), L'9')}),
+              ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers);
+    // Neither name is terminated.
+    memset(library.parameters->DomainName, 'y', sizeof(library.parameters->DomainName));
+    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
+    EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
+}
+
+} // namespace
+} // namespace tervane

@@ -1,0 +1,240 @@
+// Hardware addresses from drivers: the real ones of this machine, and drivers that misbehave.
+
+#include "platform/adapters/DriverAddress.h"
+#include "ZelBase/SystemLibrary.h"
+
+#include "ZelBase/Handles.h"
+#include "ZelBase/threads/ModulePin.h"
+#include "platform/adapters/HardwareAddress.h"
+#include "platform/adapters/StaticAdapter.h"
+#include "support/TestThreads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <iphlpapi.h>
+#include <winsock2.h>
+
+namespace tervane {
+namespace {
+
+// A device that exists or not, has a name or not, and answers what a test wants.
+struct PlayedDriver {
+    bool hasName = false;
+    bool mayBeDefined = true;
+    bool exists = true;
+    DWORD queryError = ERROR_FILE_NOT_FOUND;
+    std::map<DWORD, std::vector<unsigned char>> answers; // by object
+    std::vector<std::string> calls;
+};
+PlayedDriver driver;
+
+DWORD WINAPI PlayQuery(LPCSTR name, LPSTR target, DWORD size) {
+    driver.calls.push_back(std::string("query ") + name);
+    if (!driver.hasName || size < 4) {
+        SetLastError(driver.queryError);
+        return 0;
+    }
+    strcpy(target, "x");
+    return 3;
+}
+
+BOOL WINAPI PlayDefine(DWORD flags, LPCSTR name, LPCSTR target) {
+    driver.calls.push_back("define " + std::to_string(flags) + " " + name + " " + target);
+    driver.hasName = driver.mayBeDefined && flags == 1;
+    return driver.mayBeDefined;
+}
+
+HANDLE WINAPI PlayOpen(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES, DWORD how,
+                       DWORD, HANDLE) {
+    EXPECT_EQ(static_cast<DWORD>(GENERIC_READ), access);
+    EXPECT_EQ(static_cast<DWORD>(FILE_SHARE_READ | FILE_SHARE_WRITE), share);
+    EXPECT_EQ(static_cast<DWORD>(OPEN_EXISTING), how);
+    driver.calls.push_back(std::string("open ") + name);
+    return driver.exists && driver.hasName ? CreateEventW(nullptr, FALSE, FALSE, nullptr)
+                                           : INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI PlayControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOID output,
+                        DWORD outputSize, LPDWORD size, LPOVERLAPPED) {
+    EXPECT_EQ(0x170002u, code);
+    EXPECT_EQ(4u, inputSize);
+    EXPECT_EQ(4096u, outputSize);
+    const auto answer = driver.answers.find(*static_cast<DWORD*>(input));
+    if (answer == driver.answers.end()) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *size = static_cast<DWORD>(answer->second.size());
+    std::copy(answer->second.begin(), answer->second.end(), static_cast<unsigned char*>(output));
+    return TRUE;
+}
+
+constexpr DeviceApi kPlayed = {&PlayQuery, &PlayDefine, &PlayOpen, &PlayControl, nullptr};
+using Calls = std::vector<std::string>;
+
+class DriverAddressTest : public testing::Test {
+protected:
+    DriverAddressTest() { driver = PlayedDriver(); }
+};
+
+TEST_F(DriverAddressTest, DefinesANameAndTakesItBack) {
+    driver.answers[0x01010102] = {0, 0x10, 0x5A, 0xAB, 1, 2};
+    EXPECT_EQ(L"00-10-5A-AB-01-02", DriverAddresses(kPlayed).Read(L"El90x1"));
+    EXPECT_EQ((Calls{"query El90x1", "define 1 El90x1 \\Device\\El90x1", "open \\\\.\\El90x1",
+                     "define 7 El90x1 \\Device\\El90x1"}),
+              driver.calls);
+}
+
+TEST_F(DriverAddressTest, LeavesANameAlone) {
+    driver.hasName = true;
+    driver.answers[0x04010101] = {1, 2, 3, 4, 5, 6}; // an FDDI card
+    EXPECT_EQ(L"01-02-03-04-05-06", DriverAddresses(kPlayed).Read(L"{1}"));
+    EXPECT_EQ((Calls{"query {1}", "open \\\\.\\{1}"}), driver.calls);
+}
+
+TEST_F(DriverAddressTest, BelievesOnlySixBytes) {
+    for (const size_t size : {0, 5, 7, 4096}) {
+        driver.answers[0x01010102].resize(size, 1);
+        EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1")) << size;
+        EXPECT_EQ("define 7 El90x1 \\Device\\El90x1", driver.calls.back());
+    }
+}
+
+TEST_F(DriverAddressTest, FailsWithoutADevice) {
+    driver.queryError = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
+    EXPECT_EQ(Calls{"query El90x1"}, driver.calls);
+    driver = PlayedDriver();
+    driver.mayBeDefined = false;
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
+    EXPECT_EQ(2u, driver.calls.size());
+    driver = PlayedDriver();
+    driver.exists = false;
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"El90x1"));
+    EXPECT_EQ("define 7 El90x1 \\Device\\El90x1", driver.calls.back());
+    driver = PlayedDriver();
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L""));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"\x4E2D"));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(std::wstring(L"a\0b", 3)));
+    EXPECT_TRUE(driver.calls.empty());
+}
+
+TEST_F(DriverAddressTest, KnowsTheCardThatCannotBeAsked) {
+    EXPECT_EQ(L"00-c0-49-43-0f-53", DriverAddresses(kPlayed).Read(L"USRPCIAWR3"));
+    EXPECT_EQ(L"00-c0-49-43-0f-5d", DriverAddresses(kPlayed).Read(L"xUSRPCIAWR"));
+    EXPECT_EQ(std::nullopt, DriverAddresses(kPlayed).Read(L"usrpciawr3"));
+    EXPECT_EQ((Calls{"query usrpciawr3"}), Calls(driver.calls.begin(), driver.calls.begin() + 1));
+}
+
+// A name that whoever has looked it up is slow to use, and a driver that is slow to answer.
+std::atomic<int> definitions;
+std::atomic<bool> isAsked;
+
+DWORD WINAPI QuerySlowly(LPCSTR, LPSTR target, DWORD) {
+    if (definitions == 0) {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return 0;
+    }
+    Sleep(300);
+    strcpy(target, "x");
+    return 3;
+}
+
+BOOL WINAPI DefineShared(DWORD flags, LPCSTR, LPCSTR) {
+    definitions += flags == 1 ? 1 : -1;
+    return TRUE;
+}
+
+HANDLE WINAPI OpenShared(LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
+    return definitions > 0 ? CreateEventW(nullptr, FALSE, FALSE, nullptr) : INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI AnswerSlowly(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size,
+                         LPOVERLAPPED) {
+    isAsked = true;
+    Sleep(100);
+    memset(output, 7, 6);
+    *size = 6;
+    return TRUE;
+}
+
+TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
+    static constexpr DeviceApi kSlow = {&QuerySlowly, &DefineShared, &OpenShared, &AnswerSlowly,
+                                        nullptr};
+    test::TestThread first(
+        [] { EXPECT_EQ(L"07-07-07-07-07-07", DriverAddresses(kSlow).Read(L"El90x1")); });
+    while (!isAsked) {
+        Sleep(1);
+    }
+    EXPECT_EQ(L"07-07-07-07-07-07", DriverAddresses(kSlow).Read(L"El90x1"));
+    first.join();
+    EXPECT_EQ(0, definitions);
+}
+
+ZelBase::UniqueHandle isStuck(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+ZelBase::UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+
+BOOL WINAPI AnswerWhenTold(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size,
+                           LPOVERLAPPED) {
+    SetEvent(isStuck.Get());
+    WaitForSingleObject(goOn.Get(), INFINITE);
+    memset(output, 9, 6);
+    *size = 6;
+    return TRUE;
+}
+
+TEST(StuckDriverTest, IsWaitedForOnceInAList) {
+    static constexpr DeviceApi kStuck = {&PlayQuery, &PlayDefine, &PlayOpen, &AnswerWhenTold,
+                                         nullptr};
+    driver = PlayedDriver();
+    driver.hasName = true;
+    const auto stuck = ZelBase::ModulePin::StartThread([] { DriverAddresses(kStuck).Read(L"A"); });
+    WaitForSingleObject(isStuck.Get(), INFINITE);
+    DriverAddresses list(kStuck);
+    EXPECT_EQ(std::nullopt, list.Read(L"B"));
+    SetEvent(goOn.Get());
+    WaitForSingleObject(stuck.Get(), INFINITE);
+    driver.calls.clear();
+    EXPECT_EQ(std::nullopt, list.Read(L"B"));
+    EXPECT_TRUE(driver.calls.empty());
+    EXPECT_EQ(L"09-09-09-09-09-09", DriverAddresses(kStuck).Read(L"B"));
+}
+
+// Every adapter of this machine that both know.
+TEST(StaticAdapterTest, TellsTheAddressesThatTheStackTells) {
+    const ZelBase::SystemLibrary library("IPHLPAPI.DLL");
+    const auto getAdapters = library.Find<decltype(&GetAdaptersInfo)>("GetAdaptersInfo");
+    ASSERT_NE(nullptr, getAdapters);
+    ULONG size = 0;
+    getAdapters(nullptr, &size);
+    std::vector<unsigned char> buffer(size);
+    auto* live = reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data());
+    if (size == 0 || getAdapters(live, &size) != ERROR_SUCCESS) {
+        GTEST_SKIP() << "this machine has no network adapter";
+    }
+    std::map<std::wstring, std::wstring> addresses;
+    for (const StaticAdapter& adapter : ListStaticAdapters()) {
+        addresses[adapter.cookie] = adapter.hardwareAddress;
+        EXPECT_EQ(17u, adapter.hardwareAddress.size());
+    }
+    int compared = 0;
+    for (; live != nullptr; live = live->Next) {
+        const std::string name = live->AdapterName;
+        const auto found = addresses.find(std::wstring(name.begin(), name.end()));
+        if (found != addresses.end() && live->AddressLength == 6) {
+            EXPECT_EQ(FormatHardwareAddress({live->Address, 6}), found->second) << name;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 0);
+}
+
+} // namespace
+} // namespace tervane

@@ -1,0 +1,219 @@
+#include "ZelBase/log/Logger.h"
+#include "ZelBase/log/ADefaultLogger.h"
+#include "ZelBase/threads/ModulePin.h"
+#include "tests/zelbase/ChildProcess.h"
+#include "tests/zelbase/log/RingView.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace ZelBase::test {
+namespace {
+
+// A logger whose component no other test and no other process uses at the time.
+class LoggerTest : public testing::Test {
+protected:
+    LoggerTest() : logger_(Logger::Create()) {
+        component_ = "LoggerTest";
+        component_ += testing::UnitTest::GetInstance()->current_test_info()->name();
+        logger_->SetComponent(component_.c_str());
+        view_.emplace();
+    }
+    RingRecord Newest(const std::string& component) {
+        const auto records = view_->RecordsOf(component);
+        return records.empty() ? RingRecord() : records.back();
+    }
+    RingRecord Newest() { return Newest(component_); }
+
+    std::string component_;
+    std::unique_ptr<Logger> logger_;
+    std::optional<RingView> view_;
+};
+
+TEST_F(LoggerTest, RecordsCarryTheirTagsOrTheDefaults) {
+    struct Row {
+        void (*log)(Logger&);
+        const char* function;
+        unsigned level;
+        std::uint32_t value;
+        const char* text;
+    };
+    constexpr auto kWarning = LogLevel::kWarning;
+    const Row rows[] = {
+        {[](Logger& l) { l.Log(kWarning, 5u, "a %d", 1); }, "Default", 3, 5, "a 1"},
+        {[](Logger& l) { l.Log(kWarning, "b %s", "x"); }, "Default", 1, 9, "b x"},
+        {[](Logger& l) { l.Log(6u, "c"); }, "Default", 3, 6, "c"},
+        {[](Logger& l) { l.Log("d %d", 4); }, "Default", 3, 9, "d 4"},
+        {[](Logger& l) { l.Log("Own", "e %d", 5); }, "Own", 3, 9, "e 5"},
+        {[](Logger& l) { l.Log("Own", kWarning, 7u, "f"); }, "Own", 1, 7, "f"},
+        {[](Logger& l) { l.Log("Own", kWarning, "g %%"); }, "Own", 1, 9, "g %"},
+        {[](Logger& l) { l.Log("Own", 8u, "h"); }, "Own", 3, 8, "h"},
+    };
+    logger_->Log("first");
+    EXPECT_EQ(Newest().function, "GENERAL");
+    EXPECT_EQ(Newest().level, 0u);
+    EXPECT_EQ(Newest().value, 0u);
+    logger_->SetFunction("Default");
+    logger_->SetLevel(LogLevel::kTrace);
+    logger_->SetValue(9);
+    for (const Row& row : rows) {
+        row.log(*logger_);
+        const RingRecord record = Newest();
+        EXPECT_EQ(record.text, row.text);
+        EXPECT_EQ(record.function, row.function) << row.text;
+        EXPECT_EQ(record.level, &row == rows ? 1u : row.level) << row.text;
+        EXPECT_EQ(record.value, row.value) << row.text;
+        EXPECT_LE(std::abs(static_cast<long long>(record.time) - std::time(nullptr)), 2);
+    }
+    char thread[32];
+    std::snprintf(thread, sizeof thread, "0x%lx", GetCurrentThreadId());
+    EXPECT_EQ(Newest().thread, thread);
+}
+
+TEST_F(LoggerTest, CutsWhatDoesNotFitAndLeavesNothingOfOlderRecords) {
+    logger_->Log(std::string(80, 'F').c_str(), LogLevel::kError, "%s",
+                 std::string(600, 'T').c_str());
+    EXPECT_EQ(Newest().text, std::string(511, 'T'));
+    EXPECT_EQ(Newest().function, std::string(63, 'F'));
+    logger_->Log("Function", "%s", std::string(2000, 'U').c_str());
+    EXPECT_EQ(Newest().text, std::string(511, 'U'));
+    logger_->SetComponent(std::string(100, 'C').c_str());
+    logger_->Log("x");
+    EXPECT_EQ(Newest(std::string(63, 'C')).text, "x");
+
+    logger_->SetComponent(component_.c_str());
+    for (std::uint32_t i = 0; i < 2 * RingView::kSlots; ++i) {
+        logger_->Log("s"); // over all the long ones
+    }
+    view_->Lock();
+    const unsigned char* slot = view_->Slot((view_->Header(4) + RingView::kSlots - 1) % 199);
+    const std::string bytes(reinterpret_cast<const char*>(slot), RingView::kRecordSize);
+    view_->Unlock();
+    EXPECT_EQ(bytes.find_first_not_of('\0', 202), std::string::npos);
+    EXPECT_EQ(bytes.substr(64, 64), std::string("GENERAL") + std::string(57, '\0'));
+}
+
+TEST_F(LoggerTest, SharesOneRingWhoseLastSlotStaysEmpty) {
+    EXPECT_EQ(view_->Header(0), RingView::kSize);
+    EXPECT_EQ(view_->Header(12), RingView::kSlots);
+    logger_->Log("kept");
+    view_->Lock();
+    const std::uint32_t slot = view_->Header(4);
+    const std::uint32_t counter = view_->Header(8);
+    view_->Unlock();
+
+    const auto second = Logger::Create();
+    EXPECT_EQ(Newest().text, "kept");
+    for (int i = 0; i < 450; ++i) {
+        second->Log("turn %d", i);
+    }
+    view_->Lock();
+    const std::uint32_t written = view_->Header(8) - counter;
+    EXPECT_GE(written, 450u);
+    EXPECT_EQ(view_->Header(4), (slot + written) % RingView::kSlots);
+    EXPECT_EQ(view_->Slot(RingView::kSlots)[0], 0);
+    EXPECT_EQ(view_->Slot(RingView::kSlots)[201], 0);
+    view_->Unlock();
+}
+
+TEST_F(LoggerTest, SurvivesADamagedHeader) {
+    for (const std::uint32_t damage : {199u, 200u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+        view_->Lock();
+        view_->Header(4) = damage;
+        view_->Header(12) = 0;
+        view_->Unlock();
+        logger_->Log("damage %lu", static_cast<unsigned long>(damage));
+        view_->Lock();
+        EXPECT_LT(view_->Header(4), RingView::kSlots);
+        view_->Header(12) = RingView::kSlots;
+        view_->Unlock();
+        EXPECT_EQ(Newest().text, "damage " + std::to_string(damage));
+    }
+}
+
+TEST_F(LoggerTest, GoesOnAfterAProcessDiedWithTheMutex) {
+    for (int i = 0; i < 2; ++i) {
+        auto child = ChildProcess::Self("die-with-mutex");
+        ASSERT_EQ(child.Wait(), 7u);
+        if (i == 0) {
+            logger_->Log("after death");
+            EXPECT_EQ(Newest().text, "after death");
+        } else { // a new logger meets it
+            const auto logger = Logger::Create();
+            ASSERT_TRUE(logger->IsValid());
+            logger->SetComponent(component_.c_str());
+            logger->Log("opened after death");
+            EXPECT_EQ(Newest().text, "opened after death");
+        }
+    }
+}
+
+DWORD WINAPI LogManyRecords(void* logger) {
+    for (int i = 0; i < 20; ++i) {
+        static_cast<Logger*>(logger)->Log("dropped");
+    }
+    return 0;
+}
+
+// Only the first of many records is waited for, and by a thread of the host hardly at all.
+TEST_F(LoggerTest, DropsRecordsWhileTheRingStaysLocked) {
+    Logger* const logger = logger_.get();
+    for (const bool isOwn : {true, false}) {
+        view_->Lock();
+        const DWORD start = GetTickCount();
+        const UniqueHandle writer =
+            isOwn ? ModulePin::StartThread(&LogManyRecords, logger)
+                  : UniqueHandle(CreateThread(nullptr, 0, &LogManyRecords, logger, 0, nullptr));
+        ASSERT_EQ(WaitForSingleObject(writer.Get(), 60000), WAIT_OBJECT_0);
+        const DWORD took = GetTickCount() - start;
+        EXPECT_TRUE(isOwn ? took >= 950 && took < 5000 : took < 900) << took;
+        view_->Unlock();
+        EXPECT_EQ(view_->RecordsOf(component_).size(), isOwn ? 0u : 1u);
+        logger_->Log("not dropped");
+        EXPECT_EQ(Newest().text, "not dropped");
+    }
+}
+
+// Only Wine lets a test choose the system's version.
+TEST(Logger, SharesOneRingAcrossSessionsFromWindows2000On) {
+    if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
+        GTEST_SKIP() << "needs Wine";
+    }
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win98").Wait(), 1u);
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "nt40").Wait(), 1u);
+    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win2k").Wait(), 2u);
+}
+
+TEST_F(LoggerTest, LeavesTheLastErrorAlone) {
+    SetLastError(12345);
+    logger_->Log("Function", LogLevel::kError, "failed");
+    EXPECT_EQ(GetLastError(), 12345u);
+}
+
+TEST_F(LoggerTest, DefaultLoggerFormatsTwiceAndReadsNothingThatNobodyGave) {
+    ADefaultLogger own;
+    ASSERT_TRUE(own.IsValid());
+    const auto newest = [this] { return Newest("DEBUG"); };
+    own.Log("Operation", LogLevel::kWarning, "%d%%%% of %s", 50, "all");
+    EXPECT_EQ(newest().text, "50% of all");
+    EXPECT_EQ(newest().function, "Operation");
+    EXPECT_EQ(newest().level, 1u);
+    EXPECT_EQ(ChildProcess::Self("log-by-default").ReadLine(), "3 free 50%");
+    // What a server might have sent, on the way into the log.
+    own.Log("Operation", LogLevel::kTrace, "[%s]", "%s%S%ls");
+    EXPECT_EQ(newest().text, "[]");
+    std::string hostile;
+    while (hostile.size() < 505) {
+        hostile += "%n%*.*f%s";
+    }
+    own.Log("Operation", LogLevel::kTrace, "%s", hostile.c_str());
+    own.Log("Operation", LogLevel::kTrace, "%s", "%2000000000d%s");
+    own.Log("Operation", LogLevel::kTrace, "after");
+    EXPECT_EQ(newest().text, "after");
+    EXPECT_FALSE(ALogger(nullptr).IsValid());
+    ALogger(nullptr).Log("Operation", LogLevel::kTrace, "nowhere %s", "at all");
+}
+
+} // namespace
+} // namespace ZelBase::test

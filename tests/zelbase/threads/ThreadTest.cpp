@@ -1,0 +1,393 @@
+#include "ZelBase/threads/Thread.h"
+#include "ZelBase/Handles.h"
+#include "ZelBase/threads/Event.h"
+#include "ZelBase/threads/Mutex.h"
+#include "ZelBase/threads/ThreadTerminateException.h"
+#include "tests/support/HandleCount.h"
+#include "tests/zelbase/log/RingView.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
+
+namespace ZelBase::test {
+namespace {
+
+using Function = Thread::Function;
+
+std::unique_ptr<Thread> Started(Function function) {
+    auto thread = Thread::Create();
+    EXPECT_TRUE(thread->SetThreadFunction(std::move(function)));
+    EXPECT_TRUE(thread->Execute());
+    return thread;
+}
+
+template <typename Condition>
+bool WaitUntil(Condition condition) {
+    for (int i = 0; i < 2000 && !condition(); ++i) {
+        ::Sleep(5);
+    }
+    return condition();
+}
+
+// Keeps the thread where no wait of the library can reach it.
+std::uint32_t Spin(Thread*, std::uint32_t) {
+    for (;;) {
+        ::Sleep(1);
+    }
+}
+
+TEST(Thread, RunsItsRoutineAgainAndAgain) {
+    const auto thread = Thread::Create();
+    ASSERT_TRUE(thread && thread->IsValid());
+    EXPECT_FALSE(thread->Execute()); // no routine
+    EXPECT_FALSE(thread->IsRunning() || thread->IsFinished() || thread->IsSuspended());
+    EXPECT_EQ(thread->GetExitCode(), 0u);
+
+    const auto go = Event::Create();
+    EXPECT_TRUE(thread->SetThreadFunction([&](Thread* self, std::uint32_t argument) {
+        EXPECT_EQ(self, thread.get());
+        go->Wait(self);
+        return argument + 1;
+    }));
+    for (const std::uint32_t argument : {1u, 0xFFFFFFFEu}) {
+        go->Reset();
+        EXPECT_TRUE(thread->SetArgument(argument));
+        ASSERT_TRUE(thread->Execute());
+        EXPECT_FALSE(thread->Execute());
+        EXPECT_FALSE(thread->SetArgument(5));
+        EXPECT_FALSE(thread->SetThreadFunction(Spin));
+        EXPECT_TRUE(thread->IsRunning() && !thread->IsFinished());
+        go->Set();
+        ASSERT_TRUE(WaitUntil([&] { return thread->IsFinished(); }));
+        EXPECT_FALSE(thread->IsRunning());
+        EXPECT_EQ(thread->GetExitCode(), argument + 1);
+    }
+}
+
+TEST(Thread, TakesNamedEventsInTheirOrder) {
+    std::string got;
+    const auto ready = Event::Create();
+    const auto thread = Thread::Create();
+    EXPECT_FALSE(thread->SignalEvent("too early"));
+    EXPECT_FALSE(thread->HasEvents());
+    thread->SetThreadFunction([&](Thread* self, std::uint32_t) -> std::uint32_t {
+        std::string name = "unchanged";
+        EXPECT_FALSE(self->WaitForEvent(name, 20));
+        EXPECT_EQ(name, "unchanged");
+        ready->Set();
+        while (got.size() < 4) {
+            EXPECT_TRUE(got.size() % 2 ? self->WaitForEvent(name)
+                                       : self->WaitForEvent(name, 10000));
+            got += name;
+        }
+        EXPECT_FALSE(self->HasEvents());
+        ready->Reset();
+        self->WaitForEvent(name, 10000); // ends by exception
+        return 1;
+    });
+    ASSERT_TRUE(thread->Execute());
+    ASSERT_TRUE(ready->Wait(10000, nullptr));
+    for (const char* name : {"a", "b", "c", "d"}) {
+        EXPECT_TRUE(thread->SignalEvent(name));
+    }
+    EXPECT_FALSE(thread->GetEvent("a")); // not while running
+    ASSERT_TRUE(WaitUntil([&] { return !ready->Wait(0, nullptr); }));
+    EXPECT_EQ(got, "abcd");
+    EXPECT_TRUE(thread->Terminate(false));
+    EXPECT_EQ(thread->GetExitCode(), 0u);
+}
+
+TEST(Thread, LeavesNamesThatNobodyTook) {
+    const auto queued = Event::Create();
+    const auto thread = Started([&](Thread* self, std::uint32_t) -> std::uint32_t {
+        queued->Wait(nullptr);
+        while (true) { // terminated meanwhile, so that the first call throws
+            std::string name;
+            self->WaitForEvent(name);
+        }
+    });
+    for (const char* name : {"x", "y", "x"}) {
+        EXPECT_TRUE(thread->SignalEvent(name));
+    }
+    const auto releaser = Started([&](Thread* self, std::uint32_t) -> std::uint32_t {
+        self->Sleep(50);
+        queued->Set();
+        return 0;
+    });
+    EXPECT_TRUE(thread->Terminate(false));
+    EXPECT_TRUE(thread->HasEvents());
+    EXPECT_FALSE(thread->GetEvent("z"));
+    EXPECT_TRUE(thread->GetEvent("y"));
+    EXPECT_FALSE(thread->GetEvent("y"));
+    EXPECT_TRUE(thread->GetEvent("x"));
+    EXPECT_TRUE(thread->GetEvent("x"));
+    EXPECT_FALSE(thread->HasEvents());
+    EXPECT_FALSE(thread->SignalEvent("x"));
+    EXPECT_TRUE(releaser->Terminate(false));
+}
+
+// Says whether the routine was unwound, rather than killed.
+struct Unwound {
+    std::atomic<bool>& flag;
+    ~Unwound() { flag = true; }
+};
+
+TEST(Thread, EndsFromEveryWaitThatKnowsIt) {
+    const auto event = Event::Create();
+    const auto mutex = Mutex::Create();
+    mutex->Lock(nullptr);
+    const std::function<void(Thread*)> waits[] = {
+        [](Thread* self) { self->Sleep(kInfinite); },
+        [](Thread* self) {
+            std::string name;
+            self->WaitForEvent(name);
+        },
+        [](Thread* self) {
+            std::string name;
+            self->WaitForEvent(name, kInfinite);
+        },
+        [&](Thread* self) { event->Wait(self); },
+        [&](Thread* self) { event->Wait(60000, self); },
+        [&](Thread* self) { mutex->Lock(self); },
+        [&](Thread* self) { static_cast<void>(mutex->Lock(60000, self)); },
+    };
+    for (const auto& wait : waits) {
+        std::atomic<bool> unwound = false;
+        const Function function = [&](Thread* self, std::uint32_t) -> std::uint32_t {
+            const Unwound guard{unwound};
+            wait(self);
+            return 1;
+        };
+        auto thread = Started(function);
+        ::Sleep(20);
+        EXPECT_TRUE(thread->Terminate(false));
+        EXPECT_TRUE(thread->IsFinished() && !thread->IsRunning());
+        EXPECT_EQ(thread->GetExitCode(), 0u);
+        EXPECT_TRUE(unwound) << &wait - waits;
+        // The destructor gives it 10 ms, which may pass in vain on a busy machine, but not always.
+        unwound = false;
+        for (int i = 0; i < 20 && !unwound; ++i) {
+            thread = Started(function);
+            ::Sleep(20);
+            thread.reset();
+        }
+        EXPECT_TRUE(unwound) << "by destruction " << &wait - waits;
+    }
+    mutex->Unlock();
+}
+
+TEST(Thread, IsKilledWhenItDoesNotListen) {
+    const auto thread = Started(Spin);
+    EXPECT_FALSE(thread->Terminate(true));
+    EXPECT_EQ(thread->GetExitCode(), Thread::kKilledExitCode);
+    EXPECT_TRUE(thread->IsFinished() && !thread->IsRunning());
+
+    thread->SetTerminateTimeout(30);
+    ASSERT_TRUE(thread->Execute());
+    const DWORD start = GetTickCount();
+    EXPECT_FALSE(thread->Terminate(false));
+    EXPECT_GE(GetTickCount() - start, 25u);
+
+    thread->SetThreadFunction([](Thread*, std::uint32_t) { return 4u; });
+    ASSERT_TRUE(thread->Execute());
+    thread->SetTerminateTimeout(kInfinite);
+    EXPECT_TRUE(thread->Terminate(false));
+    EXPECT_EQ(thread->GetExitCode(), 4u);
+}
+
+TEST(Thread, SurvivesWhatEscapesItsRoutine) {
+    const auto thread = Thread::Create();
+    const Function functions[] = {
+        [](Thread*, std::uint32_t) -> std::uint32_t { return 6; },
+        [](Thread*, std::uint32_t) -> std::uint32_t { throw std::runtime_error("escaped"); },
+        [](Thread*, std::uint32_t) -> std::uint32_t { throw ThreadTerminateException(); },
+    };
+    for (const Function& function : functions) {
+        thread->SetThreadFunction(function);
+        ASSERT_TRUE(thread->Execute());
+        EXPECT_TRUE(thread->Terminate(false));
+        EXPECT_EQ(thread->GetExitCode(), 6u); // of the run that returned
+    }
+}
+
+TEST(Thread, StopsWhileSuspendedAndCanStillBeEnded) {
+    std::atomic<int> turns = 0;
+    const auto thread = Started([&](Thread* self, std::uint32_t) -> std::uint32_t {
+        for (;;) {
+            ++turns;
+            self->Sleep(1);
+        }
+    });
+    EXPECT_TRUE(thread->Suspend());
+    EXPECT_TRUE(thread->IsSuspended());
+    ::Sleep(30);
+    const int before = turns;
+    ::Sleep(60);
+    EXPECT_EQ(turns, before);
+    EXPECT_TRUE(thread->Resume());
+    EXPECT_FALSE(thread->IsSuspended());
+    EXPECT_TRUE(WaitUntil([&] { return turns > before; }));
+    // However often it was halted.
+    for (int resumed : {0, 1}) {
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_TRUE(thread->Suspend());
+        }
+        for (int i = 0; i < resumed; ++i) {
+            EXPECT_TRUE(thread->Resume());
+        }
+        EXPECT_TRUE(thread->Terminate(false));
+        EXPECT_FALSE(thread->IsSuspended());
+        EXPECT_TRUE(thread->Suspend()); // which means nothing to the next run
+        ASSERT_TRUE(thread->Execute());
+        EXPECT_FALSE(thread->IsSuspended());
+        const int atStart = turns;
+        EXPECT_TRUE(WaitUntil([&] { return turns > atStart; }));
+    }
+    EXPECT_TRUE(thread->Terminate(false));
+}
+
+TEST(Thread, MayTellItselfToEnd) {
+    const auto thread = Started([](Thread* self, std::uint32_t) -> std::uint32_t {
+        EXPECT_TRUE(self->Terminate(false));
+        self->Sleep(kInfinite);
+        return 1;
+    });
+    EXPECT_TRUE(WaitUntil([&] { return thread->IsFinished(); }));
+    EXPECT_EQ(thread->GetExitCode(), 0u);
+}
+
+TEST(Thread, TracesWhatItDoes) {
+    const auto thread = Thread::Create();
+    RingView ring;
+    ASSERT_TRUE(ring.IsOpen());
+    EXPECT_FALSE(thread->Execute());
+    thread->SetThreadFunction([](Thread* self, std::uint32_t) -> std::uint32_t {
+        std::string name;
+        self->WaitForEvent(name);
+        self->WaitForEvent(name, 15);
+        self->WaitForEvent(name, 60000);
+        return 0;
+    });
+    ASSERT_TRUE(thread->Execute());
+    ASSERT_TRUE(thread->SignalEvent("100%d"));
+    const auto isTraced = [&](const std::string& text) {
+        const auto records = ring.RecordsOf("Thread");
+        return std::any_of(records.begin(), records.end(), [&](const RingRecord& record) {
+            return record.function + std::to_string(record.level) + " " + record.text == text;
+        });
+    };
+    EXPECT_TRUE(WaitUntil([&] { return isTraced("WaitForEvent3 Event did not occur in 15lms."); }));
+    EXPECT_TRUE(thread->Terminate(false));
+    EXPECT_FALSE(thread->GetEvent("gone"));
+    const char* expected[] = {
+        "Execute1 Could not start thread because it is already running or is not valid.",
+        "Execute3 Started thread Executing.",
+        "ThreadWrapper3 Started thread Executing.",
+        "WaitForEvent3 Waiting for Event.",
+        "SignalEvent3 100%d was signaled.",
+        "WaitForEvent3 Found Event 100%d.",
+        "WaitForEvent3 Wait for an Event for 15lms.",
+        "WaitForEvent3 Event did not occur in 15lms.",
+        "Terminate3 Terminating thread.",
+        "WaitForEvent3 Terminating thread becuase of terminate or empty queue.",
+        "ThreadWrapper0 Uncaught Exception Thread Termination Exception.",
+        "ThreadWrapper3 Thread has terminated with a code of 0.",
+        "GetEvent3 Event is not present.",
+    };
+    for (const char* text : expected) {
+        EXPECT_TRUE(isTraced(text)) << text;
+    }
+}
+
+// What is destroyed was not terminated, unless it was running.
+TEST(Thread, TracesEachTerminationOnce) {
+    const auto keeper = Thread::Create(); // of the log
+    RingView ring;
+    const auto traced = [&] {
+        const auto records = ring.RecordsOf("Thread");
+        return std::count_if(records.begin(), records.end(), [](const RingRecord& record) {
+            return record.text == "Terminating thread.";
+        });
+    };
+    const Function end = [](Thread*, std::uint32_t) { return 0u; };
+    const struct {
+        Function function;
+        int terminations;
+        bool runsAtItsEnd;
+    } rows[] = {
+        {nullptr, 0, false}, {nullptr, 2, false}, {end, 0, false},
+        {end, 1, false},     {Spin, 0, true},     {Spin, 1, false},
+    };
+    for (const auto& row : rows) {
+        const auto before = traced();
+        {
+            const auto thread = row.function ? Started(row.function) : Thread::Create();
+            EXPECT_TRUE(row.runsAtItsEnd || row.terminations > 0 || !row.function ||
+                        WaitUntil([&] { return thread->IsFinished(); }));
+            for (int i = 0; i < row.terminations; ++i) {
+                thread->Terminate(true);
+            }
+        }
+        EXPECT_EQ(traced() - before, row.terminations + row.runsAtItsEnd) << &row - rows;
+    }
+}
+
+TEST(Thread, GivesBackWhatThousandsOfRunsTook) {
+    std::atomic<int> runs = 0;
+    const Function count = [&](Thread*, std::uint32_t) -> std::uint32_t {
+        ++runs;
+        return 0;
+    };
+    const auto round = [&](int times) {
+        const auto thread = Started(count);
+        for (int i = 1; i < times; ++i) {
+            while (thread->IsRunning()) {
+                ::Sleep(0);
+            }
+            ASSERT_TRUE(thread->Execute());
+        }
+        EXPECT_TRUE(thread->Terminate(false));
+    };
+    round(10);
+    const size_t before = tervane::test::OpenHandleCount();
+    round(1990);
+    const size_t after = tervane::test::OpenHandleCount();
+    EXPECT_EQ(runs, 2000);
+    EXPECT_EQ(after, before);
+}
+
+// Signals, terminations and new starts from all sides: nobody hangs, and each call that says so has
+// ended the run.
+TEST(Thread, IsSharedByMany) {
+    const auto thread = Started([](Thread* self, std::uint32_t) -> std::uint32_t {
+        for (std::string name;;) {
+            self->WaitForEvent(name);
+        }
+    });
+    std::vector<std::unique_ptr<Thread>> others;
+    for (int i = 0; i < 4; ++i) {
+        others.push_back(Started([&, i](Thread*, std::uint32_t) -> std::uint32_t {
+            for (int turn = 0; turn < 100; ++turn) {
+                if (i == 0) {
+                    EXPECT_TRUE(thread->Terminate(false));
+                } else if (i == 1) {
+                    thread->Execute();
+                } else {
+                    thread->SignalEvent("event");
+                }
+            }
+            return 0;
+        }));
+    }
+    for (const auto& other : others) {
+        EXPECT_TRUE(WaitUntil([&] { return other->IsFinished(); }));
+    }
+    EXPECT_TRUE(thread->Terminate(false));
+    EXPECT_FALSE(thread->IsRunning());
+}
+
+} // namespace
+} // namespace ZelBase::test

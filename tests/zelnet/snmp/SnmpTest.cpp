@@ -1,0 +1,387 @@
+// Queries to the MIB-II agent: identifiers, an agent that plays every kind of misbehaviour, and the
+// system's real one.
+
+#include "ZelBase/threads/ModulePin.h"
+#include "ZelNet/SourceCode/snmp/WIN32_SnmpQuery.h"
+#include "tests/zelnet/TraceCollector.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <set>
+
+namespace ZelNet {
+namespace {
+
+TEST(ObjectIdentifier, IsReadWholeOrNotAtAll) {
+    Oid oid("1.3.6.1.4294967295.0");
+    EXPECT_EQ(oid.Components(), (std::vector<std::uint32_t>{1, 3, 6, 1, 4294967295u, 0}));
+    EXPECT_EQ(oid.GetText(), "1.3.6.1.4294967295.0");
+    std::string longest = "1";
+    for (int i = 1; i < 128; ++i) {
+        longest += ".1";
+    }
+    EXPECT_TRUE(Oid(longest).IsValid());
+    for (const std::string& wrong :
+         {std::string(), std::string("."), std::string("1."), std::string(".1"),
+          std::string("1..3"), std::string("1.3x"), std::string("1.-3"), std::string("1. 3"),
+          std::string("+1"), std::string("1.4294967296"), std::string("1.3\0.6", 6),
+          longest + ".1"}) {
+        EXPECT_FALSE(Oid(wrong).IsValid()) << wrong;
+        EXPECT_FALSE(oid.SetText(wrong)) << wrong;
+        EXPECT_FALSE(oid.IsValid()) << wrong; // nothing is left of the former one
+    }
+}
+
+TEST(ObjectIdentifier, HasTheOrderOfAWalk) {
+    const Oid root("1.3.6");
+    EXPECT_TRUE(root < Oid("1.3.6.0"));
+    EXPECT_TRUE(Oid("1.3.6.2") < Oid("1.3.6.10"));
+    EXPECT_TRUE(Oid("1.3.6.2.9") < Oid("1.3.7"));
+    EXPECT_TRUE(root.IsUnder(root));
+    EXPECT_TRUE(Oid("1.3.6.0").IsUnder(root));
+    EXPECT_FALSE(Oid("1.3.60").IsUnder(root));
+    EXPECT_FALSE(Oid("1.3").IsUnder(root));
+    EXPECT_EQ(Oid("1.3.6.4.2").Below(root).size(), 2u);
+    EXPECT_TRUE(Oid("2").Below(root).empty());
+}
+
+struct Value {
+    BYTE type;
+    std::int32_t number;
+    std::string octets;
+};
+
+// What lets the test see whether everything was freed. It outlives the agent.
+struct Memory {
+    std::set<void*> blocks;
+    int wrongFrees = 0;
+    int queries = 0;
+};
+
+// Answers from a table, as a real agent does, but for what `mischief` changes.
+class TableAgent final : public SnmpAgent {
+public:
+    using Mischief = std::function<bool(TableAgent&, BYTE, SnmpVarBind&, AsnInteger32&)>;
+
+    explicit TableAgent(Memory& memory, Mischief mischief = {})
+        : memory_(memory), mischief_(std::move(mischief)) {}
+
+    void* MemAlloc(UINT bytes) override {
+        void* block = malloc(bytes);
+        memory_.blocks.insert(block);
+        return block;
+    }
+    void MemFree(void* block) override {
+        memory_.wrongFrees += memory_.blocks.erase(block) == 0;
+        free(block);
+    }
+    bool ExtensionInit(DWORD upTime, HANDLE* event, AsnObjectIdentifier* view) override {
+        EXPECT_EQ(upTime, 0u);
+        EXPECT_TRUE(event && view);
+        return starts;
+    }
+    bool ExtensionQuery(BYTE request, SnmpVarBindList* bindings, AsnInteger32* errorStatus,
+                        AsnInteger32*) override {
+        ++memory_.queries;
+        EXPECT_EQ(bindings->len, 1u);
+        SnmpVarBind& binding = bindings->list[0];
+        if (mischief_) {
+            return mischief_(*this, request, binding, *errorStatus);
+        }
+        const Oid asked(binding.name);
+        const auto found = request == SNMP_PDU_GET ? table.find(asked) : table.upper_bound(asked);
+        if (found == table.end()) {
+            *errorStatus = SNMP_ERRORSTATUS_NOSUCHNAME;
+            return true;
+        }
+        Answer(binding, found->first, found->second);
+        return true;
+    }
+    void Answer(SnmpVarBind& binding, const Oid& oid, const Value& value) {
+        MemFree(binding.name.ids);
+        oid.CopyTo(*this, binding.name);
+        binding.value.asnType = value.type;
+        if (value.octets.empty()) {
+            binding.value.asnValue.number = value.number;
+            return;
+        }
+        auto* stream = static_cast<BYTE*>(MemAlloc(static_cast<UINT>(value.octets.size())));
+        memcpy(stream, value.octets.data(), value.octets.size());
+        binding.value.asnValue.string = {stream, static_cast<UINT>(value.octets.size()), TRUE};
+    }
+
+    bool starts = true;
+    std::map<Oid, Value> table;
+
+private:
+    Memory& memory_;
+    Mischief mischief_;
+};
+
+class SnmpQueryTest : public testing::Test {
+protected:
+    ~SnmpQueryTest() override {
+        query_.reset();
+        EXPECT_TRUE(memory_.blocks.empty());
+        EXPECT_EQ(memory_.wrongFrees, 0);
+    }
+    void Use(TableAgent::Mischief mischief = {}, const char* address = "127.0.0.1") {
+        query_.reset();
+        auto agent = std::make_unique<TableAgent>(memory_, std::move(mischief));
+        agent->table = {{Oid("1.3.6.1.2.1"), {ASN_INTEGER, 7, ""}},
+                        {Oid("1.3.6.1.2.2.1"), {ASN_IPADDRESS, 0, "\x0A\x01\x02\x03"}},
+                        {Oid("1.3.6.1.2.2.2"), {ASN_IPADDRESS, 0, "\x0A\x01"}},
+                        {Oid("1.3.6.1.2.2.10"), {ASN_OCTETSTRING, 0, "\x0A\x01\x02\x03"}},
+                        {Oid("1.3.6.1.2.3"), {ASN_GAUGE32, 7, ""}}};
+        query_ = std::make_unique<WIN32_SnmpQuery>(IpAddress(address),
+                                                   SnmpSession::Open(std::move(agent)));
+    }
+    // The rows' names, and at last whether the walk came to its end.
+    std::string Walk(const char* oid) {
+        std::string names;
+        const bool complete =
+            query_->Walk(Oid(oid), [&](const VarBind& row) { names += row.oid.GetText() + " "; });
+        return names + (complete ? "end" : "cut");
+    }
+
+    Memory memory_;
+    std::unique_ptr<WIN32_SnmpQuery> query_;
+};
+
+TEST_F(SnmpQueryTest, GivesOnlyValuesOfTheTypeAskedFor) {
+    Use();
+    std::int32_t number = 1;
+    EXPECT_TRUE(query_->GetInteger(Oid("1.3.6.1.2.1"), number));
+    EXPECT_EQ(number, 7);
+    IpAddress address;
+    EXPECT_TRUE(query_->GetIpAddress(Oid("1.3.6.1.2.2.1"), address));
+    EXPECT_EQ(address.GetText(), "10.1.2.3");
+    for (const char* other : {"1.3.6.1.2.1", "1.3.6.1.2.2.2", "1.3.6.1.2.2.10", "1.3.6.1.2"}) {
+        EXPECT_FALSE(query_->GetIpAddress(Oid(other), address)) << other;
+    }
+    for (const char* other : {"1.3.6.1.2.2.1", "1.3.6.1.2.3", "1.3.6.1.9"}) {
+        EXPECT_FALSE(query_->GetInteger(Oid(other), number)) << other;
+    }
+    EXPECT_EQ(number, 7);
+    EXPECT_EQ(address.GetText(), "10.1.2.3");
+}
+
+TEST_F(SnmpQueryTest, RefusesOtherAgentsAndOtherTreesWithoutAsking) {
+    std::int32_t number = 0;
+    for (const char* address : {"127.0.0.2", "10.0.0.1", "0.0.0.0", "nonsense"}) {
+        Use({}, address);
+        EXPECT_FALSE(query_->GetInteger(Oid("1.3.6.1.2.1"), number)) << address;
+        EXPECT_EQ(Walk("1.3.6.1.2"), "cut") << address;
+    }
+    Use();
+    for (const char* oid : {"1.3.6", "1.3.6.10.2", "1.3.7.1", "1.3.6.1.", ""}) {
+        EXPECT_FALSE(query_->GetInteger(Oid(oid), number)) << oid;
+        EXPECT_EQ(Walk(oid), "cut") << oid;
+    }
+    EXPECT_EQ(memory_.queries, 0);
+}
+
+TEST_F(SnmpQueryTest, LogsWhyThereIsNoValue) {
+    TraceCollector traces;
+    Use();
+    std::int32_t number = 0;
+    IpAddress address;
+    query_->GetInteger(Oid("1.3.6.1.2.3"), number);
+    query_->GetIpAddress(Oid("1.3.6.1.9"), address);
+    query_->GetInteger(Oid("1.3.7"), number);
+    Walk("1.3.6.1.2.3");
+    for (const char* record : {"GetInteger|1|\"1.3.6.1.2.3\" is of another type, type = 0x42",
+                               "GetIpAddress|1|No answer for \"1.3.6.1.9\"",
+                               "MayAsk|1|Refused to ask 127.0.0.1 for \"1.3.7\", agent = Ok",
+                               "Walk|1|The walk of \"1.3.6.1.2.3\" was cut short"}) {
+        EXPECT_TRUE(traces.Has(std::string("WIN32_SnmpQuery|") + record)) << record;
+    }
+}
+
+TEST_F(SnmpQueryTest, WalksATreeToItsEnd) {
+    Use();
+    EXPECT_EQ(Walk("1.3.6.1.2.2"), "1.3.6.1.2.2.1 1.3.6.1.2.2.2 1.3.6.1.2.2.10 end");
+    EXPECT_EQ(Walk("1.3.6.1.2.2.1"), "1.3.6.1.2.2.1 end"); // one variable
+    EXPECT_EQ(Walk("1.3.6.1.1"), "end");
+    EXPECT_EQ(Walk("1.3.6.1.2.3"), "1.3.6.1.2.3 cut"); // nothing comes after it
+}
+
+TEST_F(SnmpQueryTest, EndsWhateverTheAgentAnswers) {
+    const Oid row("1.3.6.1.2.2.5");
+    const Value value = {ASN_INTEGER, 1, ""};
+    int count = 0;
+    const struct {
+        const char* what;
+        TableAgent::Mischief mischief;
+        std::string walk;
+    } cases[] = {
+        {"fails", [](auto&, BYTE, auto&, auto&) { return false; }, "cut"},
+        {"leaves everything as it was", [](auto&, BYTE, auto&, auto&) { return true; }, "cut"},
+        {"gives the same for ever",
+         [&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+             agent.Answer(binding, row, value);
+             return true;
+         },
+         "1.3.6.1.2.2.5 cut"},
+        {"goes in circles",
+         [&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+             agent.Answer(binding, row.Row(++count % 2), value);
+             return true;
+         },
+         "1.3.6.1.2.2.5.0 1.3.6.1.2.2.5.1 cut"},
+        {"gives no name",
+         [](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+             agent.MemFree(binding.name.ids);
+             binding.name = {};
+             return true;
+         },
+         "cut"},
+        {"claims too long a name",
+         [](auto&, BYTE, SnmpVarBind& binding, auto&) {
+             binding.name.idLength = 0xFFFFFFFF;
+             return true;
+         },
+         "cut"},
+        {"claims a text that is not there",
+         [&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+             agent.Answer(binding, row, {ASN_OCTETSTRING, 0, ""});
+             binding.value.asnValue.string = {nullptr, 5, TRUE};
+             return true;
+         },
+         "cut"},
+        {"claims a text of gigabytes",
+         [&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+             agent.Answer(binding, row, {ASN_OCTETSTRING, 0, "x"});
+             binding.value.asnValue.string.length = 0xFFFFFFFF;
+             return true;
+         },
+         "cut"},
+        {"answers an error with a value",
+         [&](TableAgent& agent, BYTE, SnmpVarBind& binding, AsnInteger32& errorStatus) {
+             agent.Answer(binding, row, {ASN_OCTETSTRING, 0, "x"});
+             errorStatus = SNMP_ERRORSTATUS_GENERR;
+             return true;
+         },
+         "cut"},
+        {"gives a type nobody asked for",
+         [&](TableAgent& agent, BYTE request, SnmpVarBind& binding, auto&) {
+             agent.Answer(binding, request == SNMP_PDU_GET ? row : Oid("1.4"), {0x99, 0, ""});
+             return true;
+         },
+         "end"},
+    };
+    for (const auto& [what, mischief, walk] : cases) {
+        Use(mischief);
+        EXPECT_EQ(Walk("1.3.6.1.2.2"), walk) << what;
+    }
+}
+
+TEST_F(SnmpQueryTest, EndsWhenTheRowsDoNot) {
+    std::uint32_t next = 0;
+    Use([&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+        agent.Answer(binding, Oid("1.3.6.1.2.2").Row(++next), {ASN_INTEGER, 1, ""});
+        return true;
+    });
+    int rows = 0;
+    EXPECT_FALSE(query_->Walk(Oid("1.3.6.1.2.2"), [&](const VarBind&) { ++rows; }));
+    EXPECT_EQ(rows, WIN32_SnmpQuery::kMostRows);
+}
+
+// As AdapterInfo kills, at its end, a thread that does not come back.
+TEST_F(SnmpQueryTest, AnswersOthersWhenAThreadWasKilledInTheAgent) {
+    std::atomic<bool> stuck = false;
+    Use([&](TableAgent& agent, BYTE, SnmpVarBind& binding, auto&) {
+        if (!stuck) {
+            agent.MemFree(binding.name.ids);
+            stuck = true;
+            Sleep(INFINITE);
+        }
+        agent.Answer(binding, Oid("1.3.6.1.2.1"), {ASN_INTEGER, 7, ""});
+        return true;
+    });
+    const auto ask = [this] {
+        std::int32_t number = 0;
+        query_->GetInteger(Oid("1.3.6.1.2.1"), number);
+        return number;
+    };
+    const auto first = ZelBase::ModulePin::StartThread(ask);
+    while (!stuck) {
+        Sleep(1);
+    }
+    const auto second = ZelBase::ModulePin::StartThread(ask);
+    EXPECT_EQ(WaitForSingleObject(second.Get(), 100), DWORD{WAIT_TIMEOUT}); // waits for its turn
+    TerminateThread(first.Get(), 1);
+    EXPECT_EQ(WaitForSingleObject(second.Get(), 10000), WAIT_OBJECT_0);
+    DWORD answer = 0;
+    GetExitCodeThread(second.Get(), &answer);
+    EXPECT_EQ(answer, 7u);
+    TerminateThread(second.Get(), 1); // should it still wait
+}
+
+TEST_F(SnmpQueryTest, FailsWithoutAnAgent) {
+    std::int32_t number = 0;
+    auto stubborn = std::make_unique<TableAgent>(memory_);
+    stubborn->starts = false;
+    for (auto session : {SnmpSession::Open(nullptr), SnmpSession::Open(std::move(stubborn))}) {
+        EXPECT_FALSE(session);
+        query_ = std::make_unique<WIN32_SnmpQuery>(LoopbackAddress(), session);
+        EXPECT_FALSE(query_->GetInteger(Oid("1.3.6.1.2.1"), number));
+        EXPECT_EQ(Walk("1.3.6.1.2.1"), "cut");
+    }
+    EXPECT_EQ(memory_.queries, 0);
+}
+
+class RealAgentTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!SnmpAgent::Load()) {
+            GTEST_SKIP() << "the system has no MIB-II agent";
+        }
+    }
+    static std::map<std::string, std::string> Names() {
+        std::map<std::string, std::string> names;
+        const auto query = SnmpQuery::Create();
+        const bool complete = query->Walk(Oid("1.3.6.1.2.1.2.2.1.2"), [&](const VarBind& row) {
+            names[row.oid.GetText()] = row.Octets().value_or("?");
+        });
+        EXPECT_TRUE(complete);
+        return names;
+    }
+};
+
+TEST_F(RealAgentTest, KnowsTheInterfacesAndTheLoopbackAddress) {
+    const auto query = SnmpQuery::Create();
+    std::int32_t interfaces = 0;
+    EXPECT_TRUE(query->GetInteger(Oid("1.3.6.1.2.1.2.1.0"), interfaces)); // ifNumber
+    EXPECT_EQ(static_cast<std::size_t>(interfaces), Names().size());
+    IpAddress mask;
+    EXPECT_TRUE(query->GetIpAddress(Oid("1.3.6.1.2.1.4.20.1.3.127.0.0.1"), mask));
+    EXPECT_EQ(mask.GetText(), "255.0.0.0");
+    EXPECT_FALSE(query->GetIpAddress(Oid("1.3.6.1.2.1.2.1.0"), mask)); // a number
+}
+
+TEST_F(RealAgentTest, IsSharedByManyThreads) {
+    const auto expected = Names();
+    std::atomic<int> alike = 0;
+    constexpr int kThreads = 8;
+    std::vector<ZelBase::UniqueHandle> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.push_back(ZelBase::ModulePin::StartThread([&] {
+            // Each round loads the agent anew, unless another thread has it just then.
+            for (int round = 0; round < 20; ++round) {
+                alike += Names() == expected;
+            }
+        }));
+    }
+    for (const auto& thread : threads) {
+        EXPECT_EQ(WaitForSingleObject(thread.Get(), 60000), WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(alike, kThreads * 20);
+    EXPECT_EQ(GetModuleHandleA("INETMIB1.DLL"), nullptr); // gone with its last user
+}
+
+} // namespace
+} // namespace ZelNet

@@ -1,0 +1,309 @@
+#include "ZelNet/SourceCode/sockets/ADns.h"
+#include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
+#include "ZelNet/SourceCode/sockets/WIN32_NetworkInfo.h"
+#include "tests/support/TestThreads.h"
+#include "tests/zelnet/FakeIpHelper.h"
+#include "tests/zelnet/SocketTesting.h"
+
+namespace ZelNet {
+namespace {
+
+using namespace std::string_literals;
+
+// Of the namespace that tests/network/zelnet.sh makes: two scripted servers, a real one, nobody.
+const char kFirst[] = "127.0.0.21";
+const char kSecond[] = "127.0.0.22";
+const char kReal[] = "127.0.0.53";
+const char kNobody[] = "127.0.0.99";
+
+// Collects what the callback of a look-up is told.
+struct Outcome {
+    static void Store(bool success, void* outcome, const std::vector<DnsRecord>& records) {
+        auto& self = *static_cast<Outcome*>(outcome);
+        std::string text = success ? "ok" : "failed";
+        for (const DnsRecord& record : records) {
+            text +=
+                record.type == kDnsTypeAlias ? " " + record.alias : " " + record.address.GetText();
+        }
+        if (self.release) {
+            self.release->reset();
+        }
+        std::lock_guard lock(self.mutex);
+        self.text = text;
+        ++self.calls;
+        self.changed.notify_all();
+    }
+
+    std::string Await(int milliseconds = kPatienceMs) {
+        std::unique_lock lock(mutex);
+        changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [&] { return calls > 0; });
+        return text;
+    }
+
+    tervane::test::TestMutex mutex;
+    tervane::test::TestCondition changed;
+    std::string text = "nothing";
+    int calls = 0;
+    std::unique_ptr<ADns>* release = nullptr;
+};
+
+std::string LookUp(const std::vector<std::string>& configured, const std::string& server,
+                   const std::string& name, std::uint32_t timeoutMs) {
+    WIN32_NetworkInfo network(std::make_shared<FakeIpHelper>(configured));
+    std::vector<IpAddress> results;
+    std::string text = network.DNSLookup(server, name, timeoutMs, results) ? "ok" : "failed";
+    for (const IpAddress& result : results) {
+        text += " " + result.GetText();
+    }
+    return text;
+}
+
+using NamespaceDnsTest = NamespaceTest;
+
+TEST_F(NamespaceDnsTest, TakesTheFirstUsefulAnswer) {
+    const struct {
+        const char* name;    // tests/network/dns_server.py says what the servers make of it
+        const char* outcome; // null: none
+    } cases[] = {
+        {"one.example", "ok 10.0.0.7"},
+        {"late.example", "ok 10.0.0.7"},
+        {"nobody.example", "ok"},
+        {"half.example", nullptr},
+        {"silent.example", nullptr},
+        {"chain.example", "ok other.example 10.0.0.1 10.0.0.2"},
+        {"alias.example", "ok other.example"},
+        {"others.example", "ok 10.0.0.7"},
+        {"LoUd.example", nullptr},
+        {"identity.example", "ok 10.0.0.7"},
+        {"cut.example", "ok 10.0.0.7"},
+        {"counts.example", "ok 10.0.0.7"},
+        {"forged.example", "ok 10.0.0.7"},
+        {"hostile.example", "ok 10.0.0.7"},
+        {"loop.example", "ok"},
+    };
+    for (const auto& row : cases) {
+        Outcome outcome;
+        const auto dns = ADns::Create();
+        ASSERT_TRUE(dns->SetDnsServers({kFirst, "0.0.0.0", kSecond}));
+        ASSERT_TRUE(dns->ResolveName(row.name, &Outcome::Store, &outcome)) << row.name;
+        EXPECT_EQ(outcome.Await(row.outcome ? kPatienceMs : 500),
+                  row.outcome ? row.outcome : "nothing")
+            << row.name;
+        EXPECT_EQ(dns->Abort(), row.outcome == nullptr) << row.name;
+        EXPECT_EQ(outcome.calls, 1) << row.name;
+    }
+}
+
+TEST_F(NamespaceDnsTest, AsksARealServer) {
+    EXPECT_EQ(LookUp({}, kReal, "real.example", kPatienceMs), "ok 10.0.0.53");
+    EXPECT_EQ(LookUp({}, kReal, "alias.example", kPatienceMs), "ok 10.0.0.53");
+    EXPECT_EQ(LookUp({}, kReal, "missing.example", kPatienceMs), "ok");
+}
+
+TEST_F(NamespaceDnsTest, OneLookUpAtATime) {
+    Outcome aborted;
+    Outcome answered;
+    const auto dns = ADns::Create();
+    EXPECT_FALSE(dns->ResolveName("name.example", &Outcome::Store, &aborted)); // no server
+    dns->SetDnsServers({"0.0.0.0"});
+    EXPECT_FALSE(dns->ResolveName("name.example", &Outcome::Store, &aborted)); // still none
+    dns->SetDnsServers({kNobody});
+    for (const std::string& name : {""s, "a..b"s, std::string(64, 'a'), std::string(70000, 'a')}) {
+        EXPECT_FALSE(dns->ResolveName(name, &Outcome::Store, &aborted));
+    }
+    EXPECT_FALSE(dns->Abort());
+    ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &aborted));
+    EXPECT_FALSE(dns->ResolveName("other.example", &Outcome::Store, &answered));
+    EXPECT_FALSE(dns->SetDnsServers({kFirst}));
+    EXPECT_TRUE(dns->Abort());
+    EXPECT_EQ(aborted.text, "failed");
+    // It is busy until its socket has closed.
+    for (int waited = 0; !dns->SetDnsServers({kFirst}) && waited < kPatienceMs; waited += 10) {
+        Sleep(10);
+    }
+    ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &answered));
+    EXPECT_EQ(answered.Await(), "ok 10.1.0.1");
+    EXPECT_EQ(aborted.calls, 1);
+}
+
+TEST_F(NamespaceDnsTest, MayBeReleasedInItsCallbackOrWhileBusy) {
+    Outcome released;
+    auto dns = ADns::Create();
+    released.release = &dns;
+    dns->SetDnsServers({kFirst});
+    ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &released));
+    EXPECT_EQ(released.Await(), "ok 10.1.0.1");
+    EXPECT_FALSE(dns);
+    Outcome dropped;
+    dns = ADns::Create();
+    dns->SetDnsServers({kNobody});
+    ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &dropped));
+    dns.reset();
+    EXPECT_EQ(dropped.text, "failed");
+}
+
+// The look-up that the system's parameters lead to, and nothing else, with a server that others
+// wrote.
+TEST_F(RealServerNamespaceTest, IsFoundThroughTheSystemsParameters) {
+    const auto network = NetworkInfo::Create();
+    ASSERT_EQ(network->DnsServers(), std::vector<std::string>{kReal});
+    const struct {
+        const char* name;
+        std::vector<IpAddress> addresses;
+    } cases[] = {
+        {"real.example", {IpAddress("10.0.0.53")}},
+        {"alias.example", {IpAddress("10.0.0.53")}},
+        {"any.many.example", {IpAddress("10.0.0.99")}},
+        {"missing.example", {}},
+    };
+    for (const auto& row : cases) {
+        std::vector<IpAddress> results;
+        EXPECT_TRUE(network->DNSLookup("", row.name, kPatienceMs, results)) << row.name;
+        EXPECT_EQ(results, row.addresses) << row.name;
+    }
+    TcpServer server([](Connection&) {});
+    RecordingListener listener;
+    const auto socket = TcpNonBlockingClientSocket::Create();
+    ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+    ASSERT_TRUE(socket->Connect("here.example", server.Port()));
+    EXPECT_EQ(listener.Await("connect:0").substr(0, 9), "connect:0");
+}
+
+TEST(DnsShutdown, FailsWhatIsUnderWay) {
+    ASSERT_TRUE(InitializeSockets());
+    Outcome outcome;
+    const auto dns = ADns::Create();
+    dns->SetDnsServers({kNobody});
+    ASSERT_TRUE(dns->ResolveName("name.example", &Outcome::Store, &outcome));
+    EXPECT_TRUE(UninitializeSockets());
+    EXPECT_EQ(outcome.text, "failed");
+    EXPECT_FALSE(dns->ResolveName("name.example", &Outcome::Store, &outcome));
+    EXPECT_EQ(outcome.calls, 1);
+}
+
+TEST_F(NamespaceDnsTest, NetworkInfoChoosesWhomToAsk) {
+    const std::vector<std::string> all = {kNobody, kSecond, kFirst};
+    EXPECT_EQ(LookUp(all, "", "one.example", kPatienceMs), "ok 10.0.0.7");
+    EXPECT_EQ(LookUp(all, kSecond, "one.example", kPatienceMs), "ok 10.0.0.7");
+    EXPECT_EQ(LookUp(all, kFirst, "one.example", 300), "failed");
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(LookUp(all, "", "silent.example", 300), "failed");
+    EXPECT_GE(GetTickCount() - start, 290u);
+    EXPECT_LT(GetTickCount() - start, 3000u);
+    EXPECT_EQ(LookUp(all, "", "a..b", kPatienceMs), "failed");
+    // The system's resolver: without servers, and without a time-out. It tries its servers in turn.
+    EXPECT_EQ(LookUp({}, "", "local.example", kPatienceMs), "ok 127.0.0.1");
+    EXPECT_EQ(LookUp({kNobody}, "", "local.example", 0), "ok 127.0.0.1");
+    // The servers of this computer.
+    const auto network = NetworkInfo::Create();
+    EXPECT_EQ(network->DnsServers(), (std::vector<std::string>{kFirst, kSecond}));
+    std::vector<IpAddress> results;
+    EXPECT_TRUE(network->DNSLookup("", "chain.example", kPatienceMs, results));
+    EXPECT_EQ(results, (std::vector<IpAddress>{IpAddress("10.0.0.1"), IpAddress("10.0.0.2")}));
+}
+
+TEST_F(NamespaceDnsTest, ManyLookUpsAtOnce) {
+    constexpr int kLookUps = 300;
+    std::atomic<int> found = 0;
+    const auto round = [&found](int lookUps) {
+        std::vector<ZelBase::UniqueHandle> threads;
+        for (int index = 0; index < lookUps; ++index) {
+            threads.push_back(ZelBase::ModulePin::StartThread([&found, index] {
+                const std::string name = "host" + std::to_string(index) + ".many.example";
+                found += LookUp({kReal, kNobody}, "", name, 60000) == "ok 10.0.0.99" ? 1 : 0;
+            }));
+        }
+        for (const auto& thread : threads) {
+            EXPECT_EQ(WaitForSingleObject(thread.Get(), 60000), WAIT_OBJECT_0);
+        }
+    };
+    round(20);
+    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+    const unsigned handles = HandleCount();
+    round(kLookUps);
+    EXPECT_EQ(found, 20 + kLookUps);
+    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+    EXPECT_LE(Settled(HandleCount, handles), handles);
+}
+
+using NamespaceConnectTest = NamespaceTest;
+
+TEST_F(NamespaceConnectTest, ResolvesHostNamesItself) {
+    const UniqueSocket listening(socket(AF_INET, SOCK_STREAM, 0));
+    sockaddr_in any{};
+    int length = sizeof any;
+    any.sin_family = AF_INET;
+    ASSERT_EQ(bind(listening.Get(), reinterpret_cast<sockaddr*>(&any), sizeof any), 0);
+    ASSERT_EQ(listen(listening.Get(), SOMAXCONN), 0);
+    ASSERT_EQ(getsockname(listening.Get(), reinterpret_cast<sockaddr*>(&any), &length), 0);
+    const std::uint16_t port = ntohs(any.sin_port);
+    std::string peers;
+    for (int attempt = 0; attempt < 20; ++attempt) {
+        RecordingListener listener;
+        const auto socket = TcpNonBlockingClientSocket::Create();
+        ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+        ASSERT_TRUE(socket->Connect("two.example", port));
+        listener.Await("connect:0");
+        IpAddress peer;
+        std::uint16_t peerPort = 0;
+        EXPECT_TRUE(socket->GetPeer(peer, peerPort));
+        peers += peer.GetText() + " ";
+    }
+    // One of two, chosen at random.
+    EXPECT_NE(peers.find("127.0.0.1 "), std::string::npos) << peers;
+    EXPECT_NE(peers.find("127.0.0.2 "), std::string::npos) << peers;
+}
+
+TEST_F(NamespaceConnectTest, NamesWithoutAddressCloseTheSocket) {
+    for (const char* name : {"nobody.example", "alias.example"}) {
+        RecordingListener listener;
+        const auto socket = TcpNonBlockingClientSocket::Create();
+        ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+        ASSERT_TRUE(socket->Connect(name, 1));
+        EXPECT_EQ(listener.Await("close:1"), "close:1");
+    }
+}
+
+TEST_F(NamespaceConnectTest, CanBeClosedAndReleasedWhileResolving) {
+    RecordingListener listener;
+    auto socket = TcpNonBlockingClientSocket::Create();
+    ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+    ASSERT_TRUE(socket->Connect("silent.example", 1));
+    EXPECT_FALSE(socket->Connect("127.0.0.1", 1));
+    EXPECT_TRUE(socket->Close(false));
+    EXPECT_EQ(listener.Await("close:0"), "close:0");
+    for (DWORD round = 0; round < 50; ++round) {
+        ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+        const auto closing = ZelBase::ModulePin::StartThread([&socket, round] {
+            Sleep(round % 4);
+            socket->Close(false);
+        });
+        socket->Connect("silent.example", 1); // a look-up may just be beginning
+        WaitForSingleObject(closing.Get(), kPatienceMs);
+        listener.Await("close:0", 2 + static_cast<int>(round));
+    }
+    for (int round = 0; round < 20; ++round) {
+        ASSERT_TRUE(socket->Create(&listener, 0, IpAddress(), false));
+        ASSERT_TRUE(socket->Connect(round % 2 == 0 ? "silent.example" : "local.example", 1));
+        Sleep(static_cast<DWORD>(round)); // the answer may come at any time
+        socket = TcpNonBlockingClientSocket::Create();
+    }
+    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+}
+
+TEST(NetworkInfo, ReadsTheNetworkParameters) {
+    WIN32_NetworkInfo network(
+        std::make_shared<FakeIpHelper>(std::vector<std::string>{"10.0.0.1", "", "10.0.0.2"}));
+    EXPECT_EQ(network.DnsServers(), (std::vector<std::string>{"10.0.0.1", "10.0.0.2"}));
+    EXPECT_EQ(network.HostName(), "workstation");
+    EXPECT_EQ(network.DomainName(), "example");
+    // This computer's.
+    const auto real = NetworkInfo::Create();
+    char name[256] = "";
+    SocketLayerScope layer;
+    ASSERT_EQ(gethostname(name, sizeof name), 0);
+    EXPECT_EQ(_stricmp(real->HostName().c_str(), name), 0) << real->HostName() << ", " << name;
+}
+
+} // namespace
+} // namespace ZelNet
