@@ -4,8 +4,8 @@
 
 #include "bench/Comparison.h"
 #include "bench/LateBound.h"
-#include "platform/adapters/IpHelperInterfaces.h"
 #include "platform/adapters/LiveAdapterSources.h"
+#include "platform/adapters/LiveInterface.h"
 #include "platform/adapters/MibInterfaces.h"
 
 #include <algorithm>

@@ -5,7 +5,6 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/log/LogRing.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
-#include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "bench/BareTransfer.h"

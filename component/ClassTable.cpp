@@ -1,50 +1,26 @@
 #include "component/ClassTable.h"
 
-#include "TERVANELib.h"
-#include "component/Creators.h"
-
 #include <algorithm>
 
 namespace tervane {
 namespace {
 
-// CLSID, default interface and description all follow from the class's name.
-#define TERVANE_CLASS(name, script, events)                                                        \
-    { &CLSID_##name, L## #name " Class", script, &IID_I##name, events, &create::name }
-
-const ClassRow kClasses[] = {
-    TERVANE_CLASS(ConfigureOutlookExpress, 101, nullptr),
-    TERVANE_CLASS(GeneralSysInfo, 102, &DIID__IGeneralSysInfoEvents),
-    TERVANE_CLASS(SmtpCtl, 103, &DIID__ISmtpCtlEvents),
-    TERVANE_CLASS(PopCtl, 104, &DIID__IPopCtlEvents),
-    TERVANE_CLASS(EmailData, 105, nullptr),
-    TERVANE_CLASS(ConnectivityTester, 108, &DIID__IConnectivityTesterEvents),
-    TERVANE_CLASS(DHCP, 109, &DIID__IDHCPEvents),
-    TERVANE_CLASS(ConfigureIE, 111, &DIID__IConfigureIEEvents),
-    TERVANE_CLASS(StaticAdapterInfo, 113, nullptr),
-    TERVANE_CLASS(LiveAdapterInfo, 115, nullptr),
-    TERVANE_CLASS(DriveInfo, 117, nullptr),
-    TERVANE_CLASS(PhoneBookEntry, 119, nullptr),
-    TERVANE_CLASS(RASMgr, 121, &DIID__IRASMgrEvents),
-    TERVANE_CLASS(DHCPConfiguration, 122, nullptr),
-    TERVANE_CLASS(WindowMgr, 202, &DIID__IWindowMgrEvents),
-    TERVANE_CLASS(DisableFileAndPrintSharing, 203, nullptr),
-    TERVANE_CLASS(Registry2, 204, nullptr),
-    TERVANE_CLASS(AdapterInfo, 205, &DIID__IAdapterInfoEvents),
-};
-
-#undef TERVANE_CLASS
+constinit std::span<const ClassRow> classes;
 
 } // namespace
 
+void UseClasses(std::span<const ClassRow> rows) noexcept {
+    classes = rows;
+}
+
 std::span<const ClassRow> ClassTable() noexcept {
-    return kClasses;
+    return classes;
 }
 
 const ClassRow* FindClass(REFCLSID clsid) noexcept {
     const auto row = std::ranges::find_if(
-        kClasses, [&](const ClassRow& candidate) { return IsEqualCLSID(*candidate.clsid, clsid); });
-    return row == std::end(kClasses) ? nullptr : row;
+        classes, [&](const ClassRow& candidate) { return IsEqualCLSID(*candidate.clsid, clsid); });
+    return row == classes.end() ? nullptr : &*row;
 }
 
 } // namespace tervane

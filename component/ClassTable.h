@@ -1,7 +1,7 @@
 #pragma once
 
-// The one table of the creatable classes. It drives class factories, registration and the
-// interfaces that tell hosts what an object is; adding a class means adding its row.
+// What class factories, registration and the interfaces that tell hosts what an object is know of
+// the creatable classes. The classes live above and are handed down when the library is loaded.
 
 #include <span>
 
@@ -27,7 +27,11 @@ struct ClassRow {
     InstanceCreator* create;
 };
 
-// All classes, in registration order.
+// Hands over all classes, in registration order; they stay the caller's. Once, before any other
+// thread can ask.
+void UseClasses(std::span<const ClassRow> rows) noexcept;
+
+// All classes; none before they are handed over.
 std::span<const ClassRow> ClassTable() noexcept;
 
 // The row of `clsid`, or null.

@@ -6,6 +6,7 @@
 #include "component/Registrar.h"
 #include "component/RunTimeState.h"
 #include "component/TypeLibrary.h"
+#include "objects/Classes.h"
 
 #include <new>
 
@@ -53,6 +54,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEn
         if (!tervane::HasRunTimeState()) {
             return FALSE;
         }
+        tervane::UseClasses(tervane::ObjectClasses());
         try {
             ModuleState::Set(new ModuleState(instance));
         } catch (const std::bad_alloc&) {

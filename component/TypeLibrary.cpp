@@ -4,7 +4,7 @@
 #include "ZelBase/threads/CriticalSection.h"
 #include "component/ModuleState.h"
 #include "platform/registry/RegistryKey.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <cwchar>

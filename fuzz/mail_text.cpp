@@ -1,4 +1,4 @@
-// Sources: ZelNet/SourceCode/mail/SmtpReply.cpp ZelNet/SourceCode/mail/PopReply.cpp
+// Sources: ZelNet/SourceCode/mail/SmtpStates.cpp ZelNet/SourceCode/mail/PopStates.cpp
 // Sources: ZelNet/SourceCode/mail/AMIME.cpp ZelBase/text/Base64.cpp
 // ZelNet/SourceCode/mail/TextMark.cpp
 //
@@ -6,8 +6,8 @@
 // inside the line, no header makes another one, and no body can end the text before its time.
 
 #include "ZelNet/SourceCode/mail/AMIME.h"
-#include "ZelNet/SourceCode/mail/PopReply.h"
-#include "ZelNet/SourceCode/mail/SmtpReply.h"
+#include "ZelNet/SourceCode/mail/PopStates.h"
+#include "ZelNet/SourceCode/mail/SmtpStates.h"
 #include "ZelNet/SourceCode/mail/TextMark.h"
 
 #include <algorithm>

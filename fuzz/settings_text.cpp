@@ -1,4 +1,4 @@
-// Sources: objects/config/browser/ProxyServers.cpp objects/config/browser/LocalBypass.cpp
+// Sources: objects/config/browser/ProxyServers.cpp
 // Sources: objects/dialup/Ipv4Text.cpp objects/config/browser/FavoriteName.cpp
 // Sources: objects/email/EnvelopeAddress.cpp ZelBase/text/TextConversion.cpp
 //
@@ -7,7 +7,6 @@
 
 #include "ZelNet/SourceCode/mail/CommandText.h"
 #include "objects/config/browser/FavoriteName.h"
-#include "objects/config/browser/LocalBypass.h"
 #include "objects/config/browser/ProxyServers.h"
 #include "objects/dialup/Ipv4Text.h"
 #include "objects/email/EnvelopeAddress.h"

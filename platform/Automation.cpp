@@ -1,6 +1,6 @@
 #include "platform/Automation.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <limits>
 #include <utility>

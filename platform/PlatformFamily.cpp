@@ -1,5 +1,7 @@
 #include "platform/PlatformFamily.h"
 
+#include <windows.h>
+
 namespace tervane {
 namespace {
 
@@ -24,6 +26,22 @@ PlatformFamily ClassifyPlatform(const std::optional<PlatformVersion>& version) n
     default:
         return PlatformFamily::kUnknown;
     }
+}
+
+} // namespace tervane
+
+// Apart from the classification, which knows no Windows.
+namespace tervane {
+
+PlatformFamily CurrentPlatformFamily() noexcept {
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof(version);
+    static_assert(sizeof(version) == 148, "the record that every release knows");
+    if (!GetVersionExA(&version)) {
+        return ClassifyPlatform(std::nullopt);
+    }
+    return ClassifyPlatform(
+        PlatformVersion{version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion});
 }
 
 } // namespace tervane

@@ -8,10 +8,22 @@
 // The most used form is Log(function, level, format, ...). Beware of giving a text as the first
 // argument after a lone format: Log("%s", "a") has `"%s"` as its function and `"a"` as its format.
 
-#include "ZelBase/log/LogLevel.h"
-
 #include <cstdint>
 #include <memory>
+
+namespace ZelBase {
+
+// How much a log record matters. The level is a byte in the record; viewers show and filter by its
+// number, and a component may use other numbers than the named ones.
+enum class LogLevel : unsigned char {
+    kError = 0,
+    // A request refused, or something that is odd but handled.
+    kWarning = 1,
+    // What an object does, step by step.
+    kTrace = 3,
+};
+
+} // namespace ZelBase
 
 // The places of the format and of its first argument, counting from 1 with the object itself as 1.
 #define ZELBASE_PRINTF(formatIndex, firstIndex)                                                    \

@@ -6,6 +6,7 @@
 // when that thread is told to terminate. Without one it waits for the event alone. Every operation
 // but IsValid throws ThreadTerminateException when the event has no kernel object.
 
+#include "ZelBase/Handles.h"
 #include "ZelBase/threads/Timeout.h"
 
 #include <memory>
@@ -37,6 +38,23 @@ protected:
     Event& operator=(const Event&) = delete;
 
     std::uint32_t defaultTimeoutMs_ = kInfinite;
+};
+
+class WIN32_Event final : public Event {
+public:
+    WIN32_Event() noexcept;
+
+    void Reset() override;
+    void Set() override;
+    bool IsValid() const override;
+    void Wait(Thread* thread) override;
+    bool Wait(std::uint32_t timeoutMs, Thread* thread) override;
+    void SetTimeout(std::uint32_t timeoutMs) override;
+
+private:
+    void RequireValid() const;
+
+    UniqueHandle event_;
 };
 
 } // namespace ZelBase

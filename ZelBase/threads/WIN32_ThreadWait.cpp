@@ -1,7 +1,6 @@
 #include "ZelBase/threads/WIN32_ThreadWait.h"
 
-#include "ZelBase/threads/ThreadTerminateException.h"
-#include "ZelBase/threads/WIN32_Thread.h"
+#include "ZelBase/threads/Thread.h"
 
 namespace ZelBase {
 namespace {

@@ -1,9 +1,8 @@
 #include "ZelNet/SourceCode/ALineSocket.h"
 
 #include "ZelBase/text/SecretText.h"
-#include "ZelBase/threads/MutexLock.h"
-#include "ZelBase/threads/ThreadTerminateException.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
+#include "ZelBase/threads/Mutex.h"
+#include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/LineReading.h"
 

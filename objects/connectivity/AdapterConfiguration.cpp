@@ -1,6 +1,5 @@
 #include "objects/connectivity/AdapterConfiguration.h"
 
-#include "objects/connectivity/UsableAddress.h"
 #include "platform/adapters/TcpipKeys.h"
 #include "platform/registry/RegistryList.h"
 

@@ -1,12 +1,11 @@
 #include "objects/connectivity/ConnectivityTester.h"
 
 #include "ZelBase/text/AnsiText.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "component/ComEdge.h"
-#include "component/Creators.h"
 #include "component/Worker.h"
-#include "objects/connectivity/HostTests.h"
-#include "objects/connectivity/SocketLayerUse.h"
-#include "objects/connectivity/TcpConnectProbe.h"
+#include "objects/Classes.h"
+#include "objects/connectivity/HostProbes.h"
 
 #include <memory>
 #include <string>
@@ -68,8 +67,8 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
     request.object = AddReference(Controlling());
     request.work = [this, test = std::move(test), fire] { (this->*fire)(RunGuarded(test)); };
     if (end == WorkerEnd::GiveEverythingBack) {
-        auto sockets = std::make_shared<std::unique_ptr<SocketLayerUse>>();
-        request.enter = [sockets] { *sockets = std::make_unique<SocketLayerUse>(); };
+        auto sockets = std::make_shared<std::unique_ptr<ZelNet::SocketLayerUse>>();
+        request.enter = [sockets] { *sockets = std::make_unique<ZelNet::SocketLayerUse>(); };
         request.leave = [sockets] { sockets->reset(); };
     } else {
         // Deliberately never given back: once a port was tested, the socket layer stays for as

@@ -1,8 +1,8 @@
 #include "objects/connectivity/DHCP.h"
 
 #include "component/ComEdge.h"
-#include "component/Creators.h"
 #include "component/Worker.h"
+#include "objects/Classes.h"
 #include "objects/connectivity/LeaseRenewal.h"
 
 namespace tervane {

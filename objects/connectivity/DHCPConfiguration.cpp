@@ -1,7 +1,7 @@
 #include "objects/connectivity/DHCPConfiguration.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "platform/adapters/LiveAdapterSources.h"
 
 #include <algorithm>

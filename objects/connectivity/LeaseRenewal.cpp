@@ -1,12 +1,40 @@
 #include "objects/connectivity/LeaseRenewal.h"
 
-#include "objects/connectivity/UsableAddress.h"
-#include "platform/text/AsciiText.h"
+#include "ZelBase/SystemLibrary.h"
+#include "objects/connectivity/AdapterConfiguration.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <span>
 
 namespace tervane {
+namespace {
+
+class SystemLibrary final : public DhcpClientLibrary {
+public:
+    void ReleaseParameters(const std::wstring& adapter) const override {
+        Call("DhcpReleaseParameters", adapter);
+    }
+    void AcquireParameters(const std::wstring& adapter) const override {
+        Call("DhcpAcquireParameters", adapter);
+    }
+
+private:
+    void Call(const char* name, std::wstring adapter) const {
+        if (const auto function = library_.Find<DWORD(WINAPI*)(LPWSTR)>(name)) {
+            function(adapter.data());
+        }
+    }
+
+    const ZelBase::SystemLibrary library_{"dhcpcsvc.dll"};
+};
+
+} // namespace
+
+std::shared_ptr<const DhcpClientLibrary> DhcpClientLibrary::Load() {
+    return std::make_shared<SystemLibrary>();
+}
+
 namespace {
 
 // What the list of live adapters says of one.
@@ -29,8 +57,8 @@ Sight Find(const std::optional<std::vector<LiveAdapter>>& adapters, const std::w
 
 // The interface list has a device's name around the adapter's own.
 bool IsNameOf(const wchar_t* interfaceName, const std::wstring& adapterName) {
-    return EqualsIgnoringCase(interfaceName, adapterName) ||
-           EqualsIgnoringCase(interfaceName, L"\\DEVICE\\TCPIP_" + adapterName);
+    return EqualsIgnoringAsciiCase(interfaceName, adapterName) ||
+           EqualsIgnoringAsciiCase(interfaceName, L"\\DEVICE\\TCPIP_" + adapterName);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 // an adapter has lost or got an address is judged by the list of live adapters afterwards.
 
 #include "ZelNet/SourceCode/IpHelper.h"
-#include "objects/connectivity/DhcpClientLibrary.h"
 #include "objects/connectivity/VirtualDhcpDevice.h"
 #include "platform/PlatformFamily.h"
 #include "platform/adapters/LiveAdapter.h"
@@ -14,9 +13,29 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tervane {
+
+// The DHCP client library, by which a lease is given back or asked for where the IP Helper library
+// cannot. Tests put their own here.
+class DhcpClientLibrary {
+public:
+    // The system's "dhcpcsvc.dll", loaded at run time; without it, nothing is done.
+    static std::shared_ptr<const DhcpClientLibrary> Load();
+
+    virtual ~DhcpClientLibrary() = default;
+    // Both take the adapter's name and wait for the outcome, which only the adapter's address
+    // tells afterwards.
+    virtual void ReleaseParameters(const std::wstring& adapter) const = 0;
+    virtual void AcquireParameters(const std::wstring& adapter) const = 0;
+
+protected:
+    DhcpClientLibrary() = default;
+    DhcpClientLibrary(const DhcpClientLibrary&) = delete;
+    DhcpClientLibrary& operator=(const DhcpClientLibrary&) = delete;
+};
 
 // What the repair works with; tests have their own.
 struct LeaseServices {

@@ -5,7 +5,7 @@
 // with those of remote access. Which of them count on a machine is told by their keys: a browser
 // that was installed later brings the new ones to an old system.
 
-#include "platform/registry/RegistryApi.h"
+#include "platform/registry/RegistryKey.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "objects/dialup/Ipv4Text.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 

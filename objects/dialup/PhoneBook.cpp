@@ -1,6 +1,5 @@
 #include "objects/dialup/PhoneBook.h"
 
-#include "platform/text/AsciiText.h"
 #include "platform/text/LetterCase.h"
 
 #include <raserror.h>
@@ -47,7 +46,7 @@ DWORD PhoneBook::FindDevice(const std::wstring& name, DialDevice& device) const 
         return error;
     }
     auto found = std::find_if(devices.begin(), devices.end(), [&name](const DialDevice& candidate) {
-        return name.empty() ? EqualsIgnoringCase(candidate.type, L"modem")
+        return name.empty() ? EqualsIgnoringAsciiCase(candidate.type, L"modem")
                             : SameName(candidate.name, name);
     });
     if (found == devices.end() && name.empty()) {

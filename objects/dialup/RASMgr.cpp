@@ -1,10 +1,10 @@
 #include "objects/dialup/RASMgr.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
 #include "component/Worker.h"
+#include "objects/Classes.h"
 #include "objects/dialup/DefaultConnection.h"
-#include "objects/dialup/HangUp.h"
+#include "objects/dialup/DialSession.h"
 #include "objects/dialup/PhoneBook.h"
 #include "objects/dialup/PhoneBookEntry.h"
 #include "platform/text/LetterCase.h"

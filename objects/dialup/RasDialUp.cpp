@@ -1,9 +1,9 @@
 #include "objects/dialup/RasDialUp.h"
 
-#include "objects/dialup/RasSizes.h"
+#include "objects/dialup/RasApi.h"
 #include "objects/dialup/RasText.h"
 #include "platform/SystemError.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <array>
@@ -74,10 +74,10 @@ void EncodeAddresses(const PhoneBookRecord& record, Entry& entry) noexcept {
 
 // Since Windows 2000 an entry tells what it leads to apart from the device.
 DWORD KindFor(std::wstring_view deviceType) noexcept {
-    if (EqualsIgnoringCase(deviceType, L"vpn")) {
+    if (EqualsIgnoringAsciiCase(deviceType, L"vpn")) {
         return RASET_Vpn;
     }
-    return EqualsIgnoringCase(deviceType, L"pppoe") ? RASET_Broadband : RASET_Phone;
+    return EqualsIgnoringAsciiCase(deviceType, L"pppoe") ? RASET_Broadband : RASET_Phone;
 }
 
 } // namespace

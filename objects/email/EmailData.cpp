@@ -2,7 +2,7 @@
 
 #include "ZelNet/SourceCode/mail/MailDate.h"
 #include "component/ComEdge.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/email/StoredText.h"
 
 namespace tervane {

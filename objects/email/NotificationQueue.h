@@ -5,14 +5,35 @@
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/LocalMutex.h"
-#include "objects/email/StepDeadline.h"
 
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdint>
 #include <deque>
 #include <utility>
 
 namespace tervane {
 
-enum class WaitResult { kNotified, kAborted, kTimedOut, kNoMemory };
+// How long one step of a conversation may still take, by the tick counter.
+class StepDeadline {
+public:
+    // Counts from now. A time-out that is not positive is over at once.
+    explicit StepDeadline(long seconds) noexcept
+        : start_(GetTickCount()), limitMs_(std::max<std::int64_t>(seconds, 0) * 1000) {}
+
+    // Milliseconds, 0 when the time is over. Right for limits below the 49 days of the counter.
+    DWORD Remaining() const noexcept {
+        const std::int64_t elapsed = GetTickCount() - start_; // modulo the counter's size
+        return static_cast<DWORD>(std::clamp<std::int64_t>(limitMs_ - elapsed, 0, INFINITE - 1));
+    }
+
+private:
+    DWORD start_;
+    std::int64_t limitMs_;
+};
+
+enum class QueueWait { kNotified, kAborted, kTimedOut, kNoMemory };
 
 template <typename Notification>
 class NotificationQueue {
@@ -45,26 +66,26 @@ public:
     }
     // Takes the oldest notification, waiting for one. What has arrived comes before an abort, and
     // both come before the end of the time.
-    WaitResult Wait(const StepDeadline& deadline, Notification& notification) {
+    QueueWait Wait(const StepDeadline& deadline, Notification& notification) {
         for (;;) {
             {
                 const ZelBase::LocalMutexLock lock(mutex_);
                 if (incomplete_) {
-                    return WaitResult::kNoMemory;
+                    return QueueWait::kNoMemory;
                 }
                 if (!queue_.empty()) {
                     notification = std::move(queue_.front());
                     queue_.pop_front();
-                    return WaitResult::kNotified;
+                    return QueueWait::kNotified;
                 }
                 if (aborted_) {
-                    return WaitResult::kAborted;
+                    return QueueWait::kAborted;
                 }
                 ResetEvent(arrived_.Get());
             }
             const DWORD remaining = deadline.Remaining();
             if (remaining == 0) {
-                return WaitResult::kTimedOut;
+                return QueueWait::kTimedOut;
             }
             WaitForSingleObject(arrived_.Get(), remaining);
         }

@@ -2,10 +2,9 @@
 
 #include "ZelBase/text/TextConversion.h"
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/email/MailEvents.h"
 #include "objects/email/ReceivedMail.h"
-#include "objects/email/StatusNames.h"
 #include "objects/email/StoredText.h"
 #include "objects/email/TrimmedText.h"
 

@@ -87,13 +87,13 @@ PopStatus PopSession::Await(Kind kind, long timeoutSeconds, Notification& notifi
     const StepDeadline deadline(timeoutSeconds);
     for (;;) {
         switch (notifications_.Wait(deadline, notification)) {
-        case WaitResult::kAborted:
+        case QueueWait::kAborted:
             return PopStatus::kTerminated;
-        case WaitResult::kTimedOut:
+        case QueueWait::kTimedOut:
             return PopStatus::kTimeout;
-        case WaitResult::kNoMemory:
+        case QueueWait::kNoMemory:
             return PopStatus::kInternalError;
-        case WaitResult::kNotified:
+        case QueueWait::kNotified:
             break;
         }
         if (notification.status != PopStatus::kSuccess || notification.kind == kind) {

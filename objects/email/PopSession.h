@@ -8,8 +8,8 @@
 
 #include "ZelBase/text/SecretText.h"
 #include "ZelNet/SourceCode/mail/APop3Client.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "objects/email/NotificationQueue.h"
-#include "objects/email/SocketUse.h"
 
 #include <atomic>
 #include <memory>
@@ -74,7 +74,7 @@ private:
     void QuitDone(Status status) override;
 
     // First, so that the client goes before it.
-    const SocketUse sockets_;
+    const ZelNet::SocketLayerUse sockets_;
     NotificationQueue<Notification> notifications_;
     std::atomic<bool> loggedIn_ = false;
     std::unique_ptr<ZelNet::APop3Client> client_;

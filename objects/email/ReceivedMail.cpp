@@ -1,6 +1,6 @@
 #include "objects/email/ReceivedMail.h"
 
-#include "component/Creators.h"
+#include "objects/Classes.h"
 
 #include <algorithm>
 #include <string_view>

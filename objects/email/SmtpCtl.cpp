@@ -3,10 +3,9 @@
 #include "ZelBase/text/TextConversion.h"
 #include "ZelNet/SourceCode/mail/CommandText.h"
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/email/MailEvents.h"
 #include "objects/email/OutgoingMail.h"
-#include "objects/email/StatusNames.h"
 #include "objects/email/StoredText.h"
 #include "objects/email/TrimmedText.h"
 

@@ -1,6 +1,6 @@
 #include "objects/email/SmtpSession.h"
 
-#include "objects/email/SocketUse.h"
+#include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 
 namespace tervane {
 
@@ -8,7 +8,7 @@ using ZelNet::ASmtpClient;
 using ZelNet::SmtpStatus;
 
 SmtpStatus SmtpSession::Send(const SmtpSettings& settings, const OutgoingMail& mail) {
-    const SocketUse sockets;
+    const ZelNet::SocketLayerUse sockets;
     const auto client = ASmtpClient::Create(); // its end closes the connection
     if (!sockets || !client) {
         return sockets ? SmtpStatus::kInternalError : SmtpStatus::kSocketFailure;
@@ -52,13 +52,13 @@ SmtpStatus SmtpSession::Await(Kind kind, long timeoutSeconds) {
     for (;;) {
         Notification notification;
         switch (notifications_.Wait(deadline, notification)) {
-        case WaitResult::kAborted:
+        case QueueWait::kAborted:
             return SmtpStatus::kAborted;
-        case WaitResult::kTimedOut:
+        case QueueWait::kTimedOut:
             return SmtpStatus::kTimeout;
-        case WaitResult::kNoMemory:
+        case QueueWait::kNoMemory:
             return SmtpStatus::kInternalError;
-        case WaitResult::kNotified:
+        case QueueWait::kNotified:
             break;
         }
         if (notification.status != SmtpStatus::kSuccess || notification.kind == kind) {

@@ -1,6 +1,6 @@
 #include "objects/mailclient/AccountSettings.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <iterator>
@@ -60,7 +60,7 @@ std::span<const AccountSetting> AccountSettings() noexcept {
 const AccountSetting* FindAccountSetting(std::wstring_view name) noexcept {
     const auto* found =
         std::find_if(std::begin(kSettings), std::end(kSettings), [name](const auto& setting) {
-            return EqualsIgnoringCase(setting.name, name);
+            return EqualsIgnoringAsciiCase(setting.name, name);
         });
     return found == std::end(kSettings) ? nullptr : found;
 }

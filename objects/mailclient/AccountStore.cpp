@@ -1,6 +1,5 @@
 #include "objects/mailclient/AccountStore.h"
 
-#include "platform/text/AsciiText.h"
 #include "platform/text/LetterCase.h"
 
 #include <algorithm>

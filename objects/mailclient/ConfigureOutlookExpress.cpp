@@ -1,7 +1,7 @@
 #include "objects/mailclient/ConfigureOutlookExpress.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/mailclient/OutlookExpressProgram.h"
 
 namespace tervane {

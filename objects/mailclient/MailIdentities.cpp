@@ -1,6 +1,5 @@
 #include "objects/mailclient/MailIdentities.h"
 
-#include "platform/text/AsciiText.h"
 #include "platform/text/LetterCase.h"
 
 #include <algorithm>
@@ -45,7 +44,7 @@ MailIdentities::FindCurrent(const std::vector<Identity>& identities) const {
         const std::wstring key = root.ReadText(choice).value_or(L"");
         const auto found =
             std::find_if(identities.begin(), identities.end(), [&key](const Identity& identity) {
-                return EqualsIgnoringCase(identity.key, key);
+                return EqualsIgnoringAsciiCase(identity.key, key);
             });
         if (found != identities.end()) {
             return &*found;

@@ -2,7 +2,7 @@
 
 // Outlook Express as a program: what its setup wrote into the registry.
 
-#include "platform/registry/RegistryApi.h"
+#include "platform/registry/RegistryKey.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "objects/sharing/DisableFileAndPrintSharing.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/sharing/SharingSwitch.h"
 #include "platform/SystemError.h"
 

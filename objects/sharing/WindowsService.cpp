@@ -6,6 +6,16 @@
 #include <vector>
 
 namespace tervane {
+
+const ServiceApi& ServiceApi::System() noexcept {
+    static const ServiceApi api = {
+        &OpenSCManagerW,     &OpenServiceW,           &CloseServiceHandle,
+        &QueryServiceStatus, &QueryServiceConfigW,    &ChangeServiceConfigW,
+        &ControlService,     &EnumDependentServicesW, &Sleep,
+    };
+    return api;
+}
+
 namespace {
 
 // How long to wait before asking a stopping service again, in ms. It tells how long it expects to

@@ -3,11 +3,28 @@
 // A service of the NT family, known to the service manager by its name: whether it runs, whether it
 // starts by itself, and how both are ended. Results are Windows error codes, 0 for success.
 
-#include "objects/sharing/ServiceApi.h"
+#include <windows.h>
 
 #include <string>
 
 namespace tervane {
+
+// The functions of Windows' service manager as a table, which tests replace to get services that
+// refuse, hang or are missing.
+struct ServiceApi {
+    decltype(&OpenSCManagerW) openManager;
+    decltype(&OpenServiceW) open;
+    decltype(&CloseServiceHandle) close;
+    decltype(&QueryServiceStatus) queryStatus;
+    decltype(&QueryServiceConfigW) queryConfig;
+    decltype(&ChangeServiceConfigW) changeConfig;
+    decltype(&ControlService) control;
+    decltype(&EnumDependentServicesW) enumDependents;
+    decltype(&Sleep) sleep;
+
+    // The real ones.
+    static const ServiceApi& System() noexcept;
+};
 
 class WindowsService {
 public:

@@ -3,7 +3,7 @@
 #include "objects/sysinfo/LiveAdapterInfo.h"
 #include "objects/sysinfo/StaticAdapterInfo.h"
 #include "platform/adapters/LiveAdapterSources.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <iterator>
@@ -58,7 +58,7 @@ bool Names(std::wstring_view text, const IID& iid) {
     wchar_t braced[sizeof "{00000000-0000-0000-0000-000000000000}"];
     const int size = StringFromGUID2(iid, braced, static_cast<int>(std::size(braced)));
     const std::wstring_view name(braced + 1, static_cast<std::size_t>(size) - 3);
-    return EqualsIgnoringCase(text, name);
+    return EqualsIgnoringAsciiCase(text, name);
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 #include "objects/sysinfo/AdapterInfo.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/sysinfo/AdapterGathering.h"
-#include "objects/sysinfo/RequestIds.h"
+#include "objects/sysinfo/AdapterRequests.h"
 
 namespace tervane {
 namespace {

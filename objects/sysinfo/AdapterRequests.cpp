@@ -1,12 +1,12 @@
 #include "objects/sysinfo/AdapterRequests.h"
 
 #include "ZelBase/threads/ModulePin.h"
-#include "ZelBase/threads/TimedMutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "platform/text/MatchingLock.h"
 
-#include <utility>
-
 #include <objbase.h>
+
+#include <utility>
 
 namespace tervane {
 

@@ -1,7 +1,7 @@
 #include "objects/sysinfo/DriveInfo.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/SystemSnapshot.h"
 

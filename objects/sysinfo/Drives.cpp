@@ -1,12 +1,54 @@
 #include "objects/sysinfo/Drives.h"
 
-#include "objects/sysinfo/DriveSize.h"
-#include "objects/sysinfo/QuietErrors.h"
+#include "ZelBase/SystemLibrary.h"
 
 #include <cctype>
 #include <iterator>
 
 namespace tervane {
+namespace {
+
+constexpr DWORD kNoBoxes = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
+
+// Since Windows 7.
+using SetThreadMode = BOOL(WINAPI*)(DWORD mode, DWORD* before);
+
+SetThreadMode ThreadMode() noexcept {
+    static const auto function = reinterpret_cast<SetThreadMode>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleA("kernel32.dll"), "SetThreadErrorMode")));
+    return function;
+}
+
+} // namespace
+
+QuietErrors::QuietErrors() noexcept {
+    if (ThreadMode()) {
+        ThreadMode()(kNoBoxes, &before_);
+    } else {
+        before_ = SetErrorMode(kNoBoxes);
+    }
+}
+
+QuietErrors::~QuietErrors() {
+    if (ThreadMode()) {
+        ThreadMode()(before_, nullptr);
+    } else {
+        SetErrorMode(before_);
+    }
+}
+
+const DriveApi& DriveApi::System() noexcept {
+    // Kept for as long as the function may be called.
+    static const ZelBase::SystemLibrary kernel("Kernel32.dll");
+    static const DriveApi api = {
+        &GetDriveTypeA,
+        kernel.Find<decltype(&GetDiskFreeSpaceExA)>("GetDiskFreeSpaceExA"),
+        &GetDiskFreeSpaceA,
+        &GetWindowsDirectoryA,
+    };
+    return api;
+}
+
 namespace {
 
 // What every call names a drive by: "C:\".
@@ -106,6 +148,43 @@ bool Drives::IsFirstRemovable(char letter) const noexcept {
         }
     }
     return true;
+}
+
+namespace {
+
+void FillSystemDrive(const Drives& drives, SystemSnapshot& snapshot) noexcept {
+    const char letter = drives.SystemLetter();
+    if (letter == '\0') {
+        return;
+    }
+    const DriveSpace space = drives.SpaceOf(letter);
+    snapshot.systemDriveFreeSpace = ToScriptNumber(space.free);
+    const size_t place = snapshot.driveLetters.find(letter);
+    if (place != std::string::npos) {
+        snapshot.systemDriveIndex = static_cast<long>(place);
+        snapshot.systemDriveTotalSize = ToScriptNumber(space.total);
+    }
+}
+
+void FillLargestFreeDrive(const Drives& drives, SystemSnapshot& snapshot) noexcept {
+    for (size_t place = 0; place < snapshot.driveLetters.size(); ++place) {
+        const char letter = snapshot.driveLetters[place];
+        if (drives.ClassOf(letter) != DriveClass::kHardDrive) {
+            continue;
+        }
+        const long free = ToScriptNumber(drives.SpaceOf(letter).free);
+        if (free > snapshot.largestFreeDriveSpace) {
+            snapshot.largestFreeDriveSpace = free;
+            snapshot.largestFreeDriveIndex = static_cast<long>(place);
+        }
+    }
+}
+
+} // namespace
+
+void FillDriveFigures(const Drives& drives, SystemSnapshot& snapshot) noexcept {
+    FillSystemDrive(drives, snapshot);
+    FillLargestFreeDrive(drives, snapshot);
 }
 
 } // namespace tervane

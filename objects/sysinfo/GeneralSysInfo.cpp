@@ -1,8 +1,8 @@
 #include "objects/sysinfo/GeneralSysInfo.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
 #include "component/Worker.h"
+#include "objects/Classes.h"
 #include "objects/sysinfo/DriveInfo.h"
 #include "objects/sysinfo/LiveAdapterInfo.h"
 #include "objects/sysinfo/StaticAdapterInfo.h"

@@ -1,7 +1,7 @@
 #include "objects/sysinfo/LiveAdapterInfo.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 
 namespace tervane {
 

@@ -1,6 +1,6 @@
 #include "objects/sysinfo/NetworkIdentity.h"
 
-#include "ZelNet/SourceCode/sockets/NetworkParameters.h"
+#include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "platform/adapters/TcpipKeys.h"
 #include "platform/registry/RegistryList.h"
 #include "platform/text/NarrowText.h"

@@ -1,6 +1,9 @@
 #include "objects/sysinfo/OsRelease.h"
 
+#include <windows.h>
+
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 
@@ -130,6 +133,30 @@ const wchar_t* OsCode(int number) noexcept {
     };
     const bool known = number >= 1 && number <= static_cast<int>(std::size(kCodes));
     return known ? kCodes[number - 1] : L"error";
+}
+
+} // namespace tervane
+
+// Apart from the classification, which knows no Windows.
+namespace tervane {
+
+std::optional<VersionRecord> CurrentVersion() {
+    // Older systems know the first part of the record only, and refuse the whole by its size.
+    OSVERSIONINFOEXA record = {};
+    static_assert(sizeof(OSVERSIONINFOEXA) == 156 && sizeof(OSVERSIONINFOA) == 148);
+    auto* version = reinterpret_cast<OSVERSIONINFOA*>(&record);
+    record.dwOSVersionInfoSize = sizeof(OSVERSIONINFOEXA);
+    if (!GetVersionExA(version)) {
+        record.dwOSVersionInfoSize = sizeof(OSVERSIONINFOA);
+        if (!GetVersionExA(version)) {
+            return std::nullopt;
+        }
+    }
+    const char* text = std::data(record.szCSDVersion);
+    return VersionRecord{
+        record.dwPlatformId,   record.dwMajorVersion,
+        record.dwMinorVersion, std::string(text, strnlen(text, std::size(record.szCSDVersion))),
+        record.wSuiteMask,     record.wProductType};
 }
 
 } // namespace tervane

@@ -1,7 +1,7 @@
 #include "objects/sysinfo/StaticAdapterInfo.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 
 namespace tervane {
 

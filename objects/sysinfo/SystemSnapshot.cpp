@@ -1,15 +1,13 @@
 #include "objects/sysinfo/SystemSnapshot.h"
 
-#include "objects/sysinfo/DriveFigures.h"
+#include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/NetworkIdentity.h"
 #include "objects/sysinfo/OsRelease.h"
 #include "objects/sysinfo/UsbPorts.h"
-#include "objects/sysinfo/UsbSupport.h"
 #include "objects/sysinfo/processor/ProcessorFacts.h"
-#include "objects/sysinfo/processor/ProcessorIdentity.h"
 #include "platform/adapters/LiveAdapterSources.h"
 #include "platform/registry/RegistryKey.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 #include <climits>

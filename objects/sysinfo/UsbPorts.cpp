@@ -1,16 +1,57 @@
 #include "objects/sysinfo/UsbPorts.h"
 
+#include "ZelBase/Handles.h"
 #include "ZelBase/log/Logger.h"
+#include "platform/registry/RegistryKey.h"
 #include "platform/text/NarrowText.h"
+#include "platform/text/RegularExpression.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
 #include <queue>
 #include <set>
+#include <vector>
 
 namespace tervane {
+namespace {
+
+class SystemUsbDevice final : public UsbDevice {
+public:
+    explicit SystemUsbDevice(ZelBase::UniqueFile file) noexcept : file_(std::move(file)) {}
+
+    std::optional<size_t> Ask(unsigned long controlCode, std::span<unsigned char> buffer) override {
+        const auto size = static_cast<DWORD>(buffer.size());
+        DWORD answered = 0;
+        if (!DeviceIoControl(file_.Get(), controlCode, buffer.data(), size, buffer.data(), size,
+                             &answered, nullptr)) {
+            return std::nullopt;
+        }
+        return std::min<size_t>(answered, buffer.size());
+    }
+
+private:
+    ZelBase::UniqueFile file_;
+};
+
+class SystemUsbApi final : public UsbApi {
+public:
+    std::unique_ptr<UsbDevice> Open(const std::string& path) const override {
+        ZelBase::UniqueFile file(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
+                                             OPEN_EXISTING, 0, nullptr));
+        return file ? std::make_unique<SystemUsbDevice>(std::move(file)) : nullptr;
+    }
+};
+
+} // namespace
+
+const UsbApi& UsbApi::System() {
+    static const SystemUsbApi api;
+    return api;
+}
+
 namespace {
 
 constexpr int kControllers = 10;
@@ -155,6 +196,77 @@ std::string UsbPortText(unsigned port, unsigned long connectionStatus, const std
                                  ? kNames[connectionStatus]
                                  : "Status" + std::to_string(connectionStatus);
     return "[Port" + std::to_string(port) + "] " + name + " :  " + hub;
+}
+
+namespace {
+
+constexpr wchar_t kUsbClass[] = L"^[U|u][S|s][B|b]$";
+constexpr wchar_t kNtDevices[] = L"SYSTEM\\CurrentControlSet\\Enum";
+constexpr wchar_t k9xDevices[] = L"Enum";
+// The list is bus, device, instance.
+constexpr int kDeviceDepth = 3;
+
+constexpr char kDeviceManager[] = "\\\\.\\DevMngr.VXD";
+// Answers with the classes of all devices as zero-terminated texts.
+constexpr unsigned long kListDeviceClasses = 1;
+constexpr size_t kLongestList = 65536;
+
+bool HoldsUsbDevice(const RegistryKey& key, int depth, const RegularExpression& usb) {
+    const auto deviceClass = key.ReadText(L"Class");
+    if (deviceClass && usb.Matches(*deviceClass)) {
+        return true;
+    }
+    if (depth == 0) {
+        return false;
+    }
+    for (const std::wstring& name : key.SubKeyNames()) {
+        if (HoldsUsbDevice(key.OpenSubKey(name), depth - 1, usb)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool RegistryListsUsb(const wchar_t* devices, const RegularExpression& usb) {
+    return HoldsUsbDevice(RegistryKey::Open(RegistryHive::kLocalMachine, devices), kDeviceDepth,
+                          usb);
+}
+
+// nullopt without the driver, or without its answer.
+std::optional<bool> DeviceManagerListsUsb(const UsbApi& api, const RegularExpression& usb) {
+    const auto driver = api.Open(kDeviceManager);
+    std::vector<unsigned char> list(driver ? kLongestList : 0);
+    const auto answered = driver ? driver->Ask(kListDeviceClasses, list) : std::nullopt;
+    if (!answered) {
+        return std::nullopt;
+    }
+    std::wstring deviceClass;
+    for (size_t at = 0; at < *answered; ++at) {
+        if (list[at] != 0) {
+            deviceClass.push_back(list[at]);
+        } else if (usb.Matches(deviceClass)) {
+            return true;
+        } else {
+            deviceClass.clear();
+        }
+    }
+    return usb.Matches(deviceClass);
+}
+
+} // namespace
+
+bool IsUsbSupported(PlatformFamily family, long ports, const UsbApi& api) {
+    if (family != PlatformFamily::kWindows95 && family != PlatformFamily::kNt4) {
+        return ports >= 1;
+    }
+    const auto usb = RegularExpression::WholeTextMatch(kUsbClass);
+    if (family == PlatformFamily::kNt4) {
+        return RegistryListsUsb(kNtDevices, usb);
+    }
+    if (const auto listed = DeviceManagerListsUsb(api, usb)) {
+        return *listed;
+    }
+    return RegistryListsUsb(k9xDevices, usb);
 }
 
 } // namespace tervane

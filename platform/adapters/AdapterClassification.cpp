@@ -1,7 +1,7 @@
 #include "platform/adapters/AdapterClassification.h"
 
 #include "platform/adapters/HardwareAddress.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 #include "platform/text/RegularExpression.h"
 
 #include <algorithm>
@@ -147,7 +147,7 @@ bool IsEthernetDriver(std::wstring_view driver) {
 bool NamesPhysicalBus(std::wstring_view text) {
     return std::any_of(std::begin(kPhysicalBuses), std::end(kPhysicalBuses),
                        [&](std::wstring_view bus) {
-                           return FindIgnoringCase(text, bus) != std::wstring_view::npos;
+                           return FindIgnoringAsciiCase(text, bus) != std::wstring_view::npos;
                        });
 }
 

@@ -2,7 +2,6 @@
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/Mutex.h"
-#include "ZelBase/threads/TimedMutexLock.h"
 #include "platform/adapters/HardwareAddress.h"
 #include "platform/text/NarrowText.h"
 #include "platform/text/RegularExpression.h"

@@ -3,7 +3,7 @@
 // The hardware addresses of adapters of the NT family, asked from their drivers. Nothing needs to
 // be bound to an adapter for that, and nothing is sent.
 
-#include "platform/adapters/DeviceApi.h"
+#include "platform/adapters/NetworkDevices.h"
 
 #include <optional>
 #include <string>

@@ -2,9 +2,10 @@
 
 #include "platform/adapters/AdapterClassification.h"
 #include "platform/adapters/HardwareAddress.h"
-#include "platform/adapters/IpHelperInterfaces.h"
+#include "platform/adapters/LiveInterface.h"
 #include "platform/adapters/MibInterfaces.h"
-#include "platform/text/AsciiText.h"
+#include "platform/registry/RegistryKey.h"
+#include "platform/text/LetterCase.h"
 
 #include <unordered_map>
 
@@ -18,7 +19,8 @@ struct AdapterKey {
     std::wstring_view name;
 
     bool operator==(const AdapterKey& other) const {
-        return EqualsIgnoringCase(text, other.text) && EqualsIgnoringCase(name, other.name);
+        return EqualsIgnoringAsciiCase(text, other.text) &&
+               EqualsIgnoringAsciiCase(name, other.name);
     }
 };
 
@@ -133,6 +135,36 @@ std::optional<std::vector<LiveAdapter>> ListLiveAdapters(const LiveAdapterSource
         adapters.push_back(std::move(live.adapter));
     }
     return adapters;
+}
+
+} // namespace tervane
+
+// The live adapters of this machine.
+namespace tervane {
+namespace {
+
+// Where the DHCP client notes whom it has its lease from: Windows 2000 and later, Windows NT 4.
+std::wstring LeaseServerInRegistry(const StaticAdapter& adapter) {
+    const std::wstring services = L"System\\CurrentControlSet\\Services\\";
+    for (const std::wstring& path : {services + L"Tcpip\\Parameters\\Interfaces\\" + adapter.cookie,
+                                     services + adapter.serviceName + L"\\Parameters\\Tcpip"}) {
+        const auto key = RegistryKey::Open(RegistryHive::kLocalMachine, path);
+        if (const auto server = key.ReadText(L"DhcpServer")) {
+            return *server;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+LiveAdapterSources LiveAdapterSources::System() {
+    return {ZelNet::IpHelper::Load(), [] { return ZelNet::SnmpQuery::Create(); },
+            [] { return ListStaticAdapters(); }, &LeaseServerInRegistry};
+}
+
+std::optional<std::vector<LiveAdapter>> ListLiveAdapters() {
+    return ListLiveAdapters(LiveAdapterSources::System());
 }
 
 } // namespace tervane

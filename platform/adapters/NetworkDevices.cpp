@@ -2,17 +2,37 @@
 
 #include "ZelBase/SystemLibrary.h"
 #include "ZelBase/UniqueResource.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 #include "platform/text/NarrowText.h"
+
+#include <setupapi.h>
 
 #include <cstring>
 #include <optional>
 #include <unordered_set>
 #include <vector>
 
-#include <setupapi.h>
-
 namespace tervane {
+namespace {
+
+BOOL WINAPI RefuseToDefine(DWORD, LPCSTR, LPCSTR) {
+    SetLastError(ERROR_NOT_SUPPORTED);
+    return FALSE;
+}
+
+bool IsWine() noexcept {
+    const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
+    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
+}
+
+} // namespace
+
+const DeviceApi& DeviceApi::System() noexcept {
+    static const DeviceApi api = {&QueryDosDeviceA, IsWine() ? &RefuseToDefine : &DefineDosDeviceA,
+                                  &CreateFileA, &DeviceIoControl, nullptr};
+    return api;
+}
+
 namespace {
 
 constexpr GUID kNetworkClass = {

@@ -3,7 +3,9 @@
 // What the device installation of Windows 2000 and later knows of network adapters, asked through
 // SETUPAPI.DLL. The library is optional: without it nothing is known.
 
-#include "platform/adapters/DeviceApi.h"
+#include <windows.h>
+
+#include <cfgmgr32.h>
 
 #include <optional>
 #include <string>
@@ -11,6 +13,21 @@
 #include <unordered_map>
 
 namespace tervane {
+
+// The functions by which a program names a device, talks to its driver and learns how it is, as a
+// table; tests replace it to get drivers that this machine has not.
+struct DeviceApi {
+    decltype(&QueryDosDeviceA) queryDosDevice;
+    decltype(&DefineDosDeviceA) defineDosDevice;
+    decltype(&CreateFileA) createFile;
+    decltype(&DeviceIoControl) deviceIoControl;
+    // Null for that of SETUPAPI.DLL, which older systems lack.
+    decltype(&CM_Get_DevNode_Status) getDeviceStatus;
+
+    // The real ones. Under Wine no names can be defined: its function overruns its stack when the
+    // name is longer than a drive's.
+    static const DeviceApi& System() noexcept;
+};
 
 // How the running system finds a device that is plugged in.
 struct DeviceState {

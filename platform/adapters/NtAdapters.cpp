@@ -3,17 +3,119 @@
 #include "platform/adapters/AdapterClassification.h"
 #include "platform/adapters/DriverAddress.h"
 #include "platform/adapters/NetworkDevices.h"
-#include "platform/adapters/NtBindings.h"
-#include "platform/adapters/NtSettings.h"
 #include "platform/adapters/TcpipKeys.h"
 #include "platform/registry/RegistryList.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace tervane {
+namespace {
+
+// The names of devices in a "Bind" value, without "\Device\" and in lower case.
+std::vector<std::wstring> ReadBind(const RegistryKey& linkage) {
+    std::optional<std::vector<std::wstring>> list = linkage.ReadTexts(L"Bind");
+    std::vector<std::wstring> devices = list ? std::move(*list) : ReadList(linkage, L"Bind");
+    for (std::wstring& device : devices) {
+        device = LowerAscii(std::wstring_view(device).substr(device.find_last_of(L'\\') + 1));
+    }
+    return devices;
+}
+
+// What a component is bound to, without the bindings that are switched off.
+std::vector<std::wstring> BindingsOf(const std::wstring& component) {
+    const RegistryKey linkage =
+        RegistryKey::Open(RegistryHive::kLocalMachine, kServicesKey + component + L"\\Linkage");
+    std::vector<std::wstring> devices = ReadBind(linkage);
+    const std::vector<std::wstring> list = ReadBind(linkage.OpenSubKey(L"Disabled"));
+    const std::unordered_set<std::wstring> disabled(list.begin(), list.end());
+    std::erase_if(devices, [&](const std::wstring& device) {
+        return device.empty() || disabled.contains(device);
+    });
+    return devices;
+}
+
+} // namespace
+
+NtBindings NtBindings::Read() {
+    NtBindings bindings;
+    std::vector<std::wstring> pending = BindingsOf(L"Tcpip");
+    bindings.direct_.insert(pending.begin(), pending.end());
+    while (!pending.empty()) {
+        const std::wstring device = std::move(pending.back());
+        pending.pop_back();
+        if (bindings.all_.insert(device).second) {
+            const std::vector<std::wstring> lower = BindingsOf(device);
+            pending.insert(pending.end(), lower.begin(), lower.end());
+        }
+    }
+    return bindings;
+}
+
+bool NtBindings::IsBound(std::wstring_view device) const {
+    return direct_.contains(LowerAscii(device));
+}
+
+bool NtBindings::IsBoundIndirectlyOrDirectly(std::wstring_view device) const {
+    return all_.contains(LowerAscii(device));
+}
+
+namespace {
+
+constexpr wchar_t kNetbtKey[] = L"System\\CurrentControlSet\\Services\\NetBT\\";
+
+RegistryKey OpenMachine(const std::wstring& path) {
+    return RegistryKey::Open(RegistryHive::kLocalMachine, path);
+}
+
+std::vector<std::wstring> ReadNameServers(const RegistryKey& key) {
+    std::vector<std::wstring> servers = ReadList(key, L"NameServer");
+    return servers.empty() ? ReadList(key, L"NameServerList") : servers;
+}
+
+} // namespace
+
+NtSettings::NtSettings(PlatformFamily family)
+    : isNt4_(family == PlatformFamily::kNt4), parameters_(OpenMachine(kTcpipParametersKey)),
+      domain_(ReadTextOr(parameters_, L"Domain")),
+      winsState_(static_cast<long>(
+          ReadSwitch(OpenMachine(std::wstring(kNetbtKey) + L"Parameters"), L"NodeType")
+              .value_or(0))) {}
+
+void NtSettings::Read(StaticAdapter& adapter) const {
+    RegistryKey settings;
+    if (!adapter.serviceName.empty()) {
+        adapter.settingsKey =
+            isNt4_ ? TcpipServiceKey(adapter.serviceName) : TcpipInterfaceKey(adapter.serviceName);
+        adapter.winsServers = ReadWinsServers(adapter.serviceName);
+        settings = OpenMachine(adapter.settingsKey);
+    }
+    adapter.winsState = winsState_;
+    adapter.usingDhcp = ReadSwitch(settings, L"EnableDHCP").value_or(0) != 0;
+    adapter.ipAddress = ReadFirstAddress(settings, L"IPAddress");
+    adapter.subnetMask = ReadFirstAddress(settings, L"SubnetMask");
+    adapter.defaultGateway = ReadFirstAddress(settings, L"DefaultGateway");
+    adapter.domainName = ReadTextOr(settings, L"Domain", domain_);
+    adapter.nameServers = ReadNameServers(isNt4_ ? parameters_ : settings);
+    adapter.isDnsStatic = !adapter.nameServers.empty();
+}
+
+std::vector<std::wstring> NtSettings::ReadWinsServers(const std::wstring& service) const {
+    if (!isNt4_) {
+        return ReadList(OpenMachine(kNetbtKey + (L"Parameters\\Interfaces\\Tcpip_" + service)),
+                        L"NameServerList");
+    }
+    const RegistryKey adapter = OpenMachine(kNetbtKey + (L"Adapters\\" + service));
+    std::vector<std::wstring> servers = ReadList(adapter, L"NameServer");
+    for (std::wstring& backup : ReadList(adapter, L"NameServerBackup")) {
+        servers.push_back(std::move(backup));
+    }
+    return servers;
+}
+
 namespace {
 
 constexpr wchar_t kCardsKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards";
@@ -36,10 +138,6 @@ struct ClassEntry {
     std::wstring driver;
     bool hasEthernetType = false;
 };
-
-RegistryKey OpenMachine(const std::wstring& path) {
-    return RegistryKey::Open(RegistryHive::kLocalMachine, path);
-}
 
 bool IsInProfile(const std::wstring& device) {
     const RegistryKey key =

@@ -1,7 +1,7 @@
 // Every asynchronous method where the system gives no thread: its documented outcome at once, and
 // no event ever after.
 
-#include "component/ClassTable.h"
+#include "support/ObjectClasses.h"
 #include "support/TestComponent.h"
 
 #include <TERVANELib.h>

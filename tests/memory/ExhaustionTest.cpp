@@ -8,12 +8,12 @@
 #include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
-#include "component/ClassTable.h"
 #include "component/ModuleState.h"
 #include "memory/FailingAllocator.h"
 #include "support/AdapterRegistry.h"
 #include "support/HandleCount.h"
 #include "support/LoopbackServer.h"
+#include "support/ObjectClasses.h"
 #include "support/OwnWindow.h"
 #include "support/TestComponent.h"
 
@@ -283,10 +283,10 @@ protected:
 class ClassExhaustionTest : public ExhaustionTest, public testing::WithParamInterface<size_t> {};
 
 INSTANTIATE_TEST_SUITE_P(Classes, ClassExhaustionTest,
-                         testing::Range(size_t{0}, ClassTable().size()));
+                         testing::Range(size_t{0}, ObjectClasses().size()));
 
 TEST_P(ClassExhaustionTest, IsCreatedOrNot) {
-    const ClassRow& row = ClassTable()[GetParam()];
+    const ClassRow& row = ObjectClasses()[GetParam()];
     Exhaust(
         [&](long failing) {
             CountingSink sink;

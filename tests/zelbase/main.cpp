@@ -1,7 +1,7 @@
 // The test program, and the second processes that its tests start: `--child ROLE ...`.
 
 #include "ZelBase/Handles.h"
-#include "ZelBase/log/ADefaultLogger.h"
+#include "ZelBase/log/ALogger.h"
 #include "ZelBase/log/Logger.h"
 #include "ZelBase/threads/ModulePin.h"
 #include "tests/zelbase/log/RingView.h"

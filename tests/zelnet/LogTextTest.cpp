@@ -1,8 +1,8 @@
 // Viewers, and people, know the objects of this library by the texts that they log.
 
 #include "ZelNet/SourceCode/ALineSocket.h"
+#include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "ZelNet/SourceCode/sockets/UdpNonBlockingClientSocket.h"
-#include "ZelNet/SourceCode/sockets/WIN32_NetworkInfo.h"
 #include "tests/zelnet/FakeIpHelper.h"
 #include "tests/zelnet/SocketTesting.h"
 #include "tests/zelnet/TraceCollector.h"

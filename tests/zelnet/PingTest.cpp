@@ -1,5 +1,4 @@
 #include "ZelNet/SourceCode/IpHelper.h"
-#include "ZelNet/SourceCode/WIN32_IcmpLibrary.h"
 #include "ZelNet/SourceCode/WIN32_Ping.h"
 #include "tests/support/SystemPing.h"
 #include "tests/zelnet/SocketTesting.h"

@@ -4,9 +4,9 @@
 // listener that writes down what it is told.
 
 #include "ZelBase/threads/ModulePin.h"
-#include "ZelNet/SourceCode/TcpNonBlockingLineSocketListener.h"
+#include "ZelNet/SourceCode/ALineSocket.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
-#include "ZelNet/SourceCode/sockets/SocketHandles.h"
+#include "ZelNet/SourceCode/sockets/WIN32_SocketEventThread.h"
 #include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>

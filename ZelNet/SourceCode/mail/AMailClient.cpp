@@ -1,7 +1,7 @@
 #include "ZelNet/SourceCode/mail/AMailClient.h"
 
-#include "ZelBase/threads/MutexLock.h"
-#include "ZelBase/threads/ThreadTerminateException.h"
+#include "ZelBase/threads/Mutex.h"
+#include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/MutexReleaser.h"
 

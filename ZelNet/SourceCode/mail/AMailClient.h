@@ -13,7 +13,7 @@
 
 #include "ZelBase/log/Logger.h"
 #include "ZelBase/text/SecretText.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
 
 #include <array>

@@ -1,8 +1,8 @@
 #include "ZelNet/SourceCode/mail/APop3Client.h"
 
-#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/mail/CommandText.h"
-#include "ZelNet/SourceCode/mail/PopReply.h"
+#include "ZelNet/SourceCode/mail/PopStates.h"
 
 namespace ZelNet {
 namespace {

@@ -1,10 +1,10 @@
 #include "ZelNet/SourceCode/mail/ASmtpClient.h"
 
 #include "ZelBase/text/Base64.h"
-#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/mail/CommandText.h"
 #include "ZelNet/SourceCode/mail/PlainMessage.h"
-#include "ZelNet/SourceCode/mail/SmtpReply.h"
+#include "ZelNet/SourceCode/mail/SmtpStates.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 
 namespace ZelNet {

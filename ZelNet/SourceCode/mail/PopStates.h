@@ -3,11 +3,40 @@
 // The POP3 conversation (RFC 1939) as tables: in some states a command is due, in the others a
 // line, and each row says what follows. The numbers are those in trace records.
 
-#include "ZelNet/SourceCode/mail/PopStatus.h"
-
+#include <cstdint>
 #include <string_view>
 
 namespace ZelNet {
+
+// How a step of reading a mailbox ended. The client itself reports 0 to 8; the others are for those
+// who drive it.
+enum class PopStatus {
+    kSuccess = 0,
+    kSocketFailure = 1,
+    kAuthenticationError = 2,
+    kConnectError = 3,
+    kTerminated = 4, // the connection was closed
+    kInvalidArguments = 5,
+    kBusy = 6,
+    kInvalidState = 7,
+    kUnexpected = 8, // the server refused
+    kInternalError = 9,
+    kWorkInProgress = 10,
+    kAlreadyConnected = 11,
+    kNotYetConnected = 12,
+    kTimeout = 13,
+};
+
+// Whether a status line (RFC 1939, section 3) tells success. Only its first character counts.
+bool IsPositivePopReply(std::string_view line);
+
+// The drop listing of STAT (RFC 1939, section 5): the first two numbers in the line, whatever
+// stands around them. What is missing is 0; what is too large for the type is its largest value.
+struct PopDropListing {
+    std::uint32_t count = 0;
+    std::uint32_t totalSize = 0;
+};
+PopDropListing ReadDropListing(std::string_view line);
 
 enum class PopClientState {
     kClosed = 0,

@@ -3,12 +3,47 @@
 // The SMTP conversation (RFC 5321, with AUTH LOGIN) as tables: in some states a command is due, in
 // the others a reply, and each row says what follows. The numbers are those in trace records.
 
-#include "ZelNet/SourceCode/mail/SmtpStatus.h"
-
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace ZelNet {
+
+// How a step of sending a mail ended. The client itself reports 0 to 8; the others are for those
+// who drive it.
+enum class SmtpStatus {
+    kSuccess = 0,
+    kSocketFailure = 1,
+    kConnectError = 2,
+    kTerminated = 3, // the connection was closed
+    kInvalidArguments = 4,
+    kBusy = 5,
+    kInvalidState = 6,
+    kUnexpected = 7, // the server refused
+    kAuthenticationError = 8,
+    kTimeout = 9,
+    kInternalError = 10,
+    kWorkInProgress = 11,
+    kAborted = 12,
+};
+
+// One line of a server's reply (RFC 5321, section 4.2): three digits, a hyphen when more lines
+// follow, and text.
+struct SmtpReplyLine {
+    // 1xx, 2xx or 3xx. Which of these it is makes no difference to any command, on purpose: the
+    // servers of the field do not agree on the exact codes.
+    bool accepted = false;
+    bool hasMore = false;
+    std::string_view text;
+};
+
+// Every line can be read, also none at all. The text points into `line`.
+SmtpReplyLine ReadSmtpReply(std::string_view line);
+
+// Doubles the dot of each line that consists of one, so that it does not end the text (RFC 5321,
+// section 4.5.2). Lines that only begin with a dot are left alone, unlike in the RFC: deliberate.
+// `fromStart` tells whether the text's very first line counts too.
+void DoubleLoneDots(std::string& text, bool fromStart);
 
 enum class SmtpClientState {
     kClosed = 0,

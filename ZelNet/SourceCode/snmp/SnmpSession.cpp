@@ -1,7 +1,8 @@
 #include "ZelNet/SourceCode/snmp/SnmpSession.h"
 
-#include "ZelBase/threads/TimedMutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 
+#include <cstring>
 #include <new>
 
 namespace ZelNet {
@@ -72,6 +73,23 @@ std::optional<VarBind> Read(const SnmpVarBind& entry) {
 }
 
 } // namespace
+
+std::optional<std::int32_t> VarBind::Integer() const {
+    return type == ASN_INTEGER ? std::optional(number) : std::nullopt;
+}
+
+std::optional<IpAddress> VarBind::Address() const {
+    std::uint32_t value = 0;
+    if (type != ASN_IPADDRESS || octets.size() != sizeof value) {
+        return std::nullopt;
+    }
+    std::memcpy(&value, octets.data(), sizeof value);
+    return IpAddress(value);
+}
+
+std::optional<std::string> VarBind::Octets() const {
+    return type == ASN_OCTETSTRING ? std::optional(octets) : std::nullopt;
+}
 
 std::shared_ptr<SnmpSession> SnmpSession::Open(std::unique_ptr<SnmpAgent> agent) {
     if (!agent) {

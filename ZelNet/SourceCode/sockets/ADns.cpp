@@ -1,6 +1,6 @@
 #include "ZelNet/SourceCode/sockets/ADns.h"
 
-#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/MutexReleaser.h"
 

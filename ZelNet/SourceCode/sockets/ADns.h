@@ -7,7 +7,7 @@
 // There is no time-out in here; whoever waits calls Abort. One object does one look-up at a time.
 
 #include "ZelBase/log/Logger.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/IpAddress.h"
 #include "ZelNet/SourceCode/sockets/DnsMessage.h"
 #include "ZelNet/SourceCode/sockets/UdpNonBlockingClientSocket.h"

@@ -12,4 +12,22 @@ bool InitializeSockets();
 // Gives a reference back. Always true; without a reference it does nothing.
 bool UninitializeSockets();
 
+// One use of the socket layer, given back where it was taken at the end of a scope.
+class SocketLayerUse {
+public:
+    SocketLayerUse() : held_(InitializeSockets()) {}
+    ~SocketLayerUse() {
+        if (held_) {
+            UninitializeSockets();
+        }
+    }
+    SocketLayerUse(const SocketLayerUse&) = delete;
+    SocketLayerUse& operator=(const SocketLayerUse&) = delete;
+
+    explicit operator bool() const noexcept { return held_; }
+
+private:
+    bool held_;
+};
+
 } // namespace ZelNet

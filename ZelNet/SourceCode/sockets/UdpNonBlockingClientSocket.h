@@ -3,13 +3,26 @@
 // A UDP socket that never blocks; see ATcpNonBlockingClientSocket for what both have in common.
 
 #include "ZelNet/SourceCode/IpAddress.h"
-#include "ZelNet/SourceCode/sockets/UdpNonBlockingSocketListener.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 
 namespace ZelNet {
+
+// What a user of a UDP socket is told; see TcpNonBlockingSocketListener for the rules.
+class UdpNonBlockingSocketListener {
+public:
+    virtual void OnClose(void* context, int error) = 0;
+    // There is a datagram to receive.
+    virtual void OnReceive(void* context, int error) = 0;
+    // Datagrams can be sent: comes at least once after the socket has been opened, and when there
+    // is room again after a send that was refused.
+    virtual void OnSend(void* context, int error) = 0;
+
+protected:
+    ~UdpNonBlockingSocketListener() = default;
+};
 
 class UdpNonBlockingClientSocket {
 public:

@@ -19,9 +19,8 @@
 // 6. An exception that leaves a listener closes the socket: what the listener has missed would
 //    leave its operation waiting, or make it succeed with less than there was.
 
-#include "ZelBase/threads/MutexLock.h"
-#include "ZelBase/threads/WIN32_Event.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
+#include "ZelBase/threads/Event.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/IpAddress.h"
 #include "ZelNet/SourceCode/sockets/GenericError.h"
 #include "ZelNet/SourceCode/sockets/WIN32_SocketEventThread.h"

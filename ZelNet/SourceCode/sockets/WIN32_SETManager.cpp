@@ -1,6 +1,6 @@
 #include "ZelNet/SourceCode/sockets/WIN32_SETManager.h"
 
-#include "ZelBase/log/ADefaultLogger.h"
+#include "ZelBase/log/ALogger.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "ZelNet/SourceCode/sockets/WIN32_SocketEventThread.h"
 
-#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/MutexReleaser.h"
 #include "ZelNet/SourceCode/sockets/WIN32_SETManager.h"

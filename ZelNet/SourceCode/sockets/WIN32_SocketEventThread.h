@@ -13,19 +13,53 @@
 // leaves itself to the next one that goes, or to whoever opens or shuts the socket layer next.
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/UniqueResource.h"
 #include "ZelBase/log/Logger.h"
 #include "ZelBase/threads/CriticalSection.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelBase/threads/Thread.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
-#include "ZelNet/SourceCode/sockets/SocketHandles.h"
-#include "ZelNet/SourceCode/sockets/WIN32_SocketEventThreadListener.h"
+
+#include <winsock2.h>
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace ZelNet {
+
+// Winsock's resources as owners; see ZelBase/UniqueResource.h.
+struct SocketTraits {
+    using Type = SOCKET;
+    static Type Empty() noexcept { return INVALID_SOCKET; }
+    static void Close(Type socket) noexcept { closesocket(socket); }
+};
+using UniqueSocket = ZelBase::UniqueResource<SocketTraits>;
+
+struct WsaEventTraits {
+    using Type = WSAEVENT;
+    static Type Empty() noexcept { return WSA_INVALID_EVENT; }
+    static void Close(Type event) noexcept { WSACloseEvent(event); }
+};
+using UniqueWsaEvent = ZelBase::UniqueResource<WsaEventTraits>;
+
+// What a socket event thread calls, on its own thread and with the socket's slot locked. The
+// argument of the network events is a Winsock error code. A callback must not block: up to four
+// other sockets wait for it. It may remove the socket from the thread.
+class WIN32_SocketEventThreadListener {
+public:
+    virtual void OnAccept(int error) = 0;
+    virtual void OnClose(int error) = 0;
+    virtual void OnConnect(int error) = 0;
+    virtual void OnReceive(int error) = 0;
+    virtual void OnSend(int error) = 0;
+    // Only ever posted: the address to connect to, in network order.
+    virtual void FinishConnect(std::uint32_t address) = 0;
+
+protected:
+    ~WIN32_SocketEventThreadListener() = default;
+};
 
 class WIN32_SETManager;
 class WIN32_SocketEventThread;

@@ -1,6 +1,6 @@
 #include "objects/config/browser/BrowserSettings.h"
 
-#include "objects/config/browser/LocalBypass.h"
+#include "objects/config/browser/ProxyServers.h"
 #include "platform/text/EnvironmentText.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 #include "objects/config/browser/ConfigureIE.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "objects/config/browser/ConnectionWizard.h"
 #include "objects/config/browser/FavoriteName.h"
-#include "objects/config/browser/FavoritesFolder.h"
+#include "objects/config/browser/Favorites.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "objects/config/browser/ConnectionWizard.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <string>
 
@@ -15,7 +15,7 @@ bool IsUser(PlatformFamily family, const std::wstring& name) {
     if (Is9xFamily(family)) {
         return true;
     }
-    return StartsIgnoringCase(name, L"S-1-") && !EndsIgnoringCase(name, L"_Classes");
+    return StartsIgnoringAsciiCase(name, L"S-1-") && !EndsIgnoringAsciiCase(name, L"_Classes");
 }
 
 bool CompleteFor(const std::wstring& user, const RegistryApi& api) {

@@ -1,6 +1,6 @@
 #include "objects/config/browser/FavoriteName.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ bool IsForbidden(wchar_t letter) noexcept {
 bool IsPort(std::wstring_view name) noexcept {
     constexpr std::wstring_view kDigits = L"123456789\u00B9\u00B2\u00B3";
     return name.size() == 4 &&
-           (StartsIgnoringCase(name, L"COM") || StartsIgnoringCase(name, L"LPT")) &&
+           (StartsIgnoringAsciiCase(name, L"COM") || StartsIgnoringAsciiCase(name, L"LPT")) &&
            kDigits.find(name[3]) != std::wstring_view::npos;
 }
 
@@ -34,7 +34,7 @@ bool NamesDevice(std::wstring_view name) noexcept {
     stem = stem.substr(0, stem.find_last_not_of(L' ') + 1);
     return IsPort(stem) ||
            std::any_of(std::begin(kDevices), std::end(kDevices), [stem](std::wstring_view device) {
-               return EqualsIgnoringCase(stem, device);
+               return EqualsIgnoringAsciiCase(stem, device);
            });
 }
 

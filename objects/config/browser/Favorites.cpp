@@ -1,15 +1,41 @@
 #include "objects/config/browser/Favorites.h"
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/SystemLibrary.h"
 #include "objects/config/browser/FavoriteName.h"
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 #include "platform/text/NarrowText.h"
+
+#include <shlobj.h>
 
 #include <algorithm>
 #include <unordered_set>
 #include <utility>
 
 namespace tervane {
+namespace {
+
+using NarrowFunction = BOOL(WINAPI*)(HWND, LPSTR, int, BOOL);
+using WideFunction = BOOL(WINAPI*)(HWND, LPWSTR, int, BOOL);
+
+} // namespace
+
+// The wide function where there is one that works. The narrow one spells a character that the code
+// page lacks as the letter that looks most like it, and so may lead into the folder of another
+// user.
+std::wstring FavoritesFolder(bool create) {
+    const ZelBase::SystemLibrary shell("Shell32.dll");
+    const auto wide = shell.Find<WideFunction>("SHGetSpecialFolderPathW");
+    const auto narrow = shell.Find<NarrowFunction>("SHGetSpecialFolderPathA");
+    wchar_t widePath[MAX_PATH] = {};
+    if (wide && wide(nullptr, widePath, CSIDL_FAVORITES, create)) {
+        return widePath;
+    }
+    char narrowPath[MAX_PATH] = {};
+    return narrow && narrow(nullptr, narrowPath, CSIDL_FAVORITES, create) ? FromNarrow(narrowPath)
+                                                                          : L"";
+}
+
 namespace {
 
 constexpr wchar_t kSection[] = L"InternetShortcut";
@@ -24,7 +50,7 @@ std::vector<std::wstring> NamesIn(const std::wstring& folder) {
     for (BOOL more = static_cast<bool>(search); more; more = FindNextFileW(search.Get(), &found)) {
         const std::wstring_view file = found.cFileName;
         const bool isFolder = found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY;
-        if (!isFolder && EndsIgnoringCase(file, kFavoriteExtension)) {
+        if (!isFolder && EndsIgnoringAsciiCase(file, kFavoriteExtension)) {
             names.emplace_back(file.substr(0, file.size() - kFavoriteExtension.size()));
         }
     }

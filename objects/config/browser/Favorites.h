@@ -15,6 +15,12 @@
 
 namespace tervane {
 
+// The user's favourites folder, where browser and shell keep internet shortcuts.
+
+// Its path without a backslash at the end; "" when the shell is too old to know one, or when there
+// is no such folder and it shall not or cannot be made.
+std::wstring FavoritesFolder(bool create);
+
 class Favorites {
 public:
     // Tells the folder, and makes it when `create` is true; "" when there is none.

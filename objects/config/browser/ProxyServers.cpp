@@ -1,10 +1,37 @@
 #include "objects/config/browser/ProxyServers.h"
 
-#include "platform/text/AsciiText.h"
+#include "platform/text/LetterCase.h"
 
 #include <algorithm>
 
 namespace tervane {
+
+bool HasLocalBypass(std::wstring_view list) noexcept {
+    return FindIgnoringAsciiCase(list, kLocalBypass) != std::wstring_view::npos;
+}
+
+std::wstring WithLocalBypass(std::wstring_view list) {
+    std::wstring with(list);
+    if (!HasLocalBypass(list)) {
+        with += list.empty() ? L"" : L";";
+        with += kLocalBypass;
+    }
+    return with;
+}
+
+std::wstring WithoutLocalBypass(std::wstring_view list) {
+    const size_t marker = FindIgnoringAsciiCase(list, kLocalBypass);
+    if (marker == std::wstring_view::npos) {
+        return std::wstring(list);
+    }
+    // Together with the semicolon before it.
+    return std::wstring(list.substr(0, marker == 0 ? 0 : marker - 1));
+}
+
+std::wstring WithExceptions(std::wstring_view list, std::wstring_view exceptions) {
+    return HasLocalBypass(list) ? WithLocalBypass(exceptions) : std::wstring(exceptions);
+}
+
 namespace {
 
 constexpr std::array<std::wstring_view, kProxyProtocols> kNames = {L"http", L"https", L"ftp",
@@ -73,7 +100,7 @@ void ProxyServers::AddEntry(std::wstring_view entry) {
         return;
     }
     for (size_t i = 0; i < kNames.size(); ++i) {
-        if (EqualsIgnoringCase(entry.substr(0, assignment), kNames[i])) {
+        if (EqualsIgnoringAsciiCase(entry.substr(0, assignment), kNames[i])) {
             known_[i].emplace_back(address);
             return;
         }

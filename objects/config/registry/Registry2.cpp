@@ -1,7 +1,7 @@
 #include "objects/config/registry/Registry2.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "objects/Classes.h"
 #include "platform/Automation.h"
 #include "platform/registry/RegistryKey.h"
 #include "platform/text/RegularExpression.h"

@@ -1,7 +1,7 @@
 #include "objects/config/windows/WaitTable.h"
 
 #include "ZelBase/threads/ModulePin.h"
-#include "ZelBase/threads/TimedMutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "platform/PumpingWait.h"
 #include "platform/text/MatchingLock.h"
 

@@ -1,13 +1,34 @@
 #include "objects/config/windows/WindowMgr.h"
 
 #include "component/Answers.h"
-#include "component/Creators.h"
+#include "component/ConnectionPoint.h"
+#include "objects/Classes.h"
 #include "objects/config/windows/WindowActions.h"
 #include "platform/Automation.h"
 
 #include <objbase.h>
 
 namespace tervane {
+namespace {
+
+// The event's numbers in the type library.
+enum Event : DISPID { kOnWaitOnWindow = 1, kOnWaitForWindow = 2, kOnWaitForWindowToComeAndGo = 3 };
+
+} // namespace
+
+HRESULT Fire_OnWaitOnWindowComplete(SinkArray& sinks, LONG waitId, WaitResult result) noexcept {
+    return FireEvent(sinks, kOnWaitOnWindow, {waitId, static_cast<LONG>(result)});
+}
+
+HRESULT Fire_OnWaitForWindowComplete(SinkArray& sinks, LONG waitId, WaitResult result) noexcept {
+    return FireEvent(sinks, kOnWaitForWindow, {waitId, static_cast<LONG>(result)});
+}
+
+HRESULT Fire_OnWaitForWindowToComeAndGoComplete(SinkArray& sinks, LONG waitId,
+                                                WaitResult result) noexcept {
+    return FireEvent(sinks, kOnWaitForWindowToComeAndGo, {waitId, static_cast<LONG>(result)});
+}
+
 namespace {
 
 // A null string is an empty pattern, which every title matches.

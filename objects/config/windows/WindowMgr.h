@@ -7,8 +7,8 @@
 
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"
+#include "component/SinkArray.h"
 #include "objects/config/windows/WaitTable.h"
-#include "objects/config/windows/WindowMgrEvents.h"
 #include "objects/config/windows/WindowWait.h"
 
 #include <TERVANELib.h>
@@ -17,6 +17,15 @@
 #include <memory>
 
 namespace tervane {
+
+// The events of the window manager. They are fired on wait threads, which hold on to the sinks and
+// not to the object.
+
+// Each calls every sink on this thread; the result is the last sink's.
+HRESULT Fire_OnWaitOnWindowComplete(SinkArray& sinks, LONG waitId, WaitResult result) noexcept;
+HRESULT Fire_OnWaitForWindowComplete(SinkArray& sinks, LONG waitId, WaitResult result) noexcept;
+HRESULT Fire_OnWaitForWindowToComeAndGoComplete(SinkArray& sinks, LONG waitId,
+                                                WaitResult result) noexcept;
 
 class WindowMgr final : public AutomationObject<IWindowMgr, EventSource> {
 public:

@@ -5,7 +5,7 @@
 // A wait goes on in passes, each a look or two at the windows with pauses in between. The time-out
 // of a wait counts passes, not milliseconds: deliberate, scripts have chosen their numbers by it.
 
-#include "objects/config/windows/WaitTask.h"
+#include "objects/config/windows/WaitTable.h"
 #include "objects/config/windows/WindowFinder.h"
 
 #include <optional>

@@ -5,7 +5,6 @@
 // about sizes, names and handles, and plays whatever outcome a test asks for.
 
 #include "objects/dialup/RasApi.h"
-#include "objects/dialup/RasSizes.h"
 #include "objects/dialup/RasText.h"
 #include "platform/text/LetterCase.h"
 #include "tests/support/TestThreads.h"

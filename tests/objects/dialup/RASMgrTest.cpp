@@ -2,10 +2,10 @@
 // and what becomes of the object and the connection then.
 
 #include "objects/dialup/RASMgr.h"
-#include "component/ClassTable.h"
-#include "objects/dialup/HangUp.h"
+#include "objects/dialup/DialSession.h"
 #include "objects/dialup/PhoneBookEntry.h"
 #include "objects/dialup/RasDialUp.h"
+#include "support/ObjectClasses.h"
 #include "support/ScratchRegistry.h"
 #include "support/TestComponent.h"
 #include "tests/objects/dialup/FakeRas.h"

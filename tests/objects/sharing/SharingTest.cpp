@@ -1,8 +1,7 @@
 // The switch of file and printer sharing: real services of Wine's service manager, services that
 // misbehave in ways that a real one cannot be made to, and the bindings of the 9x family.
 
-#include "objects/sharing/SharingBindings.h"
-#include "objects/sharing/SharingService.h"
+#include "objects/sharing/SharingSwitch.h"
 #include "support/OtherWindows.h"
 #include "support/ScratchRegistry.h"
 

@@ -3,7 +3,6 @@
 
 #include "objects/sysinfo/AdapterRequests.h"
 #include "objects/sysinfo/AdapterGathering.h"
-#include "objects/sysinfo/RequestIds.h"
 #include "support/TestComponent.h"
 #include "support/TestThreads.h"
 

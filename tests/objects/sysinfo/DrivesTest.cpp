@@ -1,7 +1,6 @@
 // Drives: the arithmetic of their sizes, drives as a table, and real ones.
 
 #include "objects/sysinfo/Drives.h"
-#include "objects/sysinfo/DriveSize.h"
 #include "support/MappedDrive.h"
 #include "support/OtherWindows.h"
 

@@ -5,7 +5,7 @@
 #include "objects/sysinfo/SystemSnapshot.h"
 
 #include "ZelBase/text/AnsiText.h"
-#include "objects/sysinfo/DriveFigures.h"
+#include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/NetworkIdentity.h"
 #include "objects/sysinfo/OsRelease.h"
 #include "support/FakeIpHelper.h"

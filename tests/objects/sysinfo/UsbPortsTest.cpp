@@ -1,7 +1,6 @@
 // USB hubs and their ports as drivers describe them.
 
 #include "objects/sysinfo/UsbPorts.h"
-#include "objects/sysinfo/UsbSupport.h"
 #include "support/ScratchRegistry.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "platform/adapters/AdapterClassification.h"
 
-#include "objects/connectivity/UsableAddress.h"
+#include "objects/connectivity/AdapterConfiguration.h"
 #include "platform/adapters/HardwareAddress.h"
 #include "support/TestThreads.h"
 

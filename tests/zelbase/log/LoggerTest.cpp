@@ -1,5 +1,5 @@
 #include "ZelBase/log/Logger.h"
-#include "ZelBase/log/ADefaultLogger.h"
+#include "ZelBase/log/ALogger.h"
 #include "ZelBase/threads/ModulePin.h"
 #include "tests/zelbase/ChildProcess.h"
 #include "tests/zelbase/log/RingView.h"

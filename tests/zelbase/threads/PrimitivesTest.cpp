@@ -1,9 +1,7 @@
 #include "ZelBase/threads/Event.h"
 #include "ZelBase/threads/ModulePin.h"
-#include "ZelBase/threads/MutexLock.h"
+#include "ZelBase/threads/Mutex.h"
 #include "ZelBase/threads/Thread.h"
-#include "ZelBase/threads/ThreadTerminateException.h"
-#include "ZelBase/threads/WIN32_Mutex.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/Event.h"
 #include "ZelBase/threads/Mutex.h"
-#include "ZelBase/threads/ThreadTerminateException.h"
 #include "tests/support/HandleCount.h"
 #include "tests/zelbase/log/RingView.h"
 

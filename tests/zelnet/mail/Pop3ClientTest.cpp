@@ -2,7 +2,7 @@
 // way in which a server can take it.
 
 #include "ZelNet/SourceCode/mail/APop3Client.h"
-#include "ZelNet/SourceCode/mail/PopReply.h"
+#include "ZelNet/SourceCode/mail/PopStates.h"
 #include "support/ScriptedServer.h"
 #include "support/TestThreads.h"
 #include "tests/zelnet/SocketTesting.h"

@@ -4,7 +4,7 @@
 #include "ZelBase/text/Base64.h"
 #include "ZelNet/SourceCode/mail/ASmtpClient.h"
 #include "ZelNet/SourceCode/mail/PlainMessage.h"
-#include "ZelNet/SourceCode/mail/SmtpReply.h"
+#include "ZelNet/SourceCode/mail/SmtpStates.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "support/ScriptedServer.h"
 #include "support/TestThreads.h"

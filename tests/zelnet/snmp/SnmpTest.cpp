@@ -2,7 +2,7 @@
 // system's real one.
 
 #include "ZelBase/threads/ModulePin.h"
-#include "ZelNet/SourceCode/snmp/WIN32_SnmpQuery.h"
+#include "ZelNet/SourceCode/snmp/SnmpQuery.h"
 #include "tests/zelnet/TraceCollector.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "ZelNet/SourceCode/sockets/ADns.h"
+#include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
-#include "ZelNet/SourceCode/sockets/WIN32_NetworkInfo.h"
 #include "tests/support/TestThreads.h"
 #include "tests/zelnet/FakeIpHelper.h"
 #include "tests/zelnet/SocketTesting.h"

@@ -1,6 +1,5 @@
 // The two texts in which Windows keeps the proxy: the servers, and the hosts reached without one.
 
-#include "objects/config/browser/LocalBypass.h"
 #include "objects/config/browser/ProxyServers.h"
 
 #include <gtest/gtest.h>

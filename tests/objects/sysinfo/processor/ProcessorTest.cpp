@@ -2,7 +2,6 @@
 // the processor and the registry say of it.
 
 #include "objects/sysinfo/processor/ProcessorFacts.h"
-#include "objects/sysinfo/processor/ProcessorIdentity.h"
 #include "objects/sysinfo/processor/SpeedMeasurement.h"
 #include "support/ScratchRegistry.h"
 
