@@ -1,7 +1,7 @@
 #include "tools/log_viewer/RecordPrinter.h"
 
+#include "ZelBase/log/Logger.h"
 #include "ZelBase/text/AnsiText.h"
-#include "ZelBase/log/LogLevel.h"
 #include "tools/log_viewer/LocalTime.h"
 #include "tools/log_viewer/RecordText.h"
 

@@ -1,8 +1,8 @@
 // Shows the log ring on the console: what is in it, or records as they are written.
 
-#include "ZelBase/text/AnsiText.h"
 #include "ZelBase/Handles.h"
 #include "ZelBase/log/LogRing.h"
+#include "ZelBase/text/AnsiText.h"
 #include "tools/log_viewer/LogReader.h"
 #include "tools/log_viewer/Options.h"
 #include "tools/log_viewer/Output.h"
