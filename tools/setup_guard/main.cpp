@@ -10,7 +10,7 @@
 // Exit code: 0 yes, 1 no, 2 bad usage.
 
 #include "ZelBase/Handles.h"
-#include "platform/NarrowText.h"
+#include "platform/text/NarrowText.h"
 #include "tools/setup_guard/FolderAccess.h"
 #include "tools/setup_guard/Registration.h"
 
