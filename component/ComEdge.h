@@ -1,7 +1,7 @@
 #pragma once
 
-// The one place where C++ exceptions end. Whatever a host may call wraps its body in Guarded();
-// below it, failures are ordinary return values.
+// Where C++ exceptions end on their way to a host. Whatever a host may call wraps in Guarded() what
+// may throw; below it, failures are ordinary return values.
 
 #include <new>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // Regular expressions as scripts write them: Perl syntax, case-sensitive, matched against the whole
-// text. All matching in the system goes through this class. One process-wide mutex serialises it,
+// text. All matching in the system goes through this class. One process-wide lock serialises it,
 // and a pattern is compiled once per operation - a walk over the windows, over the subkeys of a
 // key - however many texts it is held against.
 //
