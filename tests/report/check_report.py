@@ -82,7 +82,7 @@ SYSTEMS = [  # what the registry says, what people call it, version, build
     ({}, ("Windows 10.0", "", "")),
 ]
 SECRETS = ["jane", "jdoe", "pc-042", "office.example", "mail.example", "Main Identity", "Private", "00-10-5A-44-B2-0C",
-           "02-1B-77-49-54-FD", "Users", "start."]
+           "02-1B-77-49-54-FD", "Users", "Profils", "start."]
 # What a page cannot show as it is.
 UNSHOWN = re.compile("[\x00-\x08\x0b\x0c\x0e-\x1f\x7f-\x9f\ud800-\udfff\u202a-\u202e\u2066-\u2069]")
 
@@ -194,6 +194,7 @@ class ReportTest(unittest.TestCase):
     def test_redacting(self):
         change = ("w.browser.HomePage = 'file:///C:/Users/jane.doe/start.htm';"
                   "w.installed[1].Name = 'PCI Adapter of Jane.Doe (JDOE at pc-042), 02-1b-77-49-54-fd, jane@a.example';"
+                  "w.environment.USERPROFILE = 'E:\\\\Profils\\\\q7'; w.browser.ProgramPath = 'E:\\\\profils\\\\Q7\\\\IE';"
                   "w.mail.ProgramPath = 'D:\\\\Documents and Settings\\\\jane\\\\msimn.exe';"
                   "w.browser.AutoConfigurationScript = 'http://jane:pw@wpad.office.example/jane.pac?u=jane'")
         page = self.run_report("troubled", "/redact", change=change)
@@ -233,7 +234,7 @@ class ReportTest(unittest.TestCase):
             "[document.querySelectorAll('script,img,iframe,object,link,a,[onload],[onerror],[style]').length,"
             " typeof hurt]"))
 
-    def check_page(self, name, path, screens=tuple(SCREENS)):
+    def check_page(self, name, path, screens):
         for screen in screens:
             with self.subTest(page=name, screen=screen):
                 self.browser.complaints.clear()
@@ -251,11 +252,13 @@ class ReportTest(unittest.TestCase):
             self.assertRegex(file.read(), rb"/MediaBox \[0 0 59[45][.0-9]* 84[12]")  # A4
 
     def test_pages(self):
-        for world in ("fine", "troubled", "hostile"):
-            self.check_page(world, self.save(world, self.run_report(world)["files"][PAGE]))
-        change = ("w.registry = null; w.drives = [null];"
-                  " w.missing = ['Tervane.ConfigureOutlookExpress', 'Tervane.ConnectivityTester']")
-        self.check_page("incomplete", self.save("incomplete", self.run_report("fine", change=change)["files"][PAGE]))
+        incomplete = ("w.registry = null; w.drives = [null];"
+                      " w.missing = ['Tervane.ConfigureOutlookExpress', 'Tervane.ConnectivityTester']")
+        for name, world, change, screens in (
+                ("troubled", "troubled", "", SCREENS), ("fine", "fine", "", ["desktop", "dark"]),
+                ("hostile", "hostile", "", ["desktop", "phone"]), ("incomplete", "fine", incomplete, ["desktop"])):
+            page = self.run_report(world, change=change)["files"][PAGE]
+            self.check_page(name, self.save(name, page), screens)
 
     def test_real_reports(self):
         """scripts/steps/test-report has put hostile texts into a real registry, and a network around a real host."""
