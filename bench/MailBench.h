@@ -4,7 +4,7 @@
 
 namespace bench {
 
-// The ports of tests/bench/mail_server.py.
+// The ports of bench/mail_server.py.
 struct MailPorts {
     std::uint16_t smtp;
     std::uint16_t pop;

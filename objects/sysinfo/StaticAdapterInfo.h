@@ -1,8 +1,8 @@
 #pragma once
 
-// One installed network adapter for scripts: a copy of its record, see platform/StaticAdapter.h,
-// that never changes. The wider interface answers late-bound callers; the older one is for programs
-// that were compiled when there was no other.
+// One installed network adapter for scripts: a copy of its record (StaticAdapter) that never
+// changes. The wider interface answers late-bound callers; the older one is for programs that were
+// compiled when there was no other.
 
 #include "component/Automation.h"
 #include "component/Control.h"

@@ -1,6 +1,7 @@
 // The DHCP object as scripts use it. A release would take this machine off its network, so that
 // all but the empty run is done in a network namespace; what leases do is tested on made-up
-// machines (tests/objects/LeaseRenewalTest.cpp), because Wine can neither release nor renew.
+// machines (tests/objects/connectivity/LeaseRenewalTest.cpp), because Wine can neither release nor
+// renew.
 
 #include "support/TestComponent.h"
 
