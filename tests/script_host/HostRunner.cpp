@@ -30,10 +30,14 @@ void SetKey(const std::wstring& key, const wchar_t* name, const std::wstring& va
                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
 }
 
-UniqueFile CreateInheritable(const std::wstring& path) {
+UniqueFile OpenInheritable(const std::wstring& path, DWORD access, DWORD whetherThere) {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-    return UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, kShareAll, &inheritable,
-                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return UniqueFile(CreateFileW(path.c_str(), access, kShareAll, &inheritable, whetherThere,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+UniqueFile CreateInheritable(const std::wstring& path) {
+    return OpenInheritable(path, GENERIC_WRITE, CREATE_ALWAYS);
 }
 
 // The file's bytes with lines ended by "\n".
@@ -82,7 +86,7 @@ std::wstring HostRunner::Write(const std::wstring& name, std::string_view bytes)
     return path;
 }
 
-HostResult HostRunner::Run(const std::wstring& commandLine) const {
+HostResult HostRunner::Run(const std::wstring& commandLine, std::string_view input) const {
     const std::wstring host = FolderOf(OwnFolder()) + L"\\tools\\script_host.exe";
     // New files each time: the last host's console may still hold the old ones.
     static unsigned runs = 0;
@@ -90,9 +94,12 @@ HostResult HostRunner::Run(const std::wstring& commandLine) const {
     const std::wstring errorPath = folder_ + L"\\error" + std::to_wstring(runs);
     UniqueFile out = CreateInheritable(outPath);
     UniqueFile error = CreateInheritable(errorPath);
+    UniqueFile in =
+        OpenInheritable(Write(L"in" + std::to_wstring(runs), input), GENERIC_READ, OPEN_EXISTING);
     STARTUPINFOW start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = in.Get();
     start.hStdOutput = out.Get();
     start.hStdError = error.Get();
     PROCESS_INFORMATION process{};

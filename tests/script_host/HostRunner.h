@@ -28,8 +28,8 @@ public:
 
     // Writes the bytes to a script file; the result is its path.
     std::wstring Write(const std::wstring& name, std::string_view bytes) const;
-    // Runs `script_host.exe <commandLine>`.
-    HostResult Run(const std::wstring& commandLine) const;
+    // Runs `script_host.exe <commandLine>` with `input` as its standard input.
+    HostResult Run(const std::wstring& commandLine, std::string_view input = {}) const;
     // Writes a script named "test" + extension and runs it.
     HostResult RunText(const std::wstring& extension, std::string_view bytes) const;
 

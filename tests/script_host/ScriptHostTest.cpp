@@ -82,6 +82,26 @@ const Case kBasics[] = {
      "The exit code must be a number.\nCould not connect object: it describes no events.\n"
      "An object is needed.\n",
      "", 0},
+    {"host_js", L".js",
+     "WScript.Timeout = 60; WScript.Interactive = false;\n"
+     "WScript.Echo('no'); WSH.StdOut.WriteLine(WScript.Timeout + ' ' + WScript.Interactive);\n"
+     "WScript.Interactive = true; WScript.StdOut.WriteBlankLines(2);\n"
+     "WScript.Echo(WScript.Version >= 5.6, WScript.Application === WScript,\n"
+     "  WScript.FullName == WScript.Path + '\\\\script_host.exe');\n"
+     "try { WScript.Timeout = 32768; } catch (e) { WScript.Echo(e.description); }",
+     "60 false\n\n\n-1 -1 -1\nA time of at most 32767 seconds is needed.\n", "", 0},
+    {"get_object_js", L".js",
+     "function s_OnTick(number) { WScript.Echo('tick', number); }\n"
+     "WScript.GetObject('', 'ScriptHostTest.EventSource', 's_').FireHere(1);\n"
+     "WScript.Echo(WScript.GetObject('new:ScriptHostTest.EventSource').Advised);\n"
+     "function attempt(a, b) {\n"
+     "  try { WScript.GetObject(a, b); }\n"
+     "  catch (e) { WScript.Echo(e.description.replace(/: .*/, '')); } }\n"
+     "attempt('', 'no.such.class'); attempt('no such name');\n"
+     "attempt('C:\\\\file', 'Scripting.Dictionary');",
+     "tick 1\n0\nCould not locate automation class named \"no.such.class\".\n"
+     "Could not get object named \"no such name\"\nCould not load object named \"C:\\file\"\n",
+     "destroyed\ndestroyed\n0 sinks left\n", 0},
     {"object_with_a_site_vbs", L".vbs",
      "Set s = CreateObject(\"ScriptHostTest.EventSource\")\nWScript.Echo s.Advised\n", "0\n",
      "destroyed\n0 sinks left\n", 0},
@@ -207,6 +227,10 @@ const Case kInterruptions[] = {
      "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\") : s.PressCtrlC 100\n"
      "On Error Resume Next\nDo\n  x = x + 1\nLoop",
      "", "0 sinks left\n", kInterrupted},
+    {"time_is_over_js", L".js",
+     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_'); WScript.Timeout = 1;\n"
+     "try { WScript.Sleep(600000); } catch (e) {} WScript.Echo('no');",
+     "", "*test.js Script error: the script ran out of its time.\n0 sinks left\n", 1},
 };
 INSTANTIATE_TEST_SUITE_P(Interruptions, ScriptHost, testing::ValuesIn(kInterruptions),
                          [](const auto& info) { return info.param.name; });
@@ -225,6 +249,56 @@ WScript.Echo(WScript.ScriptName, WScript.ScriptFullName.length > 12, WScript.Int
     path =
         Runner().Write(L"arguments.vbs", "For Each a In WScript.Arguments\nWScript.Echo a\nNext");
     EXPECT_EQ(Runner().Run(path + L" one two").out, "one\ntwo\n");
+    path = Runner().Write(L"named.vbs", R"(
+Set n = WScript.Arguments.Named : Set u = WScript.Arguments.Unnamed
+For Each name In n
+  line = line & name & "=" & VarType(n(name)) & ":" & n.Item(name) & "|"
+Next
+WScript.Echo line, n.Count, n.Exists("PATH"), n.Exists("none"), VarType(n("none"))
+WScript.Echo u.Count, u(0), WScript.Arguments.Unnamed(1), WScript.Arguments.Named("On"))");
+    EXPECT_EQ(Runner().Run(path + L" a /Path:\"C:\\x y\" /on+ /off- /v /e: b /path:2").out,
+              "Path=8:C:\\x y|on=11:True|off=11:False|v=0:|e=8:| 5 -1 0 0\n2 a b -1\n");
+}
+
+TEST_F(ScriptHostFiles, ReadStandardInput) {
+    const std::wstring path = Runner().Write(L"input.js", R"(
+var i = WScript.StdIn, text = [];
+text.push(i.Read(2), i.Line + ':' + i.Column, i.AtEndOfLine, i.ReadLine(), i.Line);
+i.Skip(1); i.SkipLine();
+text.push(i.ReadLine(), i.AtEndOfStream, i.ReadAll(), i.AtEndOfStream, i.AtEndOfLine);
+try { i.ReadLine(); } catch (e) { text.push(e.number & 0xFFFF, e.description); }
+WScript.Echo(text.join('|'));)");
+    // What is no UTF-8 is of the code page.
+    const std::pair<const char*, const char*> kLetters[] = {{"\xC3\xA4", "\xC3\xA4"},
+                                                            {"\xE4", "\xC3\xA4"}};
+    for (const auto& [letter, out] : kLetters) {
+        const HostResult result =
+            Runner().Run(path, "\xEF\xBB\xBF"
+                               "a" +
+                                   std::string(letter) + "c\r\nskip\nx\n\nend");
+        EXPECT_EQ(result.out, "a" + std::string(out) +
+                                  "|1:3|false|c|2|x|false|\nend|true|true|62|"
+                                  "Input past end of file\n");
+    }
+    // Characters that two pieces of 4,096 bytes share.
+    const std::wstring count =
+        Runner().Write(L"count.vbs", "WScript.Echo Len(WScript.StdIn.ReadAll)");
+    std::string euros;
+    for (int i = 0; i < 3000; ++i) {
+        euros += "\xE2\x82\xAC";
+    }
+    EXPECT_EQ(Runner().Run(count, euros).out, "3000\n");
+}
+
+TEST_F(ScriptHostFiles, MayBeSilentAndLimited) {
+    const std::wstring path = Runner().Write(
+        L"silent.js", "WScript.Echo('no'); WScript.StdOut.WriteLine('yes'); nope();");
+    const HostResult silent = Runner().Run(L"//b " + path);
+    EXPECT_EQ(silent.out + silent.error, "yes\n");
+    EXPECT_EQ(silent.exitCode, 1u);
+    const HostResult limited = Runner().Run(L"//t:1 " + Runner().Write(L"busy.js", "for (;;) {}"));
+    EXPECT_TRUE(limited.error.ends_with("the script ran out of its time.\n"));
+    EXPECT_EQ(limited.exitCode, 1u);
 }
 
 TEST_F(ScriptHostFiles, ComeInManyEncodings) {
@@ -269,7 +343,8 @@ TEST_F(ScriptHostFiles, AreTakenByTheEngineThatIsNamed) {
 }
 
 TEST_F(ScriptHostFiles, NeedAProperCommandLine) {
-    for (const wchar_t* commandLine : {L"", L"//Frobnicate a.js", L"//E: a.js"}) {
+    for (const wchar_t* commandLine :
+         {L"", L"//Frobnicate a.js", L"//E: a.js", L"//T:x a.js", L"//T:32768 a.js"}) {
         HostResult result = Runner().Run(commandLine);
         EXPECT_NE(result.error.find("Usage: script_host"), std::string::npos);
         EXPECT_EQ(result.exitCode, 2u);

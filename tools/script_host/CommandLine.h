@@ -12,6 +12,8 @@ namespace tervane::scripthost {
 
 struct CommandLine {
     bool help = false;
+    bool interactive = true;
+    unsigned seconds = 0; // that the script may run; 0: as long as it likes
     // ProgID of the script engine; empty means: by the script's extension.
     std::wstring engine;
     std::wstring script;
@@ -19,7 +21,7 @@ struct CommandLine {
 };
 
 // `words` are those after the program's own name. nullopt, with a reason in `error`, for an unknown
-// option or a missing script.
+// or wrong option or a missing script.
 std::optional<CommandLine> ParseCommandLine(std::span<wchar_t* const> words, std::wstring& error);
 
 // The help text, lines ended by "\r\n".

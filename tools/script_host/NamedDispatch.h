@@ -39,6 +39,8 @@ public:
     static constexpr WORD kMethod = DISPATCH_METHOD;
     // Reading a property with arguments looks like a method call to JScript.
     static constexpr WORD kProperty = DISPATCH_PROPERTYGET | DISPATCH_METHOD;
+    // In a row of its own: the new value is the argument.
+    static constexpr WORD kAssignment = DISPATCH_PROPERTYPUT;
 
     STDMETHODIMP GetTypeInfoCount(UINT* count) override {
         if (count == nullptr) {
@@ -80,7 +82,8 @@ private:
         if (parameters == nullptr) {
             return E_POINTER;
         }
-        if (parameters->cNamedArgs != 0) {
+        // A new value comes as an argument with a name.
+        if (parameters->cNamedArgs != (member.kinds == kAssignment ? 1 : 0)) {
             return DISP_E_NONAMEDARGS;
         }
         // The call may release the last reference that the script holds.

@@ -14,7 +14,8 @@ ScriptHost::ScriptHost()
       interruption_([this] {
           end_.Request(Interruption::kExitCode);
           engine_.Interrupt();
-      }) {}
+      }),
+      limit_([this] { EndInTime(); }) {}
 
 DWORD ScriptHost::Run(const ScriptFile& file, const std::wstring& engine,
                       const std::vector<std::wstring>& arguments) {
@@ -22,9 +23,12 @@ DWORD ScriptHost::Run(const ScriptFile& file, const std::wstring& engine,
         Console::WriteLine(Console::Stream::kError, L"The system is out of resources.");
         return kStartFailed;
     }
+    script_ = file.FullPath();
     ComPtr<WScriptObject> wscript(new WScriptObject(*this, file, arguments));
-    site_.Reset(new ScriptSite(file.FullPath(), AddReference<IDispatch>(wscript.Get()), end_));
-    HRESULT opened = engine_.Open(engine, site_.Get(), ScriptSite::kItemName);
+    site_.Reset(new ScriptSite(file.FullPath(), AddReference<IDispatch>(wscript.Get()), end_,
+                               interactive_));
+    HRESULT opened =
+        engine_.Open(engine, site_.Get(), {ScriptSite::kItemName, ScriptSite::kShortName});
     if (FAILED(opened)) {
         Console::WriteLine(Console::Stream::kError,
                            L"Cannot start script engine \"" + engine + L"\": " + ErrorText(opened));
@@ -52,6 +56,16 @@ DWORD ScriptHost::RunToEnd(const ScriptFile& file) {
 
 void ScriptHost::Sleep(DWORD milliseconds) {
     PumpMessages(milliseconds, end_.Signal());
+}
+
+// On the timer's thread.
+void ScriptHost::EndInTime() {
+    if (!end_.IsRequested() && interactive_) {
+        Console::WriteLine(Console::Stream::kError,
+                           script_ + L" Script error: the script ran out of its time.");
+    }
+    end_.Request(TimeLimit::kExitCode);
+    engine_.Interrupt();
 }
 
 void ScriptHost::CallHandler(const std::wstring& function, DISPPARAMS& arguments) {

@@ -13,7 +13,9 @@
 #include "tools/script_host/script/ScriptEngine.h"
 #include "tools/script_host/script/ScriptFile.h"
 #include "tools/script_host/script/ScriptSite.h"
+#include "tools/script_host/script/TimeLimit.h"
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -36,6 +38,10 @@ public:
     // For the WScript object, on the script's thread:
     EventConnections& Events() noexcept { return events_; }
     ScriptEnd& End() noexcept { return end_; }
+    TimeLimit& Limit() noexcept { return limit_; }
+    // Whether the script shows anything by itself: what it echoes, and errors.
+    bool IsInteractive() const noexcept { return interactive_; }
+    void SetInteractive(bool interactive) noexcept { interactive_ = interactive; }
     // Lets events in meanwhile; returns early when the script has to end.
     void Sleep(DWORD milliseconds);
     // Call while the script waits for an answer, after its end was requested. Gives the failure to
@@ -44,13 +50,17 @@ public:
 
 private:
     DWORD RunToEnd(const ScriptFile& file);
+    void EndInTime();
     void CallHandler(const std::wstring& function, DISPPARAMS& arguments);
 
     ScriptEnd end_;
+    std::atomic<bool> interactive_{true};
     ScriptEngine engine_;
     EventConnections events_;
     ComPtr<ScriptSite> site_;
+    std::wstring script_; // its path
     Interruption interruption_;
+    TimeLimit limit_;
 };
 
 } // namespace tervane::scripthost

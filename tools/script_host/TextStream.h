@@ -18,6 +18,9 @@ private:
     CallOutcome Write(const CallArguments& arguments, Variant& result);
     // Without an argument an empty line.
     CallOutcome WriteLine(const CallArguments& arguments, Variant& result);
+    CallOutcome WriteBlankLines(const CallArguments& arguments, Variant& result);
+    // Does nothing: others write there, too.
+    CallOutcome Close(const CallArguments& arguments, Variant& result);
     CallOutcome WriteText(const CallArguments& arguments, std::wstring_view lineEnd);
 
     const Console::Stream stream_;

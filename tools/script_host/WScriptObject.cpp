@@ -3,6 +3,8 @@
 #include "ZelBase/SystemLibrary.h"
 #include "tools/script_host/Console.h"
 #include "tools/script_host/ErrorText.h"
+#include "tools/script_host/InputStream.h"
+#include "tools/script_host/ObjectBinding.h"
 #include "tools/script_host/ScriptHost.h"
 #include "tools/script_host/TextStream.h"
 #include "tools/script_host/script/ScriptArguments.h"
@@ -49,6 +51,15 @@ std::span<const WScriptObject::Member> WScriptObject::Members() {
         {L"ScriptName", 11, kProperty, &Self::ScriptName},
         {L"ScriptFullName", 12, kProperty, &Self::ScriptFullName},
         {L"Interactive", 13, kProperty, &Self::Interactive},
+        {L"Interactive", 13, kAssignment, &Self::SetInteractive},
+        {L"GetObject", 14, kMethod, &Self::BindObject},
+        {L"StdIn", 15, kProperty, &Self::StdIn},
+        {L"Application", 16, kProperty, &Self::Application},
+        {L"Path", 17, kProperty, &Self::Path},
+        {L"Version", 18, kProperty, &Self::Version},
+        {L"BuildVersion", 19, kProperty, &Self::BuildVersion},
+        {L"Timeout", 20, kProperty, &Self::Timeout},
+        {L"Timeout", 20, kAssignment, &Self::SetTimeout},
     };
     return kMembers;
 }
@@ -56,7 +67,8 @@ std::span<const WScriptObject::Member> WScriptObject::Members() {
 WScriptObject::WScriptObject(ScriptHost& host, const ScriptFile& file,
                              const std::vector<std::wstring>& arguments)
     : host_(&host), scriptFullName_(file.FullPath()), scriptName_(file.Name()),
-      arguments_(new ScriptArguments(arguments)), stdOut_(new TextStream(Console::Stream::kOut)),
+      arguments_(new ScriptArguments(arguments)), stdIn_(new InputStream),
+      stdOut_(new TextStream(Console::Stream::kOut)),
       stdErr_(new TextStream(Console::Stream::kError)) {}
 
 // Every call is an occasion to stop a script that has to end.
@@ -83,7 +95,7 @@ CallOutcome WScriptObject::Echo(const CallArguments& arguments, Variant&) {
         }
         line += (i == 0 ? L"" : L" ") + *text;
     }
-    return {Console::WriteLine(Console::Stream::kOut, line), {}};
+    return {host_->IsInteractive() ? Console::WriteLine(Console::Stream::kOut, line) : S_OK, {}};
 }
 
 CallOutcome WScriptObject::Sleep(const CallArguments& arguments, Variant&) {
@@ -110,17 +122,26 @@ CallOutcome WScriptObject::CreateObject(const CallArguments& arguments, Variant&
     if (!progId || arguments.Count() > 2 || (arguments.Has(1) && !prefix)) {
         return BadArgument(L"A ProgID and at most an event prefix are needed.");
     }
-    CLSID clsid{};
-    HRESULT code = CLSIDFromProgID(progId->c_str(), &clsid);
-    if (FAILED(code)) {
-        return {code, L"Could not locate automation class named \"" + *progId + L"\"."};
+    ComPtr<IDispatch> object;
+    CallOutcome created = CreateByProgId(*progId, object);
+    return FAILED(created.code) ? created : HandOut(std::move(object), std::move(prefix), result);
+}
+
+CallOutcome WScriptObject::BindObject(const CallArguments& arguments, Variant& result) {
+    std::optional<std::wstring> path = arguments.Text(0);
+    std::optional<std::wstring> progId = arguments.Text(1);
+    std::optional<std::wstring> prefix = arguments.Text(2);
+    if ((!path && !progId) || arguments.Count() > 3 || (arguments.Has(0) && !path) ||
+        (arguments.Has(1) && !progId) || (arguments.Has(2) && !prefix)) {
+        return BadArgument(L"A path or name, a ProgID, or both are needed.");
     }
     ComPtr<IDispatch> object;
-    code = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER,
-                            __uuidof(IDispatch), reinterpret_cast<void**>(object.Put()));
-    if (FAILED(code)) {
-        return {code, L"Could not create object named \"" + *progId + L"\": " + ErrorText(code)};
-    }
+    CallOutcome bound = BindByName(path, progId.value_or(L""), object);
+    return FAILED(bound.code) ? bound : HandOut(std::move(object), std::move(prefix), result);
+}
+
+CallOutcome WScriptObject::HandOut(ComPtr<IDispatch> object, std::optional<std::wstring> prefix,
+                                   Variant& result) {
     if (prefix && !prefix->empty()) {
         CallOutcome connected = Connect(object.Get(), *std::move(prefix));
         if (FAILED(connected.code)) {
@@ -193,9 +214,55 @@ CallOutcome WScriptObject::ScriptFullName(const CallArguments&, Variant& result)
     return ReturnText(scriptFullName_, result);
 }
 
-CallOutcome WScriptObject::Interactive(const CallArguments&, Variant& result) {
-    result = Variant::FromBool(true);
+CallOutcome WScriptObject::StdIn(const CallArguments&, Variant& result) {
+    return ReturnObject(stdIn_.Get(), result);
+}
+
+CallOutcome WScriptObject::Application(const CallArguments&, Variant& result) {
+    return ReturnObject(this, result);
+}
+
+// The folder of the host.
+CallOutcome WScriptObject::Path(const CallArguments&, Variant& result) {
+    const std::wstring host = ZelBase::ModulePath(nullptr);
+    return ReturnText(host.substr(0, host.find_last_of(L'\\')), result);
+}
+
+// Of the cscript whose members these are; scripts ask whether they are there.
+CallOutcome WScriptObject::Version(const CallArguments&, Variant& result) {
+    return ReturnText(L"5.8", result);
+}
+
+CallOutcome WScriptObject::BuildVersion(const CallArguments&, Variant& result) {
+    result = Variant::FromLong(0);
     return {};
+}
+
+CallOutcome WScriptObject::Interactive(const CallArguments&, Variant& result) {
+    result = Variant::FromBool(host_->IsInteractive());
+    return {};
+}
+
+CallOutcome WScriptObject::SetInteractive(const CallArguments& arguments, Variant&) {
+    const std::optional<LONG> truth = arguments.Number(0);
+    if (!truth) {
+        return BadArgument(L"True or false is needed.");
+    }
+    host_->SetInteractive(*truth != 0);
+    return {};
+}
+
+CallOutcome WScriptObject::Timeout(const CallArguments&, Variant& result) {
+    result = Variant::FromLong(static_cast<LONG>(host_->Limit().Seconds()));
+    return {};
+}
+
+CallOutcome WScriptObject::SetTimeout(const CallArguments& arguments, Variant&) {
+    const std::optional<LONG> seconds = arguments.Number(0);
+    if (!seconds || *seconds < 0 || static_cast<DWORD>(*seconds) > TimeLimit::kHighestSeconds) {
+        return BadArgument(L"A time of at most 32767 seconds is needed.");
+    }
+    return {host_->Limit().Set(static_cast<DWORD>(*seconds)) ? S_OK : E_OUTOFMEMORY, {}};
 }
 
 } // namespace tervane::scripthost

@@ -55,6 +55,10 @@ DWORD RunScript(const CommandLine& line) {
         return Fail(L"Cannot start COM: " + ErrorText(apartment.Result()));
     }
     ScriptHost host;
+    host.SetInteractive(line.interactive);
+    if (!host.Limit().Set(line.seconds)) {
+        return Fail(L"The system is out of resources.");
+    }
     return host.Run(*file, engine, line.arguments);
 }
 

@@ -1,6 +1,10 @@
 #include "tools/script_host/script/ScriptArguments.h"
 
+#include "tools/script_host/script/NamedArguments.h"
 #include "tools/script_host/script/TextEnumerator.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tervane::scripthost {
 namespace {
@@ -17,6 +21,8 @@ std::span<const ScriptArguments::Member> ScriptArguments::Members() {
         {L"Item", DISPID_VALUE, kProperty, &Self::Item},
         {L"Count", 1, kProperty, &Self::Count},
         {L"length", 2, kProperty, &Self::Count},
+        {L"Named", 3, kProperty, &Self::Named},
+        {L"Unnamed", 4, kProperty, &Self::Unnamed},
         {L"_NewEnum", DISPID_NEWENUM, kProperty, &Self::NewEnum},
     };
     return kMembers;
@@ -43,11 +49,30 @@ CallOutcome ScriptArguments::Count(const CallArguments&, Variant& result) {
     return {};
 }
 
+// With arguments it stands for the collection's default member, here and below.
+CallOutcome ScriptArguments::Named(const CallArguments& arguments, Variant& result) {
+    ComPtr<NamedArguments> named(new NamedArguments(words_));
+    if (arguments.Count() != 0) {
+        return named->Item(arguments, result);
+    }
+    result = Variant::FromObject(AddReference<IDispatch>(named.Get()));
+    return {};
+}
+
+CallOutcome ScriptArguments::Unnamed(const CallArguments& arguments, Variant& result) {
+    std::vector<std::wstring> words;
+    std::copy_if(words_.begin(), words_.end(), std::back_inserter(words),
+                 [](const std::wstring& word) { return !IsNamedArgument(word); });
+    ComPtr<ScriptArguments> unnamed(new ScriptArguments(std::move(words)));
+    if (arguments.Count() != 0) {
+        return unnamed->Item(arguments, result);
+    }
+    result = Variant::FromObject(AddReference<IDispatch>(unnamed.Get()));
+    return {};
+}
+
 CallOutcome ScriptArguments::NewEnum(const CallArguments&, Variant& result) {
-    VARIANT enumerator{};
-    enumerator.vt = VT_UNKNOWN;
-    enumerator.punkVal = new TextEnumerator(std::make_shared<TextEnumerator::Texts>(words_));
-    result = Variant(enumerator);
+    result = EnumeratorOf(words_);
     return {};
 }
 

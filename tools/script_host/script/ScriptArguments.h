@@ -1,6 +1,7 @@
 #pragma once
 
-// `WScript.Arguments`: the words that follow the script on the command line, as a collection.
+// `WScript.Arguments`: the words that follow the script on the command line, as a collection; also
+// those of them that are not named, `WScript.Arguments.Unnamed`.
 
 #include "tools/script_host/NamedDispatch.h"
 
@@ -21,6 +22,8 @@ public:
 
 private:
     CallOutcome Count(const CallArguments& arguments, Variant& result);
+    CallOutcome Named(const CallArguments& arguments, Variant& result);
+    CallOutcome Unnamed(const CallArguments& arguments, Variant& result);
     CallOutcome NewEnum(const CallArguments& arguments, Variant& result);
 
     const std::vector<std::wstring> words_;

@@ -3,7 +3,7 @@
 namespace tervane::scripthost {
 
 HRESULT ScriptEngine::Open(const std::wstring& progId, IActiveScriptSite* site,
-                           const wchar_t* item) {
+                           std::initializer_list<const wchar_t*> items) {
     CLSID clsid{};
     HRESULT result = CLSIDFromProgID(progId.c_str(), &clsid);
     if (FAILED(result)) {
@@ -23,8 +23,10 @@ HRESULT ScriptEngine::Open(const std::wstring& progId, IActiveScriptSite* site,
     if (SUCCEEDED(result)) {
         result = parser_->InitNew();
     }
-    if (SUCCEEDED(result)) {
-        result = engine->AddNamedItem(item, SCRIPTITEM_ISVISIBLE);
+    for (const wchar_t* item : items) {
+        if (SUCCEEDED(result)) {
+            result = engine->AddNamedItem(item, SCRIPTITEM_ISVISIBLE);
+        }
     }
     const ZelBase::CriticalSectionLock lock(mutex_);
     engine_ = std::move(engine);

@@ -8,6 +8,7 @@
 
 #include <activscp.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace tervane::scripthost {
@@ -22,9 +23,10 @@ public:
     ScriptEngine& operator=(const ScriptEngine&) = delete;
     ~ScriptEngine() { Close(); }
 
-    // Creates the engine registered as `progId` and binds it to its site, which it knows by the
-    // name `item`. Call once; a failure code if there is no such engine.
-    HRESULT Open(const std::wstring& progId, IActiveScriptSite* site, const wchar_t* item);
+    // Creates the engine registered as `progId` and binds it to its site, from which it
+    // asks for these items. Call once; a failure code if there is no such engine.
+    HRESULT Open(const std::wstring& progId, IActiveScriptSite* site,
+                 std::initializer_list<const wchar_t*> items);
     // Compiles the script and runs its global code. Errors in the script are told to the site and
     // answered with kReported or success; other codes were told to nobody.
     HRESULT Run(const std::wstring& text);

@@ -2,6 +2,7 @@
 
 #include "ZelBase/Handles.h"
 #include "tools/script_host/ErrorText.h"
+#include "tools/script_host/script/Encoding.h"
 
 #include <cwchar>
 
@@ -53,22 +54,6 @@ std::optional<std::wstring> FromUtf16(std::string_view bytes, bool bigEndian) {
         auto second = static_cast<unsigned char>(bytes[i + 1]);
         text += static_cast<wchar_t>(bigEndian ? first << 8 | second : second << 8 | first);
     }
-    return text;
-}
-
-// nullopt if the bytes are not of this code page.
-std::optional<std::wstring> FromCodePage(UINT codePage, std::string_view bytes) {
-    if (bytes.empty()) {
-        return std::wstring();
-    }
-    int length = static_cast<int>(bytes.size());
-    int size =
-        MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, bytes.data(), length, nullptr, 0);
-    if (size == 0) {
-        return std::nullopt;
-    }
-    std::wstring text(static_cast<size_t>(size), L'\0');
-    MultiByteToWideChar(codePage, 0, bytes.data(), length, text.data(), size);
     return text;
 }
 

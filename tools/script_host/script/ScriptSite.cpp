@@ -17,7 +17,7 @@ HRESULT ScriptSite::GetLCID(LCID* locale) {
 }
 
 HRESULT ScriptSite::GetItemInfo(LPCOLESTR name, DWORD wanted, IUnknown** item, ITypeInfo** type) {
-    if (name == nullptr || _wcsicmp(name, kItemName) != 0) {
+    if (name == nullptr || (_wcsicmp(name, kItemName) != 0 && _wcsicmp(name, kShortName) != 0)) {
         return TYPE_E_ELEMENTNOTFOUND;
     }
     if ((wanted & SCRIPTINFO_ITYPEINFO) != 0 && type != nullptr) {
@@ -75,7 +75,9 @@ void ScriptSite::Report(const std::wstring& place, HRESULT code, EXCEPINFO& exce
     message += TextOf(source.Get()).empty() ? L"Script error" : TextOf(source.Get());
     message += L": ";
     message += TextOf(description.Get()).empty() ? ErrorText(code) : TextOf(description.Get());
-    Console::WriteLine(Console::Stream::kError, message);
+    if (interactive_) {
+        Console::WriteLine(Console::Stream::kError, message);
+    }
     end_.Request(kErrorExitCode);
 }
 

@@ -14,6 +14,7 @@
 #include <activscp.h>
 #include <servprov.h>
 
+#include <atomic>
 #include <string>
 
 namespace tervane::scripthost {
@@ -21,11 +22,14 @@ namespace tervane::scripthost {
 class ScriptSite : public ComBase<IActiveScriptSite, IActiveScriptSiteWindow, IServiceProvider> {
 public:
     static constexpr wchar_t kItemName[] = L"WScript";
+    static constexpr wchar_t kShortName[] = L"WSH"; // of the same object
     static constexpr DWORD kErrorExitCode = 1;
 
-    // `file` stands in front of every message. `end` must outlive this object.
-    ScriptSite(std::wstring file, ComPtr<IDispatch> item, ScriptEnd& end)
-        : file_(std::move(file)), item_(std::move(item)), end_(end) {}
+    // `file` stands in front of every message; there are none while `interactive` is false. `end`
+    // and `interactive` must outlive this object.
+    ScriptSite(std::wstring file, ComPtr<IDispatch> item, ScriptEnd& end,
+               const std::atomic<bool>& interactive)
+        : file_(std::move(file)), item_(std::move(item)), end_(end), interactive_(interactive) {}
 
     // An error that the engine left to its caller: `code` is the result of the call, `exception`
     // what came with it. Frees what `exception` owns.
@@ -56,6 +60,7 @@ private:
     const std::wstring file_;
     const ComPtr<IDispatch> item_;
     ScriptEnd& end_;
+    const std::atomic<bool>& interactive_;
 };
 
 } // namespace tervane::scripthost

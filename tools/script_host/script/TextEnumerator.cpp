@@ -1,7 +1,6 @@
 #include "tools/script_host/script/TextEnumerator.h"
 
 #include "component/ComEdge.h"
-#include "platform/Automation.h"
 
 #include <algorithm>
 
@@ -45,6 +44,13 @@ HRESULT TextEnumerator::Clone(IEnumVARIANT** copy) {
         *copy = new TextEnumerator(texts_, position_);
         return S_OK;
     });
+}
+
+Variant EnumeratorOf(const TextEnumerator::Texts& texts) {
+    VARIANT enumerator{};
+    enumerator.vt = VT_UNKNOWN;
+    enumerator.punkVal = new TextEnumerator(std::make_shared<TextEnumerator::Texts>(texts));
+    return Variant(enumerator);
 }
 
 } // namespace tervane::scripthost

@@ -4,6 +4,8 @@
 
 #include "tools/script_host/ComBase.h"
 
+#include "platform/Automation.h"
+
 #include <oaidl.h>
 
 #include <memory>
@@ -28,5 +30,8 @@ private:
     const std::shared_ptr<const Texts> texts_;
     size_t position_;
 };
+
+// What `_NewEnum` answers.
+Variant EnumeratorOf(const TextEnumerator::Texts& texts);
 
 } // namespace tervane::scripthost
