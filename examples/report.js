@@ -160,10 +160,10 @@ function trim(text) {
     return text.replace(/^\s+|\s+$/g, "");
 }
 
-// The parts of an address that may hold a password.
+// Of an address, or several, without the parts that may hold a password.
 function withoutSecrets(address) {
-    return toText(address).replace(/([^\s\/@:;=,]*):[^\s\/@;,]*@/g, "$1:(hidden)@")
-        .replace(/\?[^\s;]*/g, "?...");
+    return toText(address).replace(/([^\s\/@:;=,]*):[^\s\/@]*@/g, "$1:(hidden)@")
+        .replace(/([?#])[\s\S]*$/, "$1...");
 }
 
 function atLeast(least, value) {
@@ -1525,9 +1525,13 @@ function write(document) {
         return;
     }
     var files = new ActiveXObject("Scripting.FileSystemObject");
-    var file = files.CreateTextFile(options.file, true, false);
-    file.Write(document);
-    file.Close();
+    try {
+        var file = files.CreateTextFile(options.file, true, false);
+        file.Write(document);
+        file.Close();
+    } catch (error) {
+        throw new Error(options.file + " cannot be written (" + explain(error) + ")");
+    }
     sayAlways("The report is in " + (options.redact ? options.file : files.GetAbsolutePathName(options.file)));
 }
 
