@@ -1165,9 +1165,12 @@ function tilesOf(report) {
                           "of " + amount(drives[i].sizeMB));
         }
     }
-    return tag("dl", "class=\"tiles\"", tiles +
-               tile("Address", own.join(", "), gateways.length > 0 ? "gateway " + gateways.join(", ") : "no gateway") +
-               tile("Name servers", (report.network ? report.network.nameServers : []).join(", "), ""));
+    if (report.network !== null) {
+        tiles += tile("Address", own.join(", "),
+                      gateways.length > 0 ? "gateway " + gateways.join(", ") : "no gateway") +
+            tile("Name servers", report.network.nameServers.join(", "), "");
+    }
+    return tiles === "" ? "" : tag("dl", "class=\"tiles\"", tiles);
 }
 
 // A round number of milliseconds of which up to five make the whole.
