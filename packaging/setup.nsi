@@ -132,6 +132,8 @@ Function FindAside
             StrCpy $R0 "$PLUGINSDIR\cut-off.txt"
             Call BringBack
             Call EndBringingBack
+            !insertmacro RegisterOther "" 32 "$INSTDIR\x86\Tervane.DLL"
+            !insertmacro RegisterOther "" 64 "$INSTDIR\x64\Tervane.DLL"
         ${EndIf}
         IntOp $0 $0 + 1
         StrCpy $Aside "$INSTDIR\aside$0"
@@ -278,12 +280,12 @@ FunctionEnd
 Section
     !insertmacro Say "Installing Tervane ${VERSION} in $INSTDIR"
     StrCpy $Failure ""
-    Call FindRegistered
     Call CheckFolder
     ${If} $Failure != ""
         !insertmacro End ${FAILED} $Failure
     ${EndIf}
     Call FindAside
+    Call FindRegistered
     Call UnregisterOurs
     CopyFiles /SILENT "$INSTDIR\${LIST}" "$PLUGINSDIR\old-files.txt"
     StrCpy $R0 "$PLUGINSDIR\old-files.txt"
