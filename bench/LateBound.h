@@ -3,7 +3,7 @@
 // An object as a script sees it: created by its ProgID, every member looked up by name and invoked
 // through IDispatch. Both sides of a comparison go through this one client.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <initializer_list>
 #include <string_view>

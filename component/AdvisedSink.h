@@ -10,7 +10,7 @@
 // sink queue behind it, so that they come in their order.
 
 #include "component/ModuleState.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <array>
 #include <atomic>

@@ -5,7 +5,7 @@
 // E_POINTER for a null place.
 
 #include "component/ComEdge.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <string>
 #include <vector>

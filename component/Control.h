@@ -9,7 +9,7 @@
 // theirs, and where they have none they refuse to create the object at all.
 
 #include "component/ClassTable.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <ocidl.h>
 

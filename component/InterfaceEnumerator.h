@@ -4,7 +4,7 @@
 
 #include "component/ComEdge.h"
 #include "component/ModuleState.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <atomic>
 #include <memory>

@@ -3,7 +3,7 @@
 // What exists once per loaded library: where it was loaded, how many things hold it, and the class
 // factories made so far. Created on process attach; reachable from every thread.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <atomic>
 #include <vector>

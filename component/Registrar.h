@@ -4,7 +4,7 @@
 // library, so it works whether or not the library itself is registered.
 
 #include "ZelBase/SystemLibrary.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <string>
 

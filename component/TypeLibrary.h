@@ -4,7 +4,7 @@
 // announces to the system. Objects read it from the library's own file, so they work before
 // registration too.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <atomic>
 #include <optional>

@@ -4,7 +4,7 @@
 // the object alive until the work has fired its event, and the library pinned until the thread's
 // last instruction.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <functional>
 

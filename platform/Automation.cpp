@@ -1,4 +1,4 @@
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include "platform/text/LetterCase.h"
 

@@ -9,7 +9,7 @@
 // worker: what it needs is shared with it, and it holds the library until its end.
 
 #include "component/PostbackWindow.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <functional>
 #include <memory>

@@ -4,7 +4,7 @@
 #include "objects/email/EnvelopeAddress.h"
 #include "objects/email/HeaderList.h"
 #include "objects/email/TrimmedText.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 namespace tervane {
 namespace {

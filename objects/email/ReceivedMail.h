@@ -3,7 +3,7 @@
 // From the lines of a retrieved message to a message object for the script. Nothing is decoded: the
 // script gets header lines and body as they were received, folded headers line by line.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <TERVANELib.h>
 

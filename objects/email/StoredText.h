@@ -2,7 +2,7 @@
 
 #include "ZelBase/text/SecretText.h"
 #include "component/ComEdge.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 
 // Makes the lists that scripts ask AdapterInfo for: one object per adapter.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <atomic>
 #include <optional>

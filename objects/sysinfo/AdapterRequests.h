@@ -11,7 +11,7 @@
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/Mutex.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <atomic>
 #include <functional>

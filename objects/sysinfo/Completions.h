@@ -11,7 +11,7 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/LocalMutex.h"
 #include "component/PostbackWindow.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <list>
 

@@ -5,7 +5,7 @@
 // deadlock; then it tells standard error that it is gone. How many sinks nobody disconnected is
 // told there too, at the end of the process.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 #include "tests/support/TestThreads.h"
 #include "tools/script_host/ComBase.h"
 

@@ -4,7 +4,7 @@
 // its members called late-bound, its events recorded.
 
 #include "ZelBase/Handles.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 #include "support/TestThreads.h"
 
 #include <atomic>

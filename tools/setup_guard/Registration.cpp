@@ -1,7 +1,7 @@
 #include "tools/setup_guard/Registration.h"
 
 #include "ZelBase/Handles.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <oleauto.h>
 

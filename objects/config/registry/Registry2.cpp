@@ -2,7 +2,7 @@
 
 #include "component/Answers.h"
 #include "objects/Classes.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 #include "platform/registry/RegistryKey.h"
 #include "platform/text/RegularExpression.h"
 

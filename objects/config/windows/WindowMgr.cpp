@@ -4,7 +4,7 @@
 #include "component/ConnectionPoint.h"
 #include "objects/Classes.h"
 #include "objects/config/windows/WindowActions.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <objbase.h>
 

@@ -3,7 +3,7 @@
 // The arguments of one late-bound call, in the order in which the script wrote them (a DISPPARAMS
 // holds them last first). What VBScript passes by reference is followed.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <optional>
 #include <string>

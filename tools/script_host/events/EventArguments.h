@@ -6,7 +6,7 @@
 // created in and crosses as a marshalled packet. (Pointers inside arrays are only shared: they must
 // be callable from any thread.)
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <objidl.h>
 

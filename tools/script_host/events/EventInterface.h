@@ -4,7 +4,7 @@
 // source dispinterface and the events' names. Only objects that describe their class
 // (IProvideClassInfo, and IProvideClassInfo2 to name the interface) can be asked.
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <map>
 #include <optional>

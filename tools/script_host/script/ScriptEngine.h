@@ -4,7 +4,7 @@
 // except for Interrupt.
 
 #include "ZelBase/threads/CriticalSection.h"
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <activscp.h>
 

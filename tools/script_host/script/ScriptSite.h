@@ -9,7 +9,7 @@
 #include "tools/script_host/ComBase.h"
 #include "tools/script_host/script/ScriptEnd.h"
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <activscp.h>
 #include <servprov.h>

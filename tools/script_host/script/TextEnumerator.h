@@ -4,7 +4,7 @@
 
 #include "tools/script_host/ComBase.h"
 
-#include "platform/Automation.h"
+#include "platform/ComValues.h"
 
 #include <oaidl.h>
 
