@@ -1,6 +1,7 @@
 #include "component/AdvisedSink.h"
 
 #include "component/AdvisingThread.h"
+#include "component/ComEdge.h"
 
 #include <optional>
 
@@ -9,13 +10,13 @@ namespace {
 
 // Nothing when the sink throws: that is no answer.
 std::optional<HRESULT> Call(IDispatch& sink, DISPID event, DISPPARAMS& parameters) noexcept {
-    try {
-        Variant result;
-        return sink.Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
-                           result.Put(), nullptr, nullptr);
-    } catch (...) {
-        return std::nullopt;
-    }
+    return Contained(
+        [&]() -> std::optional<HRESULT> {
+            Variant result;
+            return sink.Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                               result.Put(), nullptr, nullptr);
+        },
+        std::nullopt);
 }
 
 bool RefusesThread(HRESULT answer) noexcept {

@@ -1,9 +1,12 @@
 #pragma once
 
-// Where C++ exceptions end on their way to a host. Whatever a host may call wraps in Guarded() what
-// may throw; below it, failures are ordinary return values.
+// Where C++ exceptions end. Whatever a host may call wraps in Guarded() what may throw; threads and
+// callbacks, whose caller is the system, wrap it in Contained(). Elsewhere failures are ordinary
+// return values; every other place that catches all exceptions says why.
 
 #include <new>
+#include <type_traits>
+#include <utility>
 
 #include <windows.h>
 
@@ -19,6 +22,26 @@ HRESULT Guarded(Body&& body) noexcept {
         return E_OUTOFMEMORY;
     } catch (...) {
         return E_UNEXPECTED;
+    }
+}
+
+// Runs `body`; its answer, or `fallback` when it throws.
+template <typename Body>
+std::invoke_result_t<Body&> Contained(Body&& body, std::invoke_result_t<Body&> fallback) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return fallback;
+    }
+}
+
+// The same for a body without an answer: there is nobody to tell.
+template <typename Body>
+requires std::is_void_v<std::invoke_result_t<Body&>>
+void Contained(Body&& body) noexcept {
+    try {
+        body();
+    } catch (...) {
     }
 }
 

@@ -1,5 +1,6 @@
 #include "component/PostbackWindow.h"
 
+#include "component/ComEdge.h"
 #include <atomic>
 
 namespace tervane {
@@ -19,11 +20,7 @@ LRESULT CALLBACK PostbackProcedure(HWND window, UINT message, WPARAM wParam, LPA
     }
     auto* owner = reinterpret_cast<PostbackOwner*>(GetWindowLongPtrA(window, GWLP_USERDATA));
     if (owner) {
-        try {
-            owner->OnPostback(message - WM_USER, static_cast<unsigned>(wParam));
-        } catch (...) {
-            // Nobody above can take it: the caller is the system's message loop.
-        }
+        Contained([&] { owner->OnPostback(message - WM_USER, static_cast<unsigned>(wParam)); });
     }
     return 0;
 }
@@ -103,7 +100,7 @@ ZelBase::UniqueHandle OpenThisThread() noexcept {
 }
 
 PostbackWindow::PostbackWindow(PostbackOwner& owner)
-    : module_(ProcedureModule()), className_(ChooseClass(module_)) {
+    : owner_(owner), module_(ProcedureModule()), className_(ChooseClass(module_)) {
     if (!className_.empty()) {
         window_ = CreateWindowExA(0, className_.c_str(), "PostbackWindow", 0, 0, 0, 0, 0, nullptr,
                                   nullptr, module_, nullptr);
@@ -114,8 +111,8 @@ PostbackWindow::PostbackWindow(PostbackOwner& owner)
 }
 
 PostbackWindow::~PostbackWindow() {
-    if (!IsWindow(window_)) {
-        return; // gone with its thread; then the class must not go, others may be about to use it
+    if (!IsThere()) {
+        return; // then the class must not go: others may be about to use it
     }
     // Nothing that is still posted may reach the owner.
     SetWindowLongPtrA(window_, GWLP_USERDATA, 0);
@@ -130,6 +127,13 @@ PostbackWindow::~PostbackWindow() {
         SetWindowLongPtrA(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DefWindowProcA));
         PostMessageA(window_, WM_CLOSE, 0, 0);
     }
+}
+
+bool PostbackWindow::IsThere() const noexcept {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window_, &process);
+    return process == GetCurrentProcessId() &&
+           GetWindowLongPtrA(window_, GWLP_USERDATA) == reinterpret_cast<LONG_PTR>(&owner_);
 }
 
 bool PostbackWindow::Post(unsigned code, WPARAM wParam, LPARAM lParam) const noexcept {

@@ -44,6 +44,11 @@ public:
     const std::string& ClassName() const noexcept { return className_; }
 
 private:
+    // Whether the handle still names the window that was made here: it may be gone with its thread,
+    // and its handle another window's.
+    bool IsThere() const noexcept;
+
+    PostbackOwner& owner_;
     HINSTANCE module_;
     std::string className_; // empty without a class
     HWND window_ = nullptr;

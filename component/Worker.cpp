@@ -1,20 +1,17 @@
 #include "component/Worker.h"
 
 #include "ZelBase/threads/ModulePin.h"
+#include "component/ComEdge.h"
 
 #include <objbase.h>
 
 namespace tervane {
 namespace {
 
+// Whatever happens, the worker still has its object to release.
 void RunGuarded(const std::function<void()>& step) noexcept {
-    if (!step) {
-        return;
-    }
-    try {
-        step();
-    } catch (...) {
-        // The worker still has its object to release; there is nobody to report to.
+    if (step) {
+        Contained(step);
     }
 }
 

@@ -23,19 +23,6 @@ private:
     CRITICAL_SECTION section_;
 };
 
-// Holds a critical section for a scope.
-class ZELBASE_SCOPED_LOCKABLE CriticalSectionLock {
-public:
-    explicit CriticalSectionLock(CriticalSection& section) noexcept ZELBASE_ACQUIRE(section)
-        : section_(section) {
-        section_.Lock();
-    }
-    ~CriticalSectionLock() ZELBASE_RELEASE() { section_.Unlock(); }
-    CriticalSectionLock(const CriticalSectionLock&) = delete;
-    CriticalSectionLock& operator=(const CriticalSectionLock&) = delete;
-
-private:
-    CriticalSection& section_;
-};
+using CriticalSectionLock = ScopedLock<CriticalSection>;
 
 } // namespace ZelBase

@@ -34,19 +34,7 @@ private:
     std::mutex mutex_;
 };
 
-// Holds a local mutex for a scope.
-class ZELBASE_SCOPED_LOCKABLE LocalMutexLock {
-public:
-    explicit LocalMutexLock(LocalMutex& mutex) ZELBASE_ACQUIRE(mutex) : mutex_(mutex) {
-        mutex_.Lock();
-    }
-    ~LocalMutexLock() ZELBASE_RELEASE() { mutex_.Unlock(); }
-    LocalMutexLock(const LocalMutexLock&) = delete;
-    LocalMutexLock& operator=(const LocalMutexLock&) = delete;
-
-private:
-    LocalMutex& mutex_;
-};
+using LocalMutexLock = ScopedLock<LocalMutex>;
 
 } // namespace ZelBase
 

@@ -1,6 +1,7 @@
 #include "ZelBase/threads/ModulePin.h"
 
 #include "ZelBase/SystemLibrary.h"
+#include "ZelBase/threads/ThreadMark.h"
 
 #include <new>
 
@@ -8,22 +9,6 @@
 
 namespace ZelBase {
 namespace {
-
-// A mark that each thread carries or not. Not the compiler's thread-local storage, whose run-time
-// support outlives the module.
-class ThreadMark {
-public:
-    ThreadMark() noexcept : index_(TlsAlloc()) {}
-    ~ThreadMark() { TlsFree(index_); }
-    ThreadMark(const ThreadMark&) = delete;
-    ThreadMark& operator=(const ThreadMark&) = delete;
-
-    void Set() noexcept { TlsSetValue(index_, this); }
-    bool IsSet() const noexcept { return TlsGetValue(index_) == this; }
-
-private:
-    const DWORD index_;
-};
 
 ThreadMark ownThread;
 

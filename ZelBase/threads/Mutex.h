@@ -84,6 +84,18 @@ public:
     ~MutexLock() override ZELBASE_RELEASE();
 };
 
+// Gives back, at the end of a scope, a mutex that the caller got by a wait with a time-out.
+class ZELBASE_SCOPED_LOCKABLE MutexReleaser {
+public:
+    explicit MutexReleaser(Mutex& mutex) ZELBASE_REQUIRES(mutex) : mutex_(mutex) {}
+    ~MutexReleaser() ZELBASE_RELEASE() { mutex_.Unlock(); }
+    MutexReleaser(const MutexReleaser&) = delete;
+    MutexReleaser& operator=(const MutexReleaser&) = delete;
+
+private:
+    Mutex& mutex_;
+};
+
 // Holds a mutex for a scope, if it could be had in time: ask before relying on it. The mutex stays
 // the caller's; a null one is never had.
 class TimedMutexLock final {

@@ -23,3 +23,20 @@
 #define ZELBASE_RELEASE(...) ZELBASE_ANNOTATE(release_capability(__VA_ARGS__))
 // A function whose locking the analysis cannot follow; say why beside it.
 #define ZELBASE_NO_LOCK_ANALYSIS ZELBASE_ANNOTATE(no_thread_safety_analysis)
+
+namespace ZelBase {
+
+// Holds a lock that cannot fail for a scope.
+template <typename Lock>
+class ZELBASE_SCOPED_LOCKABLE ScopedLock {
+public:
+    explicit ScopedLock(Lock& lock) ZELBASE_ACQUIRE(lock) : lock_(lock) { lock_.Lock(); }
+    ~ScopedLock() ZELBASE_RELEASE() { lock_.Unlock(); }
+    ScopedLock(const ScopedLock&) = delete;
+    ScopedLock& operator=(const ScopedLock&) = delete;
+
+private:
+    Lock& lock_;
+};
+
+} // namespace ZelBase

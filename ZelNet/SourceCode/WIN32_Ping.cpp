@@ -62,20 +62,21 @@ namespace {
 using ZelBase::CriticalSectionLock;
 
 struct SharedIcmp {
+    SharedIcmp() = default;
+    // A user that is left was killed with its thread. No library is unloaded while this one is.
+    ~SharedIcmp() { static_cast<void>(library.release()); }
+    SharedIcmp(const SharedIcmp&) = delete;
+    SharedIcmp& operator=(const SharedIcmp&) = delete;
+
     // Held while loading, so that the second object finds the library ready.
     ZelBase::CriticalSection lock;
     int users ZELBASE_GUARDED_BY(lock) = 0;
     std::unique_ptr<WIN32_IcmpLibrary> library ZELBASE_GUARDED_BY(lock);
 };
 
-// Never destroyed: it must not unload a library while this one is being unloaded.
-SharedIcmp& Shared() {
-    static SharedIcmp& shared = *new SharedIcmp;
-    return shared;
-}
+SharedIcmp shared;
 
 const WIN32_IcmpLibrary* Library() {
-    SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
     return shared.library.get();
 }
@@ -88,7 +89,6 @@ std::unique_ptr<APing> APing::Create() {
 }
 
 WIN32_Ping::WIN32_Ping() {
-    SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
     if (shared.users == 0) {
         shared.library = WIN32_IcmpLibrary::Load();
@@ -98,7 +98,6 @@ WIN32_Ping::WIN32_Ping() {
 }
 
 WIN32_Ping::~WIN32_Ping() {
-    SharedIcmp& shared = Shared();
     CriticalSectionLock guard(shared.lock);
     if (--shared.users == 0) {
         shared.library.reset();

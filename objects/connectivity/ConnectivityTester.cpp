@@ -19,11 +19,7 @@ constexpr long kTcpTimeout = 4000;
 constexpr long kPingTimeout = 10000;
 
 bool RunGuarded(const std::function<bool()>& test) noexcept {
-    try {
-        return test();
-    } catch (...) {
-        return false;
-    }
+    return Contained(test, false);
 }
 
 } // namespace

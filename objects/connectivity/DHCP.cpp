@@ -12,11 +12,7 @@ constexpr DISPID kOnReleaseRenewComplete = 1;
 
 // Memory may run out: then no adapter is known to have come back.
 int RenewAllLeases() noexcept {
-    try {
-        return LeaseRenewal(LeaseServices::System()).Run();
-    } catch (...) {
-        return 0;
-    }
+    return Contained([] { return LeaseRenewal(LeaseServices::System()).Run(); }, 0);
 }
 
 } // namespace

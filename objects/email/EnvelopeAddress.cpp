@@ -1,7 +1,6 @@
 #include "objects/email/EnvelopeAddress.h"
 
 #include "ZelBase/text/TextConversion.h"
-#include "objects/email/TrimmedText.h"
 
 #include <algorithm>
 

@@ -3,6 +3,7 @@
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/LocalMutex.h"
 #include "ZelBase/threads/ModulePin.h"
+#include "component/ComEdge.h"
 
 #include <utility>
 
@@ -117,12 +118,8 @@ std::optional<MailTask> MailWorker::TakeWaiting(Shared& shared, bool& ending) {
 }
 
 void MailWorker::HandOver(Shared& shared, MailTask task) noexcept {
-    try {
-        task.work();
-    } catch (...) {
-        // The completion tells that the outcome was never found out.
-    }
-    task.work = nullptr; // with all it has copied
+    Contained(task.work); // if it throws, the completion tells that the outcome was never found out
+    task.work = nullptr;  // with all it has copied
     bool posted = false;
     {
         const LocalMutexLock lock(shared.mutex);

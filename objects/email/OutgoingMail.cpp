@@ -3,7 +3,6 @@
 #include "ZelBase/text/TextConversion.h"
 #include "objects/email/EnvelopeAddress.h"
 #include "objects/email/HeaderList.h"
-#include "objects/email/TrimmedText.h"
 #include "platform/ComValues.h"
 
 namespace tervane {

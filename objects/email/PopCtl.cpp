@@ -3,10 +3,10 @@
 #include "ZelBase/text/TextConversion.h"
 #include "component/Answers.h"
 #include "objects/Classes.h"
+#include "objects/email/EnvelopeAddress.h"
 #include "objects/email/MailEvents.h"
 #include "objects/email/ReceivedMail.h"
 #include "objects/email/StoredText.h"
-#include "objects/email/TrimmedText.h"
 
 namespace tervane {
 

@@ -4,10 +4,10 @@
 #include "ZelNet/SourceCode/mail/CommandText.h"
 #include "component/Answers.h"
 #include "objects/Classes.h"
+#include "objects/email/EnvelopeAddress.h"
 #include "objects/email/MailEvents.h"
 #include "objects/email/OutgoingMail.h"
 #include "objects/email/StoredText.h"
-#include "objects/email/TrimmedText.h"
 
 namespace tervane {
 

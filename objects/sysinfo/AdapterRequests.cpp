@@ -2,6 +2,7 @@
 
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelBase/threads/Mutex.h"
+#include "component/ComEdge.h"
 #include "platform/text/MatchingLock.h"
 
 #include <objbase.h>
@@ -55,12 +56,8 @@ void AdapterRequests::ForgetEndedThreads() {
 DWORD WINAPI AdapterRequests::Run(void* argument) noexcept {
     const std::unique_ptr<Request> request(static_cast<Request*>(argument));
     const bool initialized = SUCCEEDED(CoInitialize(nullptr));
-    std::optional<std::vector<Variant>> gathered;
-    try {
-        gathered = request->gather(request->owner->closing_);
-    } catch (...) {
-        gathered = std::nullopt; // as when the list cannot be had
-    }
+    auto gathered =
+        Contained([&] { return request->gather(request->owner->closing_); }, std::nullopt);
     request->gather = nullptr;
     request->owner->Finish(*request, std::move(gathered));
     if (initialized) {

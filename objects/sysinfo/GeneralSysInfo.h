@@ -10,10 +10,10 @@
 
 #include "ZelBase/threads/LocalMutex.h"
 #include "component/Automation.h"
+#include "component/Completions.h"
 #include "component/ConnectionPoint.h"
 #include "component/Control.h"
 #include "component/PostbackWindow.h"
-#include "objects/sysinfo/Completions.h"
 #include "objects/sysinfo/SystemSnapshot.h"
 
 #include <TERVANELib.h>

@@ -3,7 +3,6 @@
 #include "ZelBase/threads/Mutex.h"
 #include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
-#include "ZelNet/SourceCode/MutexReleaser.h"
 
 namespace ZelNet {
 namespace {
@@ -65,7 +64,7 @@ void AMailClient::React(Step step, void* context, int error) noexcept {
             logger_->Log("React", LogLevel::kWarning, "Notification dropped.");
             return;
         }
-        MutexReleaser releaser(mutex_);
+        ZelBase::MutexReleaser releaser(mutex_);
         Take(step, &socket, error, consequences);
     } catch (const ZelBase::ThreadTerminateException&) {
         // The mutex cannot be had any more: nothing can be told, but nobody is left waiting.

@@ -20,18 +20,20 @@ public:
         if (!lock) {
             return nullptr;
         }
+        std::shared_ptr<SnmpSession> session = session_.lock();
         if (users_ == 0) {
-            session_ = SnmpSession::Open(SnmpAgent::Load());
+            session = SnmpSession::Open(SnmpAgent::Load());
+            session_ = session;
         }
         ++users_; // not before: who fails to load, or is killed while loading, is no user
-        return session_;
+        return session;
     }
-    // `session` is the user's; the last user's is the last.
+    // `session` is the user's; the last user's unloads the agent, before the next one loads it.
     void RemoveUser(std::shared_ptr<SnmpSession>& session) {
         const TimedMutexLock lock(mutex_.get(), ZelBase::kInfinite);
         session.reset();
-        if (lock && --users_ == 0) {
-            session_.reset();
+        if (lock) {
+            --users_;
         }
     }
 
@@ -39,14 +41,14 @@ private:
     // Held while loading, so that the second user finds the agent ready. The kernel's, because a
     // thread that is stuck in loading may be killed.
     const std::unique_ptr<ZelBase::Mutex> mutex_ = ZelBase::Mutex::Create();
-    // Under mutex_.
+    // Under mutex_. The users hold the agent, so that nothing is unloaded while this library is:
+    // what a killed user held stays.
     int users_ = 0;
-    std::shared_ptr<SnmpSession> session_;
+    std::weak_ptr<SnmpSession> session_;
 };
 
-// Never destroyed: it must not unload libraries while this one is being unloaded.
 SharedAgent& Shared() {
-    static SharedAgent& shared = *new SharedAgent;
+    static SharedAgent shared;
     return shared;
 }
 

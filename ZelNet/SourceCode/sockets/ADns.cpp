@@ -2,7 +2,6 @@
 
 #include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
-#include "ZelNet/SourceCode/MutexReleaser.h"
 
 #include <algorithm>
 
@@ -116,7 +115,7 @@ void ADns::OnSend(void* /*context*/, int error) {
     bool failed = false;
     bool aborted = false;
     {
-        MutexReleaser releaser(mutex_);
+        ZelBase::MutexReleaser releaser(mutex_);
         aborted = !recipient_.load();
         failed = !aborted && !querySent_ && !SendQuery(error);
     }
@@ -153,7 +152,7 @@ void ADns::OnReceive(void* /*context*/, int error) {
     std::vector<DnsRecord> records;
     Progress progress = Progress::kWaiting;
     {
-        MutexReleaser releaser(mutex_);
+        ZelBase::MutexReleaser releaser(mutex_);
         if (recipient_.load()) {
             progress = ReadAnswer(error, records);
         }

@@ -2,7 +2,6 @@
 
 #include "ZelBase/threads/Mutex.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
-#include "ZelNet/SourceCode/MutexReleaser.h"
 #include "ZelNet/SourceCode/sockets/WIN32_SETManager.h"
 
 #include <algorithm>
@@ -165,7 +164,7 @@ bool WIN32_SocketEventThread::FillSlot(
     if (!slot.mutex.Lock(kSlotTimeoutMs, nullptr)) {
         return false;
     }
-    MutexReleaser releaser(slot.mutex);
+    ZelBase::MutexReleaser releaser(slot.mutex);
     UniqueWsaEvent event(WSACreateEvent());
     if (slot.inUse || !event) {
         return false;
@@ -255,7 +254,7 @@ bool WIN32_SocketEventThread::Post(const SocketPlace& place, PostedEvent event) 
     if (!slot.mutex.Lock(kSlotTimeoutMs, nullptr)) {
         return false;
     }
-    MutexReleaser releaser(slot.mutex);
+    ZelBase::MutexReleaser releaser(slot.mutex);
     PostedQueue& posted = slot.posted;
     if (!slot.inUse || slot.id != place.id || posted.count == posted.events.size()) {
         return false;

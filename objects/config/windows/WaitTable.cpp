@@ -2,6 +2,7 @@
 
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelBase/threads/Mutex.h"
+#include "component/ComEdge.h"
 #include "platform/PumpingWait.h"
 #include "platform/text/MatchingLock.h"
 
@@ -24,11 +25,7 @@ public:
 private:
     // Memory may run out: then the condition was not seen to be met.
     std::optional<WaitResult> Wait() noexcept {
-        try {
-            return task_->Wait(abort_);
-        } catch (...) {
-            return WaitResult::kTimedOut;
-        }
+        return Contained([&] { return task_->Wait(abort_); }, WaitResult::kTimedOut);
     }
 
     std::shared_ptr<WaitTable> table_;

@@ -1,6 +1,7 @@
 #include "objects/sysinfo/processor/BoundedThread.h"
 
 #include "ZelBase/threads/ModulePin.h"
+#include "component/ComEdge.h"
 #include "platform/text/MatchingLock.h"
 
 #include <memory>
@@ -9,11 +10,7 @@ namespace tervane {
 namespace {
 
 DWORD WINAPI Run(void* parameter) {
-    try {
-        (*static_cast<std::function<void()>*>(parameter))();
-    } catch (...) {
-        // The caller sees that nothing was written.
-    }
+    Contained(*static_cast<std::function<void()>*>(parameter)); // else nothing has been written
     return 0;
 }
 

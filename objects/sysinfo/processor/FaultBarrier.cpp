@@ -1,29 +1,12 @@
 #include "objects/sysinfo/processor/FaultBarrier.h"
 
 #include "ZelBase/threads/ModulePin.h"
+#include "ZelBase/threads/ThreadMark.h"
 
 namespace tervane {
 namespace {
 
-// Marks the guarded threads.
-class GuardMark {
-public:
-    GuardMark() noexcept : slot_(TlsAlloc()) {}
-    ~GuardMark() { TlsFree(slot_); }
-    GuardMark(const GuardMark&) = delete;
-    GuardMark& operator=(const GuardMark&) = delete;
-
-    void Set() const noexcept { TlsSetValue(slot_, const_cast<GuardMark*>(this)); }
-    bool IsSet() const noexcept { return slot_ != TLS_OUT_OF_INDEXES && TlsGetValue(slot_); }
-
-private:
-    DWORD slot_;
-};
-
-GuardMark& Mark() noexcept {
-    static GuardMark mark;
-    return mark;
-}
+ZelBase::ThreadMark guarded;
 
 [[noreturn]] void EndThread() noexcept {
     ZelBase::ModulePin::EndThisThread(0);
@@ -47,7 +30,7 @@ void Redirect(CONTEXT& context) noexcept {
 }
 
 LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) noexcept {
-    if (!IsFault(exception->ExceptionRecord->ExceptionCode) || !Mark().IsSet()) {
+    if (!IsFault(exception->ExceptionRecord->ExceptionCode) || !guarded.IsSet()) {
         return EXCEPTION_CONTINUE_SEARCH;
     }
     Redirect(*exception->ContextRecord);
@@ -57,7 +40,6 @@ LONG CALLBACK OnException(EXCEPTION_POINTERS* exception) noexcept {
 } // namespace
 
 FaultBarrier::FaultBarrier() noexcept {
-    Mark(); // not for the first time in the handler
     using Add = decltype(&AddVectoredExceptionHandler);
     if (const auto add = kernel_.Find<Add>("AddVectoredExceptionHandler")) {
         handler_ = add(1, &OnException);
@@ -72,7 +54,7 @@ FaultBarrier::~FaultBarrier() {
 }
 
 void FaultBarrier::GuardThisThread() noexcept {
-    Mark().Set();
+    guarded.Set();
 }
 
 } // namespace tervane

@@ -1,4 +1,4 @@
-#include "objects/sysinfo/Completions.h"
+#include "component/Completions.h"
 
 #include "platform/PumpingWait.h"
 
