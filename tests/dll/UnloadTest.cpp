@@ -15,8 +15,9 @@
 namespace tervane::test {
 namespace {
 
-// A copy, because other tests of this program keep the library itself loaded.
-constexpr wchar_t kCopy[] = L"TervaneCopy.DLL";
+// A copy, because other tests of this program keep the library itself loaded; one per architecture,
+// whose programs may run at the same time in the same folder.
+constexpr const wchar_t* kCopy = sizeof(void*) == 8 ? L"TervaneCopy64.DLL" : L"TervaneCopy32.DLL";
 
 void LoadCallUnload() {
     const TestComponent component(kCopy);
