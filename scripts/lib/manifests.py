@@ -24,7 +24,9 @@ def read(path):
 def registration_scripts():
     """The scripts of all classes, in the order of the class table."""
     numbers = dict(re.findall(r'^(\d+) REGISTRY "(\w+)\.rgs"', read("resources/Tervane.rc"), re.M))
-    rows = re.findall(r"TERVANE_CLASS\((\w+), (\d+),", read("component/ClassTable.cpp"))
+    rows = re.findall(r"TERVANE_CLASS\((\w+), (\d+),", read("objects/Classes.cpp"))
+    if len(rows) != read("component/TERVANELib.idl").count("coclass "):
+        raise ValueError("the class table does not have a row for every class")
     for name, number in rows:
         if numbers[number] != name:
             raise ValueError(f"script {number} is not that of {name}")
