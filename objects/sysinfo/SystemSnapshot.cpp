@@ -42,11 +42,11 @@ void FillProcessor(SystemSnapshot& snapshot) {
     snapshot.cpuFamily = DecimalText(ProcessorFamily());
 }
 
-void FillUsb(PlatformFamily family, SystemSnapshot& snapshot) {
-    const UsbPorts ports = CountUsbPorts(family).value_or(UsbPorts());
+void FillUsb(PlatformFamily family, const UsbApi& usb, SystemSnapshot& snapshot) {
+    const UsbPorts ports = CountUsbPorts(family, usb).value_or(UsbPorts());
     snapshot.usbPorts = ports.ports;
     snapshot.openUsbPorts = ports.ports - ports.connected;
-    snapshot.usbSupported = IsUsbSupported(family, ports.ports);
+    snapshot.usbSupported = IsUsbSupported(family, ports.ports, usb);
 }
 
 long RamSize() {
@@ -79,13 +79,14 @@ void FillSystem(PlatformFamily family, SystemSnapshot& snapshot) {
 
 } // namespace
 
-SystemSnapshot GatherSystemSnapshot(const std::optional<std::string>& driveLetters) {
+SystemSnapshot GatherSystemSnapshot(const std::optional<std::string>& driveLetters,
+                                    const UsbApi& usb) {
     const PlatformFamily family = CurrentPlatformFamily();
     const Drives drives;
     SystemSnapshot snapshot;
     FillNetwork(family, snapshot);
     FillProcessor(snapshot);
-    FillUsb(family, snapshot);
+    FillUsb(family, usb, snapshot);
     snapshot.ramSize = RamSize();
     snapshot.driveLetters = driveLetters ? *driveLetters : drives.Letters();
     FillDriveFigures(drives, snapshot);

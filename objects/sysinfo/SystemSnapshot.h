@@ -3,6 +3,7 @@
 // Everything that is known of the machine, as it was at one moment. Each figure that cannot be
 // found keeps the value given here; none keeps another from being found.
 
+#include "objects/sysinfo/UsbPorts.h"
 #include "platform/adapters/LiveAdapter.h"
 #include "platform/adapters/StaticAdapter.h"
 
@@ -49,7 +50,8 @@ struct SystemSnapshot {
 
 // Gathers it all, which may take seconds. `driveLetters` are those of an earlier snapshot, which
 // are kept; nullopt to look for the drives. Any thread; throws std::bad_alloc.
-SystemSnapshot GatherSystemSnapshot(const std::optional<std::string>& driveLetters);
+SystemSnapshot GatherSystemSnapshot(const std::optional<std::string>& driveLetters,
+                                    const UsbApi& usb = UsbApi::System());
 
 // A figure of the size that scripts take.
 long ToScriptNumber(unsigned long long number) noexcept;

@@ -64,4 +64,17 @@ void SetProblem(const AdapterHives& hives, const std::wstring& place, DWORD prob
     running.WriteBytes(L"Problem", {bytes, sizeof(problem)});
 }
 
+std::wstring SettingsOf(const StaticAdapter& adapter) {
+    const auto list = [](const wchar_t* name, const std::vector<std::wstring>& servers) {
+        std::wstring text;
+        for (const std::wstring& server : servers) {
+            text += (text.empty() ? name : L",") + server;
+        }
+        return text;
+    };
+    return adapter.ipAddress + L" " + adapter.subnetMask + L" " + adapter.defaultGateway +
+           (adapter.usingDhcp ? L" dhcp" : L"") + (adapter.isDnsStatic ? L" static" : L"") +
+           list(L" dns ", adapter.nameServers) + list(L" wins ", adapter.winsServers);
+}
+
 } // namespace tervane::test

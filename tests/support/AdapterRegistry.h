@@ -3,6 +3,7 @@
 // The registries of computers with network adapters, as the setup of Windows leaves them, below
 // scratch hives. Tests change what they are about.
 
+#include "platform/adapters/StaticAdapter.h"
 #include "tests/support/ScratchRegistry.h"
 
 #include <initializer_list>
@@ -48,5 +49,9 @@ struct OldCard {
 void AddOldCard(const AdapterHives& hives, const OldCard& card);
 // As the system does while the device runs.
 void SetProblem(const AdapterHives& hives, const std::wstring& place, DWORD problem);
+
+// The settings of an adapter in one line: "10.0.0.9 255.0.0.0 10.0.0.1 dhcp dns 10.0.0.2,10.0.0.3
+// wins 10.0.0.4", with "static dns" for name servers of its own and "dhcp" only where it is on.
+std::wstring SettingsOf(const StaticAdapter& adapter);
 
 } // namespace tervane::test

@@ -47,6 +47,30 @@ DWORD FakeIpHelper::GetAdaptersInfo(IP_ADAPTER_INFO* places, ULONG* size) const 
     return NO_ERROR;
 }
 
+DWORD FakeIpHelper::GetNetworkParams(FIXED_INFO* parameters, ULONG* size) const {
+    if (!nameServers) {
+        return ERROR_NOT_SUPPORTED;
+    }
+    // More than fits at first.
+    const auto needed = static_cast<ULONG>(sizeof *parameters + 5000 +
+                                           nameServers->size() * sizeof(IP_ADDR_STRING));
+    if (*size < needed) {
+        *size = needed;
+        return ERROR_BUFFER_OVERFLOW;
+    }
+    *parameters = {};
+    Put(parameters->HostName, "workstation");
+    Put(parameters->DomainName, "example");
+    auto* next = reinterpret_cast<IP_ADDR_STRING*>(parameters + 1);
+    IP_ADDR_STRING* entry = nullptr;
+    for (const std::string& server : *nameServers) {
+        entry = entry ? entry->Next = next++ : &parameters->DnsServerList;
+        *entry = {};
+        Put(entry->IpAddress.String, server);
+    }
+    return NO_ERROR;
+}
+
 DWORD FakeIpHelper::GetInterfaceInfo(IP_INTERFACE_INFO* places, ULONG* size) const {
     if (interfacesError != NO_ERROR) {
         return interfacesError;

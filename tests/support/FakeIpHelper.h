@@ -5,6 +5,7 @@
 #include "ZelNet/SourceCode/IpHelper.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ public:
     DWORD adaptersError = NO_ERROR;
     DWORD interfacesError = NO_ERROR;
     bool hasLeaseFunctions = true;
+    // Those of a workstation in the domain "example"; none: the library tells no parameters.
+    std::optional<std::vector<std::string>> nameServers;
     // Called with the index of the adapter.
     std::function<void(DWORD)> onRelease;
     std::function<void(DWORD)> onRenew;
@@ -37,7 +40,7 @@ public:
     bool IsAvailable() const override { return adaptersError != ERROR_NOT_SUPPORTED; }
     bool HasLeaseFunctions() const override { return hasLeaseFunctions; }
     DWORD GetAdaptersInfo(IP_ADAPTER_INFO* places, ULONG* size) const override;
-    DWORD GetNetworkParams(FIXED_INFO*, ULONG*) const override { return ERROR_NOT_SUPPORTED; }
+    DWORD GetNetworkParams(FIXED_INFO* parameters, ULONG* size) const override;
     DWORD GetIpForwardTable(MIB_IPFORWARDTABLE*, ULONG*, BOOL) const override {
         return ERROR_NOT_SUPPORTED;
     }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <random>
 #include <string>
 
 namespace ZelBase::test {
@@ -63,54 +62,6 @@ TEST(ADynaByteBuffer, GrowsInStepsAndNeverShrinks) {
         EXPECT_EQ(buffer.Skip(9999), 1500u);
     }
     EXPECT_EQ(buffer.Capacity(), 6144u);
-}
-
-// The same operations on a plain string must give the same results.
-TEST(ADynaByteBuffer, BehavesAsAString) {
-    std::mt19937 random(4711);
-    const auto below = [&](std::size_t limit) { return random() % limit; };
-    for (int turn = 0; turn < 40; ++turn) {
-        ADynaByteBuffer buffer(below(20), below(9));
-        std::string model;
-        for (int step = 0; step < 500; ++step) {
-            std::string bytes(below(12), ' ');
-            for (char& c : bytes) {
-                c = "abc\n\r"[below(5)];
-            }
-            const bool peek = below(3) == 0;
-            const char delimiter = below(4) ? '\n' : '\r';
-            const std::size_t hit = model.find(delimiter);
-            switch (below(4)) {
-            case 0:
-            case 1:
-                ASSERT_TRUE(buffer.Append(bytes.data(), bytes.size()));
-                model += bytes;
-                break;
-            case 2: {
-                const std::size_t count = 1 + below(8);
-                const bool fits = count <= model.size();
-                ASSERT_EQ(Taken(buffer, count, peek), fits ? model.substr(0, count) : "refused");
-                model.erase(0, fits && !peek ? count : 0);
-                break;
-            }
-            default: {
-                std::size_t index = 0;
-                ASSERT_EQ(buffer.Find(delimiter, &index), hit != std::string::npos);
-                char dest[16];
-                std::size_t length = 0;
-                const bool fits = hit != std::string::npos && hit <= sizeof dest;
-                ASSERT_EQ(buffer.ReadUntil(delimiter, dest, sizeof dest, &length, false, peek),
-                          fits);
-                if (fits) {
-                    ASSERT_EQ(index, hit);
-                    ASSERT_EQ(std::string(dest, length), model.substr(0, hit));
-                    model.erase(0, peek ? 0 : hit + 1);
-                }
-            }
-            }
-            ASSERT_EQ(buffer.Size(), model.size());
-        }
-    }
 }
 
 double SecondsForQueue(std::size_t size) {

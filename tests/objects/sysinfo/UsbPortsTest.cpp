@@ -1,6 +1,7 @@
 // USB hubs and their ports as drivers describe them.
 
 #include "objects/sysinfo/UsbPorts.h"
+#include "objects/sysinfo/SystemSnapshot.h"
 #include "support/ScratchRegistry.h"
 
 #include <gtest/gtest.h>
@@ -125,6 +126,10 @@ TEST_F(UsbPortsTest, DescendsIntoHubs) {
     usb_.hubs[L"first"] = {{1, L""}, {1, L"second"}, {2, L""}, {0, L""}};
     usb_.hubs[L"second"] = {{5, L""}, {1, L"gone"}, {9, L""}};
     ExpectPorts(9, 4);
+    const SystemSnapshot snapshot = GatherSystemSnapshot("C", usb_);
+    EXPECT_EQ(9, snapshot.usbPorts);
+    EXPECT_EQ(5, snapshot.openUsbPorts);
+    EXPECT_TRUE(snapshot.usbSupported);
 }
 
 TEST_F(UsbPortsTest, LeavesOutWhatDoesNotAnswer) {

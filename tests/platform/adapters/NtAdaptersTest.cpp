@@ -73,17 +73,11 @@ TEST_F(NtAdaptersTest, ReadsEverythingOfACard) {
     EXPECT_EQ(kCard, card.serviceName);
     EXPECT_EQ(L"Intel(R) PRO/100 VE Network Connection", card.name);
     EXPECT_EQ(L"E100B", card.driver);
-    EXPECT_FALSE(card.usingDhcp);
-    EXPECT_TRUE(card.boundToTcpip);
-    EXPECT_TRUE(card.boundIndirectlyOrDirectlyToTcpip);
-    EXPECT_TRUE(card.isEnabled);
-    EXPECT_TRUE(card.isFunctional);
-    EXPECT_TRUE(card.isDnsStatic);
-    EXPECT_EQ(L"10.1.2.3", card.ipAddress);
-    EXPECT_EQ(L"255.255.0.0", card.subnetMask);
-    EXPECT_EQ(L"10.1.0.1", card.defaultGateway);
-    EXPECT_EQ((Texts{L"10.1.0.2", L"10.1.0.3", L"10.1.0.4"}), card.nameServers);
-    EXPECT_EQ((Texts{L"10.1.0.5", L"10.1.0.6"}), card.winsServers);
+    EXPECT_TRUE(card.boundToTcpip && card.boundIndirectlyOrDirectlyToTcpip);
+    EXPECT_TRUE(card.isEnabled && card.isFunctional);
+    EXPECT_EQ(L"10.1.2.3 255.255.0.0 10.1.0.1 static dns 10.1.0.2,10.1.0.3,10.1.0.4 wins "
+              L"10.1.0.5,10.1.0.6",
+              test::SettingsOf(card));
     EXPECT_EQ(L"example.test", card.domainName);
     EXPECT_EQ(8, card.winsState);
     // The description is no Ethernet adapter's by any pattern.
@@ -106,10 +100,8 @@ TEST_F(NtAdaptersTest, KeepsTheStaticAddressWhileDhcpIsOn) {
     settings.WriteTexts(L"IPAddress", Texts{L"10.9.9.9"});
     settings.WriteText(L"Domain", L"own.test");
     const StaticAdapter card = Find(List(), kOther);
-    EXPECT_TRUE(card.usingDhcp);
-    EXPECT_EQ(L"10.9.9.9", card.ipAddress);
+    EXPECT_EQ(L"10.9.9.9 0.0.0.0 0.0.0.0 dhcp", test::SettingsOf(card));
     EXPECT_EQ(L"own.test", card.domainName);
-    EXPECT_FALSE(card.isDnsStatic);
     EXPECT_TRUE(card.isEthernet);
     EXPECT_EQ(L"Ethernet", card.adapterType);
     EXPECT_TRUE(card.boundToTcpip); // in whatever case the binding is written
@@ -242,11 +234,7 @@ TEST_F(NtAdaptersTest, DropsNoAdapterForWhatItLacks) {
                      L"{4D36E972-E325-11CE-BFC1-08002BE10318}\\0003"}),
               cookies);
     ASSERT_EQ(5u, adapters.size());
-    EXPECT_FALSE(adapters[2].usingDhcp);
-    EXPECT_EQ(L"0.0.0.0", adapters[2].ipAddress);
-    EXPECT_EQ(L"0.0.0.0", adapters[2].subnetMask);
-    EXPECT_EQ(L"10.0.0.254", adapters[2].defaultGateway);
-    EXPECT_EQ(Texts{L"10.0.0.1"}, adapters[2].nameServers);
+    EXPECT_EQ(L"0.0.0.0 0.0.0.0 10.0.0.254 static dns 10.0.0.1", test::SettingsOf(adapters[2]));
     EXPECT_TRUE(adapters[3].isEthernet);
 }
 
@@ -278,10 +266,8 @@ TEST_F(NtAdaptersTest, KnowsTheLayoutOfNt4) {
     ASSERT_EQ(3u, adapters.size());
     EXPECT_EQ(L"El90x1", adapters[0].cookie);
     EXPECT_EQ(L"El90x1", adapters[0].driver);
-    EXPECT_TRUE(adapters[0].usingDhcp);
-    EXPECT_EQ(L"10.0.0.9", adapters[0].ipAddress);
-    EXPECT_EQ((Texts{L"10.0.0.2", L"10.0.0.3"}), adapters[0].nameServers);
-    EXPECT_EQ((Texts{L"10.0.0.4", L"10.0.0.5"}), adapters[0].winsServers);
+    EXPECT_EQ(L"10.0.0.9 0.0.0.0 0.0.0.0 dhcp static dns 10.0.0.2,10.0.0.3 wins 10.0.0.4,10.0.0.5",
+              test::SettingsOf(adapters[0]));
     EXPECT_TRUE(adapters[0].boundToTcpip && adapters[0].isFunctional);
     EXPECT_FALSE(adapters[0].isEnabled);
     EXPECT_EQ(L"[2] Remote Access WAN Wrapper", adapters[1].name);

@@ -63,13 +63,9 @@ TEST_F(Win9xAdaptersTest, ReadsEverythingOfACard) {
     EXPECT_EQ(L"Ethernet", card.adapterType);
     EXPECT_TRUE(card.isEthernet && card.isEnabled && card.isFunctional);
     EXPECT_TRUE(card.boundToTcpip && card.boundIndirectlyOrDirectlyToTcpip);
-    EXPECT_FALSE(card.usingDhcp || card.isPpp);
-    EXPECT_EQ(L"10.1.2.3", card.ipAddress);
-    EXPECT_EQ(L"255.255.0.0", card.subnetMask);
-    EXPECT_EQ(L"10.1.0.1", card.defaultGateway);
-    EXPECT_TRUE(card.isDnsStatic);
-    EXPECT_EQ((Texts{L"10.0.0.2", L"10.0.0.3"}), card.nameServers);
-    EXPECT_EQ(Texts{L"10.0.0.4"}, card.winsServers);
+    EXPECT_FALSE(card.isPpp);
+    EXPECT_EQ(L"10.1.2.3 255.255.0.0 10.1.0.1 static dns 10.0.0.2,10.0.0.3 wins 10.0.0.4",
+              test::SettingsOf(card));
     EXPECT_EQ(L"example.test", card.domainName);
     EXPECT_EQ(8, card.winsState);
 

@@ -63,6 +63,7 @@ TEST(LogViewer, DumpsWhatIsAskedForOneLineEach) {
     const auto logger = Logger::Create();
     logger->SetComponent("ViewerOne");
     logger->Log("Operation", LogLevel::kError, 77u, "two\r\nlines\tand \x1b[31m\\");
+    RingView().SetTimeOfNewest({6, 5, 4, 3, 1, 103, 0, 0, -1}); // 3 February 2003, 4:05:06
     logger->Log("Operation", LogLevel::kTrace, "traced");
     logger->SetComponent("ViewerTwo");
     logger->Log("Operation", LogLevel::kWarning, "warned");
@@ -74,7 +75,7 @@ TEST(LogViewer, DumpsWhatIsAskedForOneLineEach) {
     EXPECT_EQ(all.Wait(), 0u);
     ASSERT_EQ(lines.size(), 3u);
     const auto columns = Columns(lines[0]);
-    EXPECT_EQ(columns[0].size(), std::string("2003-01-31 23:59:59").size());
+    EXPECT_EQ(columns[0], "2003-02-03 04:05:06");
     EXPECT_EQ(columns[1], OwnId("0x%lx"));
     EXPECT_EQ(columns[3], "ViewerOne");
     EXPECT_EQ(columns[4], "Operation");

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <ctime>
 
 namespace ZelBase::test {
@@ -183,6 +184,22 @@ TEST(Logger, SharesOneRingAcrossSessionsFromWindows2000On) {
     EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win98").Wait(), 1u);
     EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "nt40").Wait(), 1u);
     EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win2k").Wait(), 2u);
+}
+
+TEST_F(LoggerTest, WakesThoseWhoWaitForRecords) {
+    const UniqueHandle event(
+        OpenEventA(SYNCHRONIZE, FALSE, "Global\\ZelKit::WIN32_Logger::Event2"));
+    ASSERT_TRUE(event);
+    std::atomic<bool> isWoken = false;
+    const UniqueHandle waiting = ModulePin::StartThread(
+        [&] { isWoken = WaitForSingleObject(event.Get(), 20000) == WAIT_OBJECT_0; });
+    for (int i = 0; i < 1000 && !isWoken; ++i) {
+        logger_->Log("wake up");
+        Sleep(5);
+    }
+    WaitForSingleObject(waiting.Get(), INFINITE);
+    EXPECT_TRUE(isWoken);
+    EXPECT_EQ(WaitForSingleObject(event.Get(), 0), static_cast<DWORD>(WAIT_TIMEOUT)); // only then
 }
 
 TEST_F(LoggerTest, LeavesTheLastErrorAlone) {

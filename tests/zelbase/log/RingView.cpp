@@ -27,6 +27,13 @@ unsigned char* RingView::Slot(std::uint32_t index) {
     return static_cast<unsigned char*>(view_.Get()) + 16 + index * kRecordSize;
 }
 
+void RingView::SetTimeOfNewest(std::tm local) {
+    const auto time = static_cast<std::uint32_t>(std::mktime(&local));
+    Lock();
+    std::memcpy(Slot((Header(4) + kSlots - 1) % kSlots) + 128, &time, sizeof time);
+    Unlock();
+}
+
 std::vector<RingRecord> RingView::RecordsOf(const std::string& component) {
     char process[32];
     std::snprintf(process, sizeof process, "0x%lx", GetCurrentProcessId());

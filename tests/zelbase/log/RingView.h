@@ -6,6 +6,7 @@
 #include "ZelBase/Handles.h"
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ public:
     // Header fields by offset: 0 size, 4 next slot, 8 counter, 12 slots.
     std::uint32_t& Header(std::size_t offset);
     unsigned char* Slot(std::uint32_t index);
+
+    // As if the newest record had been written then.
+    void SetTimeOfNewest(std::tm local);
 
     // The records of a component that this process wrote, oldest first.
     std::vector<RingRecord> RecordsOf(const std::string& component);

@@ -301,39 +301,6 @@ TEST(Thread, TracesWhatItDoes) {
     }
 }
 
-// What is destroyed was not terminated, unless it was running.
-TEST(Thread, TracesEachTerminationOnce) {
-    const auto keeper = Thread::Create(); // of the log
-    RingView ring;
-    const auto traced = [&] {
-        const auto records = ring.RecordsOf("Thread");
-        return std::count_if(records.begin(), records.end(), [](const RingRecord& record) {
-            return record.text == "Terminating thread.";
-        });
-    };
-    const Function end = [](Thread*, std::uint32_t) { return 0u; };
-    const struct {
-        Function function;
-        int terminations;
-        bool runsAtItsEnd;
-    } rows[] = {
-        {nullptr, 0, false}, {nullptr, 2, false}, {end, 0, false},
-        {end, 1, false},     {Spin, 0, true},     {Spin, 1, false},
-    };
-    for (const auto& row : rows) {
-        const auto before = traced();
-        {
-            const auto thread = row.function ? Started(row.function) : Thread::Create();
-            EXPECT_TRUE(row.runsAtItsEnd || row.terminations > 0 || !row.function ||
-                        WaitUntil([&] { return thread->IsFinished(); }));
-            for (int i = 0; i < row.terminations; ++i) {
-                thread->Terminate(true);
-            }
-        }
-        EXPECT_EQ(traced() - before, row.terminations + row.runsAtItsEnd) << &row - rows;
-    }
-}
-
 TEST(Thread, GivesBackWhatThousandsOfRunsTook) {
     std::atomic<int> runs = 0;
     const Function count = [&](Thread*, std::uint32_t) -> std::uint32_t {

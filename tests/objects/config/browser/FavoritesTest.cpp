@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <sstream>
 
 #include <windows.h>
 
@@ -127,32 +128,13 @@ TEST_F(FavoritesTest, AddedAreWrittenAsShortcuts) {
 
 TEST_F(FavoritesTest, RefuseNamesThatAreNoFileNamesAndWriteNothing) {
     const std::wstring longName(252, L'x');
-    for (const std::wstring& name : {L"..\\escaped"s,
-                                     L"../escaped"s,
-                                     L"C:\\escaped"s,
-                                     L"a:b"s,
-                                     L"a*"s,
-                                     L"a?"s,
-                                     L"\"a\""s,
-                                     L"<a>"s,
-                                     L"a|b"s,
-                                     L"\\\\server\\share"s,
-                                     L""s,
-                                     L" "s,
-                                     L"."s,
-                                     L".."s,
-                                     L" . "s,
-                                     L"a\nb"s,
-                                     L"a\0b"s,
-                                     L"NUL"s,
-                                     L"con"s,
-                                     L"Aux "s,
-                                     L"prn.txt"s,
-                                     L"COM1"s,
-                                     L"lpt9.a.b"s,
-                                     L"com\u00B2"s,
-                                     L"CONIN$"s,
-                                     longName}) {
+    std::vector<std::wstring> names = {L"",      L" ",         L" . ",  L"a\nb",
+                                       L"a\0b"s, L"com\u00B2", L"Aux ", longName};
+    std::wistringstream words(
+        LR"(..\escaped ../escaped C:\escaped a:b a* a? "a" <a> a|b \\server\share
+                                  . .. NUL con prn.txt COM1 lpt9.a.b CONIN$)");
+    names.insert(names.end(), std::istream_iterator<std::wstring, wchar_t>(words), {});
+    for (const std::wstring& name : names) {
         EXPECT_FALSE(favorites_.Add(name, L"http://x/")) << name.c_str();
     }
     for (const std::wstring& url : {L""s, L" http://x/"s, L"http://x/ "s, L"http://x/\r\n[Other]"s,
