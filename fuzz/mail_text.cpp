@@ -1,6 +1,6 @@
 // Sources: ZelNet/SourceCode/mail/SmtpStates.cpp ZelNet/SourceCode/mail/PopStates.cpp
-// Sources: ZelNet/SourceCode/mail/AMIME.cpp ZelBase/text/Base64.cpp
-// ZelNet/SourceCode/mail/TextMark.cpp
+// Sources: ZelNet/SourceCode/mail/AMIME.cpp ZelNet/SourceCode/mail/TextMark.cpp
+// Sources: ZelBase/text/Base64.cpp
 //
 // Any bytes as the line of a mail server and as headers and body of a message: replies are read
 // inside the line, no header makes another one, and no body can end the text before its time.
