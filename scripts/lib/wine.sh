@@ -92,10 +92,18 @@ wine_unlink_home() {
     find "$WINEPREFIX/drive_c/users" -type l -exec rm {} \; -exec mkdir {} \;
 }
 
+# The network driver makes the list of cards for one session only when there is none, and no card can
+# be stored in such a list; the copies of a prefix find one that stays.
+wine_keep_card_list() {
+    local cards='HKLM\SOFTWARE\Microsoft\Windows NT\CurrentVersion\NetworkCards'
+    wine_run x64 60 reg.exe delete "$cards" /f >/dev/null 2>&1 || true
+    wine_run x64 60 reg.exe add "$cards" /f >/dev/null
+}
+
 wine_template() {
     (
         wine_environment "$1"
-        wine_make_prefix && timeout 60 wineserver -w && wine_unlink_home
+        wine_make_prefix && wine_keep_card_list && timeout 60 wineserver -w && wine_unlink_home
     ) && export wineTemplate=$1/prefix
 }
 
