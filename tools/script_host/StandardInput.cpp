@@ -8,16 +8,23 @@ namespace {
 
 constexpr wchar_t kEndKey = 0x1A; // Ctrl+Z
 
+// The length of a UTF-8 character by its first byte (RFC 3629); 0 for a byte inside of one.
+size_t CharacterLength(unsigned char first) {
+    if (first < 0x80) {
+        return 1;
+    }
+    if (first < 0xC0) {
+        return 0;
+    }
+    return first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+}
+
 // How many bytes can be decoded now: not the beginning of a UTF-8 character whose rest is to come.
 size_t CompleteBytes(std::string_view bytes) {
     for (size_t i = 1; i <= 3 && i <= bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - i]);
-        if (byte >= 0xC0) {
-            const size_t length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+        const size_t length = CharacterLength(static_cast<unsigned char>(bytes[bytes.size() - i]));
+        if (length != 0) {
             return length > i ? bytes.size() - i : bytes.size();
-        }
-        if (byte < 0x80) {
-            break;
         }
     }
     return bytes.size();
