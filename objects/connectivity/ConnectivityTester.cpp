@@ -18,10 +18,6 @@ constexpr long kDnsTimeout = 10000;
 constexpr long kTcpTimeout = 4000;
 constexpr long kPingTimeout = 10000;
 
-bool RunGuarded(const std::function<bool()>& test) noexcept {
-    return Contained(test, false);
-}
-
 } // namespace
 
 // The three time-out rules differ, deliberately: here 0 means none.
@@ -61,7 +57,7 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
                                       WorkerEnd end) {
     WorkerRequest request;
     request.object = AddReference(Controlling());
-    request.work = [this, test = std::move(test), fire] { (this->*fire)(RunGuarded(test)); };
+    request.work = [this, test = std::move(test), fire] { (this->*fire)(Contained(test, false)); };
     if (end == WorkerEnd::GiveEverythingBack) {
         auto sockets = std::make_shared<std::unique_ptr<ZelNet::SocketLayerUse>>();
         request.enter = [sockets] { *sockets = std::make_unique<ZelNet::SocketLayerUse>(); };
