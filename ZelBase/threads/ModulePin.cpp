@@ -23,8 +23,7 @@ struct ModulePin::StartRecord {
 ModulePin::ModulePin() noexcept
     : module_(ReferenceModuleOf(reinterpret_cast<const void*>(&ModulePin::Run))) {}
 
-UniqueHandle ModulePin::StartThread(Routine routine, void* argument, Start start,
-                                    DWORD* threadId) noexcept {
+UniqueHandle ModulePin::StartThread(Routine routine, void* argument, DWORD* threadId) noexcept {
     std::unique_ptr<StartRecord> record(new (std::nothrow)
                                             StartRecord{ModulePin(), routine, argument});
     if (!record || !record->pin) {
@@ -32,9 +31,8 @@ UniqueHandle ModulePin::StartThread(Routine routine, void* argument, Start start
     }
     // The C run-time library's way, so that its per-thread state exists from the start.
     unsigned id = 0;
-    const unsigned flags = start == Start::kSuspended ? CREATE_SUSPENDED : 0;
     UniqueHandle thread(reinterpret_cast<HANDLE>(
-        _beginthreadex(nullptr, 0, &ModulePin::Run, record.get(), flags, &id)));
+        _beginthreadex(nullptr, 0, &ModulePin::Run, record.get(), 0, &id)));
     if (thread) {
         static_cast<void>(record.release()); // the thread's now
         if (threadId) {

@@ -5,8 +5,8 @@
 // the one call that both releases a library and ends the thread, as its very last act. Every thread
 // of the system is started here.
 //
-// A thread that is killed with TerminateThread, or that was started suspended and is never resumed,
-// keeps its reference: the library then stays loaded, which is the safe side.
+// A thread that is killed with TerminateThread keeps its reference: the library then stays loaded,
+// which is the safe side.
 
 #include "ZelBase/Handles.h"
 
@@ -20,7 +20,6 @@ class ModulePin {
 public:
     // What a thread runs. An exception that escapes it ends the thread with kEscapedException.
     using Routine = DWORD(WINAPI*)(void* argument);
-    enum class Start { kAtOnce, kSuspended };
     static constexpr DWORD kEscapedException = 0xFFFFFFFF;
 
     // Pins the module that this code is linked into; check the result with operator bool.
@@ -30,7 +29,7 @@ public:
     // Starts a thread with the default stack; its identifier goes to `threadId` if that is given.
     // The caller owns the handle, and may close it while the thread runs; a null handle means that
     // no thread was made and `argument` is still the caller's.
-    static UniqueHandle StartThread(Routine routine, void* argument, Start start = Start::kAtOnce,
+    static UniqueHandle StartThread(Routine routine, void* argument,
                                     DWORD* threadId = nullptr) noexcept;
 
     // The same for a callable without parameters, which is moved to the heap and destroyed on the
@@ -38,9 +37,9 @@ public:
     // Throws std::bad_alloc.
     template <typename Body>
     requires std::is_invocable_v<Body&>
-    static UniqueHandle StartThread(Body body, Start start = Start::kAtOnce) {
+    static UniqueHandle StartThread(Body body) {
         auto owner = std::make_unique<Body>(std::move(body));
-        UniqueHandle thread = StartThread(&RunBody<Body>, owner.get(), start);
+        UniqueHandle thread = StartThread(&RunBody<Body>, owner.get());
         if (thread) {
             static_cast<void>(owner.release()); // the thread's now
         }

@@ -97,12 +97,14 @@ private:
 };
 
 // Holds a mutex for a scope, if it could be had in time: ask before relying on it. The mutex stays
-// the caller's; a null one is never had.
-class TimedMutexLock final {
+// the caller's; a null one is never had. The analysis takes it for had, because it cannot follow
+// the question.
+class ZELBASE_SCOPED_LOCKABLE TimedMutexLock final {
 public:
     TimedMutexLock(Mutex* mutex, std::uint32_t milliseconds)
+        ZELBASE_ACQUIRE(mutex) ZELBASE_NO_LOCK_ANALYSIS
         : mutex_(mutex && mutex->Lock(milliseconds, nullptr) ? mutex : nullptr) {}
-    ~TimedMutexLock() {
+    ~TimedMutexLock() ZELBASE_RELEASE() ZELBASE_NO_LOCK_ANALYSIS {
         if (mutex_) {
             mutex_->Unlock();
         }

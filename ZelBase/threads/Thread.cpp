@@ -187,7 +187,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     running_ = true;
     finished_ = suspended_ = false;
     phase_ = Phase::kStarting;
-    *thread = ModulePin::StartThread(&ThreadWrapper, this, ModulePin::Start::kAtOnce, &threadId_);
+    *thread = ModulePin::StartThread(&ThreadWrapper, this, &threadId_);
     if (!*thread) {
         running_ = false;
         return StartResult::kNoThread;

@@ -8,7 +8,6 @@
 namespace tervane {
 namespace {
 
-constexpr wchar_t kNoAddress[] = L"0.0.0.0";
 constexpr wchar_t kSwitch[] = L"EnableDHCP";
 constexpr DWORD kStartAutomatically = 2;
 constexpr DWORD kStartDisabled = 4;

@@ -14,16 +14,16 @@ namespace tervane {
 namespace {
 
 // Milliseconds.
-constexpr long kDnsTimeout = 10000;
-constexpr long kTcpTimeout = 4000;
-constexpr long kPingTimeout = 10000;
+constexpr long kDnsTimeoutMs = 10000;
+constexpr long kTcpTimeoutMs = 4000;
+constexpr long kPingTimeoutMs = 10000;
 
 } // namespace
 
 // The three time-out rules differ, deliberately: here 0 means none.
 HRESULT ConnectivityTester::DNSLookup(BSTR name, long timeout) {
     return Guarded([&] {
-        const auto limit = static_cast<std::uint32_t>(timeout < 0 ? kDnsTimeout : timeout);
+        const auto limit = static_cast<std::uint32_t>(timeout < 0 ? kDnsTimeoutMs : timeout);
         return StartTest(
             [name = ZelBase::WideToAnsi(TextOf(name)), limit] { return CanResolve(name, limit); },
             &ConnectivityTester::Fire_OnDNSLookupComplete, WorkerEnd::GiveEverythingBack);
@@ -32,7 +32,7 @@ HRESULT ConnectivityTester::DNSLookup(BSTR name, long timeout) {
 
 HRESULT ConnectivityTester::TestTCPPort(BSTR location, unsigned short port, long timeout) {
     return Guarded([&] {
-        const auto limit = static_cast<std::uint32_t>(timeout < 1 ? kTcpTimeout : timeout);
+        const auto limit = static_cast<std::uint32_t>(timeout < 1 ? kTcpTimeoutMs : timeout);
         return StartTest(
             [location = ZelBase::WideToAnsi(TextOf(location)), port, limit] {
                 TcpConnectProbe probe;
@@ -45,7 +45,7 @@ HRESULT ConnectivityTester::TestTCPPort(BSTR location, unsigned short port, long
 HRESULT ConnectivityTester::Ping(BSTR name, long timeout, long retries) {
     return Guarded([&] {
         // The ping facility takes 16 bits; longer time-outs lose their high bits.
-        const auto limit = static_cast<std::uint16_t>(timeout < 1 ? kPingTimeout : timeout);
+        const auto limit = static_cast<std::uint16_t>(timeout < 1 ? kPingTimeoutMs : timeout);
         return StartTest([name = ZelBase::WideToAnsi(TextOf(name)), limit,
                           retries] { return AnswersPing(name, limit, retries); },
                          &ConnectivityTester::Fire_OnPingComplete, WorkerEnd::GiveEverythingBack);

@@ -10,10 +10,8 @@
 namespace tervane {
 namespace {
 
-constexpr wchar_t kNoGateway[] = L"0.0.0.0";
-
 bool HasGateway(const StaticAdapter& adapter) noexcept {
-    return !adapter.defaultGateway.empty() && adapter.defaultGateway != kNoGateway;
+    return !adapter.defaultGateway.empty() && adapter.defaultGateway != kNoAddress;
 }
 
 // The installed adapters whose gateways count. Whether one is of the Ethernet class is told by its
@@ -75,7 +73,7 @@ HRESULT DHCPConfiguration::GetRidOfStaticGateways(VARIANT_BOOL* result) {
             isRebootNeeded_ = true;
             // The result alone tells of a failure; the code stays what it was.
             isDone =
-                AdapterConfiguration().SetGateway(adapter, kNoGateway) == ERROR_SUCCESS && isDone;
+                AdapterConfiguration().SetGateway(adapter, kNoAddress) == ERROR_SUCCESS && isDone;
         }
         return isDone;
     });

@@ -9,7 +9,7 @@ namespace {
 
 // The system's own way of telling that the handle is free is that it is no longer valid; there is
 // no event for that.
-constexpr DWORD kInterval = 50; // ms
+constexpr DWORD kIntervalMs = 50;
 
 bool IsGone(DWORD error) noexcept {
     return error == ERROR_INVALID_HANDLE || error == ERROR_NO_CONNECTION;
@@ -22,12 +22,12 @@ DWORD HangUpAndWait(const DialUp& dialUp, HRASCONN connection, DWORD millisecond
     if (error != ERROR_SUCCESS) {
         return IsGone(error) ? static_cast<DWORD>(ERROR_SUCCESS) : error;
     }
-    for (DWORD waited = 0; waited <= milliseconds; waited += kInterval) {
+    for (DWORD waited = 0; waited <= milliseconds; waited += kIntervalMs) {
         DWORD state = 0;
         if (IsGone(dialUp.State(connection, state))) {
             return ERROR_SUCCESS;
         }
-        Sleep(kInterval);
+        Sleep(kIntervalMs);
     }
     return ERROR_TIMEOUT;
 }

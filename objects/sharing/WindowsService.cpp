@@ -18,10 +18,10 @@ const ServiceApi& ServiceApi::System() noexcept {
 
 namespace {
 
-// How long to wait before asking a stopping service again, in ms. It tells how long it expects to
+// How long to wait before asking a stopping service again. It tells how long it expects to
 // take; a tenth of that is the usual interval. The service manager has no event to wait for.
-constexpr DWORD kShortestInterval = 20;
-constexpr DWORD kLongestInterval = 1000;
+constexpr DWORD kShortestIntervalMs = 20;
+constexpr DWORD kLongestIntervalMs = 1000;
 
 constexpr DWORD kStopAccess = SERVICE_STOP | SERVICE_QUERY_STATUS | SERVICE_ENUMERATE_DEPENDENTS;
 
@@ -175,7 +175,7 @@ DWORD WindowsService::StopOne(const Handle& service, DWORD& budget) const {
             return ERROR_TIMEOUT;
         }
         const DWORD interval = std::min(
-            budget, std::clamp(status.dwWaitHint / 10, kShortestInterval, kLongestInterval));
+            budget, std::clamp(status.dwWaitHint / 10, kShortestIntervalMs, kLongestIntervalMs));
         api_.sleep(interval);
         budget -= interval;
     }

@@ -28,21 +28,18 @@ AdapterRequests::AdapterRequests(Report report)
 bool AdapterRequests::Start(long id, Gather gather) {
     auto request = std::make_unique<Request>(
         Request{shared_from_this(), id, std::move(gather), std::list<Outcome>(1)});
-    const TimedMutexLock lock(threadsMutex_.get(), kScriptPatience);
+    const TimedMutexLock lock(threadsMutex_.get(), kScriptPatienceMs);
     if (!lock) {
         return false;
     }
     ForgetEndedThreads();
     ZelBase::UniqueHandle& thread = threads_.emplace_back();
-    // Suspended, so that no thread runs that the list does not know.
-    thread = ZelBase::ModulePin::StartThread(&AdapterRequests::Run, request.get(),
-                                             ZelBase::ModulePin::Start::kSuspended);
+    thread = ZelBase::ModulePin::StartThread(&AdapterRequests::Run, request.get());
     if (!thread) {
         threads_.pop_back();
         return false;
     }
     static_cast<void>(request.release()); // the thread's now
-    ResumeThread(thread.Get());
     return true;
 }
 
@@ -96,7 +93,7 @@ bool AdapterRequests::Store(long id, std::optional<Variant> list, Variant& repla
 }
 
 std::optional<AdapterRequests::Outcome> AdapterRequests::TakeOutcome() {
-    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatience);
+    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatienceMs);
     if (!lock || outcomes_.empty()) {
         return std::nullopt;
     }
@@ -106,7 +103,7 @@ std::optional<AdapterRequests::Outcome> AdapterRequests::TakeOutcome() {
 }
 
 AdapterRequests::Found AdapterRequests::Find(long id, Variant& copy) {
-    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatience);
+    const TimedMutexLock lock(resultsMutex_.get(), kScriptPatienceMs);
     if (!lock) {
         return Found::kLocked;
     }
@@ -126,7 +123,7 @@ void AdapterRequests::Close() {
     closing_ = true;
     EndThreads();
     std::unordered_map<long, Variant> released;
-    const TimedMutexLock lock(resultsMutex_.get(), kResultsPatience);
+    const TimedMutexLock lock(resultsMutex_.get(), kResultsPatienceMs);
     if (lock) {
         report_ = nullptr;
         released.swap(results_);
@@ -134,12 +131,12 @@ void AdapterRequests::Close() {
 }
 
 void AdapterRequests::EndThreads() {
-    const TimedMutexLock lock(threadsMutex_.get(), kThreadsPatience);
+    const TimedMutexLock lock(threadsMutex_.get(), kThreadsPatienceMs);
     if (!lock) {
         return;
     }
     for (const ZelBase::UniqueHandle& thread : threads_) {
-        if (WaitForSingleObject(thread.Get(), kThreadPatience) == WAIT_TIMEOUT) {
+        if (WaitForSingleObject(thread.Get(), kThreadPatienceMs) == WAIT_TIMEOUT) {
             ThreadKiller().Kill(thread.Get());
         }
     }

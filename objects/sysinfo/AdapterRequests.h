@@ -52,11 +52,11 @@ private:
 
 class AdapterRequests : public std::enable_shared_from_this<AdapterRequests> {
 public:
-    // How long locks and, at the end, each thread are waited for, in milliseconds.
-    static constexpr DWORD kScriptPatience = 10000;
-    static constexpr DWORD kThreadsPatience = 5000;
-    static constexpr DWORD kThreadPatience = 5000;
-    static constexpr DWORD kResultsPatience = 7000;
+    // How long locks and, at the end, each thread are waited for.
+    static constexpr DWORD kScriptPatienceMs = 10000;
+    static constexpr DWORD kThreadsPatienceMs = 5000;
+    static constexpr DWORD kThreadPatienceMs = 5000;
+    static constexpr DWORD kResultsPatienceMs = 7000;
 
     // The elements of a list; nothing when it cannot be had. Runs on the request's thread and
     // should return soon once `stop` is set. May throw.
@@ -100,19 +100,18 @@ private:
     static DWORD WINAPI Run(void* argument) noexcept;
 
     void Finish(Request& request, std::optional<std::vector<Variant>> gathered) noexcept;
-    bool Store(long id, std::optional<Variant> list, Variant& replaced) noexcept;
-    void ForgetEndedThreads();
+    bool Store(long id, std::optional<Variant> list, Variant& replaced) noexcept
+        ZELBASE_REQUIRES(resultsMutex_);
+    void ForgetEndedThreads() ZELBASE_REQUIRES(threadsMutex_);
     void EndThreads();
 
     const std::unique_ptr<ZelBase::Mutex> resultsMutex_;
     const std::unique_ptr<ZelBase::Mutex> threadsMutex_;
     std::atomic<bool> closing_ = false;
-    // Under resultsMutex_.
-    Report report_;
-    std::unordered_map<long, Variant> results_;
-    std::list<Outcome> outcomes_;
-    // Under threadsMutex_.
-    std::vector<ZelBase::UniqueHandle> threads_;
+    Report report_ ZELBASE_GUARDED_BY(resultsMutex_);
+    std::unordered_map<long, Variant> results_ ZELBASE_GUARDED_BY(resultsMutex_);
+    std::list<Outcome> outcomes_ ZELBASE_GUARDED_BY(resultsMutex_);
+    std::vector<ZelBase::UniqueHandle> threads_ ZELBASE_GUARDED_BY(threadsMutex_);
 };
 
 } // namespace tervane

@@ -18,7 +18,7 @@ constexpr DWORD kCurrentAddresses[] = {
     0x04010101, // FDDI, long permanent
 };
 constexpr DWORD kAnswerSize = 4096;
-constexpr DWORD kTurnPatience = 5000; // ms
+constexpr DWORD kTurnPatienceMs = 5000;
 constexpr DWORD kDefine = DDD_RAW_TARGET_PATH;
 constexpr DWORD kRemove = DDD_RAW_TARGET_PATH | DDD_REMOVE_DEFINITION | DDD_EXACT_MATCH_ON_REMOVE;
 
@@ -104,7 +104,7 @@ std::optional<std::wstring> DriverAddresses::Read(std::wstring_view device) {
     if (hasWaitedInVain_ || !narrow || narrow->empty() || narrow->find('\0') != std::string::npos) {
         return std::nullopt;
     }
-    const ZelBase::TimedMutexLock turn(Turn(), kTurnPatience);
+    const ZelBase::TimedMutexLock turn(Turn(), kTurnPatienceMs);
     if (!turn) {
         hasWaitedInVain_ = true;
         return std::nullopt;

@@ -2,6 +2,8 @@
 
 // One network interface as the running TCP/IP stack sees it now.
 
+#include "platform/registry/RegistryList.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,10 +21,10 @@ struct LiveAdapter {
     // Six two-digit hexadecimal bytes joined by "-".
     std::wstring hardwareAddress = L"00-00-00-00-00-00";
     // Dotted decimal.
-    std::wstring ipAddress = L"0.0.0.0";
-    std::wstring subnetMask = L"0.0.0.0";
-    std::wstring defaultGateway = L"0.0.0.0";
-    std::wstring dhcpServer = L"0.0.0.0";
+    std::wstring ipAddress = kNoAddress;
+    std::wstring subnetMask = kNoAddress;
+    std::wstring defaultGateway = kNoAddress;
+    std::wstring dhcpServer = kNoAddress;
     bool isDhcp = false;
     // By its interface type alone.
     bool hasEthernetType = false;

@@ -28,8 +28,6 @@ constexpr const char* kDefaultRouteIfIndex = "1.3.6.1.2.1.4.21.1.2.0.0.0.0";
 constexpr const char* kDefaultRouteNextHop = "1.3.6.1.2.1.4.21.1.7.0.0.0.0";
 constexpr const char* kDefaultRouteMask = "1.3.6.1.2.1.4.21.1.11.0.0.0.0";
 
-constexpr const wchar_t* kNoAddress = L"0.0.0.0";
-
 std::wstring TextOf(const ZelNet::IpAddress& address) {
     return FromNarrow(address.GetText());
 }

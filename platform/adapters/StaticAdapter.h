@@ -3,6 +3,8 @@
 // One installed network adapter as the registry configures it, whether or not it is up. What the
 // registry does not say, or says in a wrong type, keeps the value given here.
 
+#include "platform/registry/RegistryList.h"
+
 #include <atomic>
 #include <string>
 #include <vector>
@@ -21,9 +23,9 @@ struct StaticAdapter {
     // Six two-digit hexadecimal bytes joined by "-".
     std::wstring hardwareAddress = L"00-00-00-00-00-00";
     // Dotted decimal.
-    std::wstring ipAddress = L"0.0.0.0";
-    std::wstring subnetMask = L"0.0.0.0";
-    std::wstring defaultGateway = L"0.0.0.0";
+    std::wstring ipAddress = kNoAddress;
+    std::wstring subnetMask = kNoAddress;
+    std::wstring defaultGateway = kNoAddress;
     std::wstring domainName;
     std::vector<std::wstring> nameServers;
     std::vector<std::wstring> winsServers;

@@ -73,7 +73,6 @@ Win9xBindings::FindTcpip(std::span<const std::wstring> bindings) const {
 
 namespace {
 
-constexpr wchar_t kNoAddress[] = L"0.0.0.0";
 constexpr DWORD kIsDisabled = 1; // ConfigFlags
 // CSConfigFlags, for one hardware profile: disabled, or not there at all.
 constexpr DWORD kIsOutOfProfile = 1 | 2;

@@ -40,7 +40,7 @@ std::vector<std::wstring> ReadList(const RegistryKey& key, std::wstring_view nam
 
 std::wstring ReadFirstAddress(const RegistryKey& key, std::wstring_view name) {
     const std::vector<std::wstring> addresses = ReadList(key, name);
-    return addresses.empty() ? std::wstring(L"0.0.0.0") : addresses.front();
+    return addresses.empty() ? std::wstring(kNoAddress) : addresses.front();
 }
 
 std::wstring ReadTextOr(const RegistryKey& key, std::wstring_view name, std::wstring fallback) {

@@ -16,7 +16,9 @@ namespace tervane {
 std::vector<std::wstring> SplitList(std::wstring_view text);
 // The same of a value of any text type; none for any other.
 std::vector<std::wstring> ReadList(const RegistryKey& key, std::wstring_view name);
-// The first of a list of addresses, "0.0.0.0" when there is none.
+// What Windows stores, and scripts are told, where there is no address.
+inline constexpr wchar_t kNoAddress[] = L"0.0.0.0";
+// The first of a list of addresses, kNoAddress when there is none.
 std::wstring ReadFirstAddress(const RegistryKey& key, std::wstring_view name);
 
 // A text that is not empty, otherwise `fallback`.

@@ -59,7 +59,7 @@ MatchingLock::~MatchingLock() {
 
 bool ThreadKiller::Kill(HANDLE thread) noexcept {
     TerminateThread(thread, 1);
-    const bool isGone = WaitForSingleObject(thread, kDeathPatience) == WAIT_OBJECT_0;
+    const bool isGone = WaitForSingleObject(thread, kDeathPatienceMs) == WAIT_OBJECT_0;
     // If it held the lock: now, while its identifier cannot become that of a new thread.
     lock_.TryFor(0);
     return isGone;

@@ -27,15 +27,15 @@ private:
 };
 
 // Kills threads that were told to end and have not, the last resort. It holds the matching lock as
-// long as it lives, unless that cannot be had within kLockPatience: then matching is stuck, perhaps
-// in the very thread to be killed.
+// long as it lives, unless that cannot be had within kLockPatienceMs: then matching is stuck,
+// perhaps in the very thread to be killed.
 class ThreadKiller {
 public:
     // In milliseconds. A thread dies at once, unless it is inside a driver.
-    static constexpr DWORD kLockPatience = 5000;
-    static constexpr DWORD kDeathPatience = 1000;
+    static constexpr DWORD kLockPatienceMs = 5000;
+    static constexpr DWORD kDeathPatienceMs = 1000;
 
-    ThreadKiller() noexcept : lock_(kLockPatience) {}
+    ThreadKiller() noexcept : lock_(kLockPatienceMs) {}
 
     // The handle stays the caller's. True when the thread is gone; false when it is doomed, but has
     // not come out of a driver in time. It must not be the calling thread.

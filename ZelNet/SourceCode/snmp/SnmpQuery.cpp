@@ -41,10 +41,10 @@ private:
     // Held while loading, so that the second user finds the agent ready. The kernel's, because a
     // thread that is stuck in loading may be killed.
     const std::unique_ptr<ZelBase::Mutex> mutex_ = ZelBase::Mutex::Create();
-    // Under mutex_. The users hold the agent, so that nothing is unloaded while this library is:
-    // what a killed user held stays.
-    int users_ = 0;
-    std::weak_ptr<SnmpSession> session_;
+    // The users hold the agent, so that nothing is unloaded while this library is: what a killed
+    // user held stays.
+    int users_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    std::weak_ptr<SnmpSession> session_ ZELBASE_GUARDED_BY(mutex_);
 };
 
 SharedAgent& Shared() {

@@ -36,7 +36,7 @@ private:
 
 LONG WaitTable::Start(std::unique_ptr<WaitTask> task) {
     const LONG id = nextId_++;
-    const TimedMutexLock lock(lock_.get(), kScriptPatience);
+    const TimedMutexLock lock(lock_.get(), kScriptPatienceMs);
     if (!lock || closing_) {
         return 0;
     }
@@ -48,15 +48,14 @@ LONG WaitTable::Start(std::unique_ptr<WaitTask> task) {
     auto running =
         std::make_unique<Running>(shared_from_this(), id, entry.abortEvent.Get(), std::move(task));
     Entry& placed = entries_.emplace(id, std::move(entry)).first->second;
-    // Suspended, so that no wait runs that the table does not know.
-    placed.thread = ZelBase::ModulePin::StartThread(
-        &WaitTable::Run, running.get(), ZelBase::ModulePin::Start::kSuspended, &placed.threadId);
+    // However soon the wait ends, it finds its entry only when this lock is free.
+    placed.thread =
+        ZelBase::ModulePin::StartThread(&WaitTable::Run, running.get(), &placed.threadId);
     if (!placed.thread) {
         entries_.erase(id);
         return 0;
     }
     static_cast<void>(running.release()); // the thread's now
-    ResumeThread(placed.thread.Get());
     return id;
 }
 
@@ -67,7 +66,7 @@ DWORD WINAPI WaitTable::Run(void* running) noexcept {
 }
 
 WaitTable::AbortResult WaitTable::Abort(LONG id) {
-    const TimedMutexLock lock(lock_.get(), kScriptPatience);
+    const TimedMutexLock lock(lock_.get(), kScriptPatienceMs);
     if (!lock) {
         return AbortResult::kLocked;
     }
@@ -83,7 +82,7 @@ WaitTable::AbortResult WaitTable::Abort(LONG id) {
 // What a wait that ended with `seen` reports. An abort that came in time wins over everything else,
 // the end of the owner silences every report.
 std::optional<WaitResult> WaitTable::Finish(LONG id, std::optional<WaitResult> seen) {
-    const TimedMutexLock lock(lock_.get(), kWaitPatience);
+    const TimedMutexLock lock(lock_.get(), kWaitPatienceMs);
     if (!lock) {
         return seen;
     }
@@ -108,7 +107,7 @@ void WaitTable::Close() {
 }
 
 bool WaitTable::SignalAll() {
-    const TimedMutexLock lock(lock_.get(), kClosePatience);
+    const TimedMutexLock lock(lock_.get(), kClosePatienceMs);
     if (!lock) {
         return false;
     }
@@ -126,7 +125,7 @@ bool WaitTable::EndFirst() {
     LONG id = 0;
     HANDLE thread = nullptr;
     {
-        const TimedMutexLock lock(lock_.get(), kClosePatience);
+        const TimedMutexLock lock(lock_.get(), kClosePatienceMs);
         if (!lock) {
             KillAll();
             return false;
@@ -138,10 +137,10 @@ bool WaitTable::EndFirst() {
         id = firstId;
         thread = first.IsOwnThread() ? nullptr : first.thread.Get();
     }
-    if (thread && !WaitWhilePumping(thread, kThreadPatience)) {
+    if (thread && !WaitWhilePumping(thread, kThreadPatienceMs)) {
         ThreadKiller().Kill(thread);
     }
-    const TimedMutexLock lock(lock_.get(), kClosePatience);
+    const TimedMutexLock lock(lock_.get(), kClosePatienceMs);
     if (!lock) {
         KillAll();
         return false;

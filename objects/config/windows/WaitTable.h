@@ -43,11 +43,11 @@ public:
 
 class WaitTable : public std::enable_shared_from_this<WaitTable> {
 public:
-    // How long the lock is waited for, and at the end each thread, in milliseconds.
-    static constexpr DWORD kScriptPatience = 1000;
-    static constexpr DWORD kWaitPatience = 10000;
-    static constexpr DWORD kClosePatience = 5000;
-    static constexpr DWORD kThreadPatience = 30000;
+    // How long the lock is waited for, and at the end each thread.
+    static constexpr DWORD kScriptPatienceMs = 1000;
+    static constexpr DWORD kWaitPatienceMs = 10000;
+    static constexpr DWORD kClosePatienceMs = 5000;
+    static constexpr DWORD kThreadPatienceMs = 30000;
 
     enum class AbortResult { kAborted, kUnknown, kLocked };
 
@@ -86,12 +86,12 @@ private:
     std::optional<WaitResult> Finish(LONG id, std::optional<WaitResult> seen);
     bool SignalAll();
     bool EndFirst();
-    void KillAll();
+    void KillAll() ZELBASE_NO_LOCK_ANALYSIS; // the lock cannot be had
 
     std::unique_ptr<ZelBase::Mutex> lock_;
     std::atomic<LONG> nextId_ = 1;
-    Entries entries_;
-    bool closing_ = false;
+    Entries entries_ ZELBASE_GUARDED_BY(lock_);
+    bool closing_ ZELBASE_GUARDED_BY(lock_) = false;
 };
 
 } // namespace tervane

@@ -3,7 +3,7 @@
 namespace tervane {
 namespace {
 
-constexpr UINT kAnswerPatience = 1000; // milliseconds
+constexpr UINT kAnswerPatienceMs = 1000;
 
 // Clicks the first window that matches the finder's child pattern, the top-level window itself
 // included, as the dialog would hear of it. Returns the button; null when that failed.
@@ -21,8 +21,8 @@ HWND Click(WindowFinder& finder) {
 
 bool Answers(HWND window) noexcept {
     DWORD_PTR result = 0;
-    return SendMessageTimeoutA(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, kAnswerPatience, &result) !=
-           0;
+    return SendMessageTimeoutA(window, WM_NULL, 0, 0, SMTO_ABORTIFHUNG, kAnswerPatienceMs,
+                               &result) != 0;
 }
 
 // The plain call waits for the window's thread, for ever if need be; the other one cannot say when

@@ -100,11 +100,11 @@ WindowFinder::WindowFinder(std::wstring_view topLevelPattern, std::wstring_view 
       hasChildPattern_(!childPattern.empty()) {}
 
 void WindowFinder::SetTimeLimit(LONG milliseconds) noexcept {
-    timeLimit_ = PositiveOr(milliseconds, kDefaultTimeLimit);
+    timeLimitMs_ = PositiveOr(milliseconds, kDefaultTimeLimitMs);
 }
 
 void WindowFinder::SetCheckInterval(LONG milliseconds) noexcept {
-    checkInterval_ = PositiveOr(milliseconds, kDefaultCheckInterval);
+    checkIntervalMs_ = PositiveOr(milliseconds, kDefaultCheckIntervalMs);
 }
 
 bool WindowFinder::IsValid() const noexcept {
@@ -156,10 +156,10 @@ HWND WindowFinder::WaitUntilPresent(HANDLE abort) {
         if (HWND window = Find(); IsAcceptable(window)) {
             return window;
         }
-        if (!Pause(abort, checkInterval_)) {
+        if (!Pause(abort, checkIntervalMs_)) {
             return nullptr;
         }
-    } while (ElapsedSince(start) < timeLimit_);
+    } while (ElapsedSince(start) < timeLimitMs_);
     HWND window = Find();
     return IsAcceptable(window) ? window : nullptr;
 }
@@ -170,10 +170,10 @@ bool WindowFinder::WaitUntilGone(HANDLE abort) {
         if (IsKnownToBeGone() && StaysGone(abort)) {
             return true;
         }
-        if (!Pause(abort, checkInterval_)) {
+        if (!Pause(abort, checkIntervalMs_)) {
             return false;
         }
-    } while (ElapsedSince(start) < timeLimit_);
+    } while (ElapsedSince(start) < timeLimitMs_);
     HWND window = Find();
     return window ? visibleOnly_ && !IsWindowVisible(window) : HasSeenAll();
 }
@@ -182,10 +182,10 @@ bool WindowFinder::WaitUntilGone(HANDLE abort) {
 bool WindowFinder::StaysGone(HANDLE abort) {
     const DWORD start = GetTickCount();
     do {
-        if (!Pause(abort, kConfirmationInterval) || !IsKnownToBeGone()) {
+        if (!Pause(abort, kConfirmationIntervalMs) || !IsKnownToBeGone()) {
             return false;
         }
-    } while (ElapsedSince(start) < checkInterval_);
+    } while (ElapsedSince(start) < checkIntervalMs_);
     return true;
 }
 

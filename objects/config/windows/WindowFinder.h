@@ -41,10 +41,9 @@ private:
 
 class WindowFinder {
 public:
-    // In milliseconds.
-    static constexpr LONG kDefaultTimeLimit = 35'000'000;
-    static constexpr LONG kDefaultCheckInterval = 50;
-    static constexpr DWORD kConfirmationInterval = 10;
+    static constexpr LONG kDefaultTimeLimitMs = 35'000'000;
+    static constexpr LONG kDefaultCheckIntervalMs = 50;
+    static constexpr DWORD kConfirmationIntervalMs = 10;
 
     // Both patterns are matched as RegularExpression::ContainingMatch says. With an empty
     // `childPattern` the title of the top-level window alone decides.
@@ -87,8 +86,8 @@ private:
     RegularExpression topLevel_;
     RegularExpression child_;
     bool hasChildPattern_;
-    DWORD timeLimit_ = kDefaultTimeLimit;
-    DWORD checkInterval_ = kDefaultCheckInterval;
+    DWORD timeLimitMs_ = kDefaultTimeLimitMs;
+    DWORD checkIntervalMs_ = kDefaultCheckIntervalMs;
     bool visibleOnly_ = true;
     WindowTitle title_;
 };

@@ -67,7 +67,7 @@ int ProcessorFamily() noexcept {
 
 namespace {
 
-constexpr DWORD kVendorPatience = 5000; // ms
+constexpr DWORD kVendorPatienceMs = 5000;
 
 RegistryKey OpenProcessor() {
     return RegistryKey::Open(RegistryHive::kLocalMachine,
@@ -93,7 +93,7 @@ std::wstring ProcessorVendor() {
             const auto noted = OpenProcessor().ReadText(L"VendorIdentifier");
             *vendor = noted ? *noted : ReadProcessorIdentity().vendor;
         },
-        kVendorPatience);
+        kVendorPatienceMs);
     return end == BoundedEnd::kEnded ? *vendor : std::wstring();
 }
 

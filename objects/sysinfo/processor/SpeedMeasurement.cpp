@@ -157,7 +157,7 @@ SpeedResult MeasureSpeed(ProcessorClock& clock) {
 
 long MeasureSpeedOnThread(ProcessorClock& clock, std::optional<unsigned long> limitSeconds) {
     constexpr unsigned long kLongestSeconds = (INFINITE - 1) / 1000;
-    const DWORD limit = limitSeconds ? std::min(*limitSeconds, kLongestSeconds) * 1000 : INFINITE;
+    const DWORD limitMs = limitSeconds ? std::min(*limitSeconds, kLongestSeconds) * 1000 : INFINITE;
     const FaultBarrier barrier;
     const auto result = std::make_shared<SpeedResult>();
     const BoundedEnd end = RunBounded(
@@ -165,7 +165,7 @@ long MeasureSpeedOnThread(ProcessorClock& clock, std::optional<unsigned long> li
             FaultBarrier::GuardThisThread();
             *result = MeasureSpeed(clock);
         },
-        limit);
+        limitMs);
     return end == BoundedEnd::kEnded ? std::max(result->truncatedMhz, 0L) : -1;
 }
 

@@ -194,7 +194,7 @@ TEST_F(AdapterRequestsTest, EndsTenRunningRequestsWithoutTheirReports) {
     }
     const DWORD start = GetTickCount();
     requests_->Close();
-    EXPECT_LT(GetTickCount() - start, AdapterRequests::kThreadPatience);
+    EXPECT_LT(GetTickCount() - start, AdapterRequests::kThreadPatienceMs);
     EXPECT_EQ(0, running);
     EXPECT_EQ(0, reports_);
     EXPECT_EQ(0, object_.References());
@@ -213,11 +213,11 @@ TEST_F(AdapterRequestsTest, KillsAThreadThatIsStuckAndGetsItsLock) {
     DWORD start = GetTickCount();
     EXPECT_EQ(Found::kLocked, requests_->Find(1, copy));
     EXPECT_EQ(VT_EMPTY, copy.Type());
-    EXPECT_GE(GetTickCount() - start, AdapterRequests::kScriptPatience - 50);
+    EXPECT_GE(GetTickCount() - start, AdapterRequests::kScriptPatienceMs - 50);
     start = GetTickCount();
     requests_->Close();
-    EXPECT_GE(GetTickCount() - start, 2 * AdapterRequests::kThreadPatience - 50);
-    EXPECT_LT(GetTickCount() - start, 2 * AdapterRequests::kThreadPatience + 3000);
+    EXPECT_GE(GetTickCount() - start, 2 * AdapterRequests::kThreadPatienceMs - 50);
+    EXPECT_LT(GetTickCount() - start, 2 * AdapterRequests::kThreadPatienceMs + 3000);
     EXPECT_EQ(Found::kNo, requests_->Find(1, copy));
     EXPECT_EQ(0, object_.References());
 }

@@ -54,16 +54,12 @@ TEST(ModulePin, GivesTheLibraryBackHoweverAThreadEnds) {
     }
 }
 
-TEST(ModulePin, StartsSuspendedAndMovesWhatTheRoutineOwns) {
+TEST(ModulePin, MovesWhatTheRoutineOwns) {
     auto owned = std::make_unique<int>(5);
     const std::weak_ptr<int> watched = [&, shared = std::make_shared<int>(6)]() mutable {
         std::weak_ptr<int> weak = shared;
         const UniqueHandle thread = ModulePin::StartThread(
-            [owned = std::move(owned), shared = std::move(shared)] { return *owned + *shared; },
-            ModulePin::Start::kSuspended);
-        EXPECT_EQ(WaitForSingleObject(thread.Get(), 50), static_cast<DWORD>(WAIT_TIMEOUT));
-        EXPECT_FALSE(weak.expired());
-        ResumeThread(thread.Get());
+            [owned = std::move(owned), shared = std::move(shared)] { return *owned + *shared; });
         EXPECT_EQ(ExitCode(thread.Get()), 11u);
         return weak;
     }();
