@@ -35,6 +35,8 @@ namespace {
 // Names are at most 255 characters for keys and 16383 for values; other registries may differ.
 constexpr size_t kUsualName = 256;
 constexpr size_t kLongestName = 65'536;
+// In bytes. What is longer takes one more question.
+constexpr size_t kUsualValue = 512;
 // A value that grows while it is read is read again.
 constexpr int kReadAttempts = 8;
 
@@ -167,24 +169,23 @@ void Widen(RegistryValue& value) {
         FromNarrow({reinterpret_cast<const char*>(value.bytes.data()), value.bytes.size()}));
 }
 
-// Type and size first, then the data. `query` is RegQueryValueEx from its type parameter on.
+// Reads type and data by one question in most cases. Of a value that is longer than usual the
+// answer gives type and size, and it is read in a second one, if its type is `wanted`. `query` is
+// RegQueryValueEx from its type parameter on.
 template <typename Query>
-LSTATUS ReadValue(RegistryValue& value, Query query) {
-    DWORD size = 0;
-    LSTATUS status = query(&value.type, nullptr, &size);
-    for (int i = 0; i < kReadAttempts && status == ERROR_SUCCESS; ++i) {
-        value.bytes.resize(size);
-        // Without a place for the data the function would only tell the size again.
-        unsigned char none = 0;
-        unsigned char* place = value.bytes.empty() ? &none : value.bytes.data();
-        status = query(&value.type, place, &size);
-        if (status != ERROR_MORE_DATA) {
-            value.bytes.resize(std::min<size_t>(size, value.bytes.size()));
-            return status;
-        }
-        status = query(&value.type, nullptr, &size);
+LSTATUS ReadValue(RegistryValue& value, bool (*wanted)(DWORD type), Query query) {
+    unsigned char usual[kUsualValue];
+    DWORD size = sizeof usual;
+    LSTATUS status = query(&value.type, usual, &size);
+    if (status == ERROR_SUCCESS) {
+        value.bytes.assign(usual, usual + std::min<size_t>(size, sizeof usual));
     }
-    return status == ERROR_SUCCESS ? ERROR_MORE_DATA : status;
+    for (int i = 0; i < kReadAttempts && status == ERROR_MORE_DATA && wanted(value.type); ++i) {
+        value.bytes.resize(size);
+        status = query(&value.type, value.bytes.data(), &size);
+        value.bytes.resize(std::min<size_t>(size, value.bytes.size()));
+    }
+    return status;
 }
 
 // The narrow form of what is to be written; nullopt when the code page lacks a character of it.
@@ -210,6 +211,24 @@ std::optional<RegistryHive> RegistryHiveOf(short number) noexcept {
         return std::nullopt;
     }
     return static_cast<RegistryHive>(number);
+}
+
+std::optional<std::wstring> RegistryValue::Text() const {
+    return type == REG_SZ || type == REG_EXPAND_SZ ? std::optional(DecodeRegistryText(bytes))
+                                                   : std::nullopt;
+}
+
+std::optional<std::vector<std::wstring>> RegistryValue::Texts() const {
+    return type == REG_MULTI_SZ ? std::optional(DecodeRegistryTexts(bytes)) : std::nullopt;
+}
+
+std::optional<DWORD> RegistryValue::Number() const {
+    DWORD number = 0;
+    if ((type != REG_DWORD && type != REG_BINARY) || bytes.size() > sizeof number) {
+        return std::nullopt;
+    }
+    std::ranges::copy(bytes, reinterpret_cast<unsigned char*>(&number));
+    return number;
 }
 
 RegistryKey RegistryKey::Open(RegistryHive hive, std::wstring_view path, REGSAM access,
@@ -273,55 +292,47 @@ std::optional<DWORD> RegistryKey::TypeOf(std::wstring_view name) const {
     return status == ERROR_SUCCESS ? std::optional(type) : std::nullopt;
 }
 
-std::optional<RegistryValue> RegistryKey::Read(std::wstring_view name) const {
+std::optional<RegistryValue> RegistryKey::Query(std::wstring_view name, LongValues wanted) const {
+    const auto isWanted = wanted == LongValues::kReadTexts ? IsText : [](DWORD) { return true; };
     RegistryValue value;
     const LSTATUS status = Name(name).Try(
         [&](const wchar_t* wide) {
-            return ReadValue(value, [&](DWORD* type, BYTE* data, DWORD* size) {
+            return ReadValue(value, isWanted, [&](DWORD* type, BYTE* data, DWORD* size) {
                 return api_->queryValueWide(key_.Get(), wide, nullptr, type, data, size);
             });
         },
         [&](const char* narrow) {
-            const LSTATUS read = ReadValue(value, [&](DWORD* type, BYTE* data, DWORD* size) {
-                return api_->queryValueNarrow(key_.Get(), narrow, nullptr, type, data, size);
-            });
+            const LSTATUS read =
+                ReadValue(value, isWanted, [&](DWORD* type, BYTE* data, DWORD* size) {
+                    return api_->queryValueNarrow(key_.Get(), narrow, nullptr, type, data, size);
+                });
             Widen(value);
             return read;
         });
     return status == ERROR_SUCCESS ? std::optional(std::move(value)) : std::nullopt;
 }
 
+std::optional<RegistryValue> RegistryKey::Read(std::wstring_view name) const {
+    return Query(name, LongValues::kRead);
+}
+
+std::optional<RegistryValue> RegistryKey::ReadSetting(std::wstring_view name) const {
+    return Query(name, LongValues::kReadTexts);
+}
+
 std::optional<std::wstring> RegistryKey::ReadText(std::wstring_view name) const {
-    std::optional<RegistryValue> value = Read(name);
-    if (!value || (value->type != REG_SZ && value->type != REG_EXPAND_SZ)) {
-        return std::nullopt;
-    }
-    return DecodeRegistryText(value->bytes);
+    const std::optional<RegistryValue> value = ReadSetting(name);
+    return value ? value->Text() : std::nullopt;
 }
 
 std::optional<std::vector<std::wstring>> RegistryKey::ReadTexts(std::wstring_view name) const {
-    std::optional<RegistryValue> value = Read(name);
-    if (!value || value->type != REG_MULTI_SZ) {
-        return std::nullopt;
-    }
-    return DecodeRegistryTexts(value->bytes);
+    const std::optional<RegistryValue> value = ReadSetting(name);
+    return value ? value->Texts() : std::nullopt;
 }
 
 std::optional<DWORD> RegistryKey::ReadNumber(std::wstring_view name) const {
-    DWORD type = REG_NONE;
-    DWORD number = 0;
-    auto* place = reinterpret_cast<BYTE*>(&number);
-    const LSTATUS status = Name(name).Try(
-        [&](const wchar_t* wide) {
-            DWORD size = sizeof(number);
-            return api_->queryValueWide(key_.Get(), wide, nullptr, &type, place, &size);
-        },
-        [&](const char* narrow) {
-            DWORD size = sizeof(number);
-            return api_->queryValueNarrow(key_.Get(), narrow, nullptr, &type, place, &size);
-        });
-    const bool isNumber = type == REG_DWORD || type == REG_BINARY;
-    return status == ERROR_SUCCESS && isNumber ? std::optional(number) : std::nullopt;
+    const std::optional<RegistryValue> value = ReadSetting(name);
+    return value ? value->Number() : std::nullopt;
 }
 
 bool RegistryKey::WriteText(std::wstring_view name, std::wstring_view text) const {

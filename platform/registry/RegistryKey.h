@@ -72,6 +72,16 @@ std::optional<RegistryHive> RegistryHiveOf(short number) noexcept;
 struct RegistryValue {
     DWORD type = REG_NONE;
     RegistryBytes bytes;
+
+    // What the value says; nullopt when it has another type.
+
+    // REG_SZ and REG_EXPAND_SZ, environment variables not expanded.
+    std::optional<std::wstring> Text() const;
+    // REG_MULTI_SZ.
+    std::optional<std::vector<std::wstring>> Texts() const;
+    // REG_DWORD, and REG_BINARY of at most four bytes (missing high bytes are zero): drivers and
+    // the 9x family store numbers that way.
+    std::optional<DWORD> Number() const;
 };
 
 class RegistryKey {
@@ -107,12 +117,12 @@ public:
     std::optional<DWORD> TypeOf(std::wstring_view name) const;
     // Any value. What other programs change meanwhile is read before or after the change.
     std::optional<RegistryValue> Read(std::wstring_view name) const;
-    // REG_SZ and REG_EXPAND_SZ, environment variables not expanded.
+    // A text of any type or a number; nullopt also for other values that are long, which are not
+    // read to their end just to be refused.
+    std::optional<RegistryValue> ReadSetting(std::wstring_view name) const;
+    // The setting by its type, as RegistryValue tells it.
     std::optional<std::wstring> ReadText(std::wstring_view name) const;
-    // REG_MULTI_SZ.
     std::optional<std::vector<std::wstring>> ReadTexts(std::wstring_view name) const;
-    // REG_DWORD, and REG_BINARY of at most four bytes (missing high bytes are zero): drivers and
-    // the 9x family store numbers that way.
     std::optional<DWORD> ReadNumber(std::wstring_view name) const;
 
     // Each replaces the value of any type; false leaves the old one. A text that contains a zero
@@ -129,6 +139,8 @@ private:
     RegistryKey(UniqueRegistryKey key, const RegistryApi& api) noexcept
         : key_(std::move(key)), api_(&api) {}
 
+    enum class LongValues { kRead, kReadTexts };
+    std::optional<RegistryValue> Query(std::wstring_view name, LongValues wanted) const;
     bool Write(std::wstring_view name, const RegistryValue& value) const;
 
     UniqueRegistryKey key_;

@@ -26,14 +26,17 @@ std::vector<std::wstring> SplitList(std::wstring_view text) {
 }
 
 std::vector<std::wstring> ReadList(const RegistryKey& key, std::wstring_view name) {
-    const std::optional<RegistryValue> value = key.Read(name);
+    const std::optional<RegistryValue> value = key.ReadSetting(name);
     std::vector<std::wstring> parts;
-    if (value && value->type == REG_MULTI_SZ) {
-        for (const std::wstring& text : DecodeRegistryTexts(value->bytes)) {
+    if (!value) {
+        return parts;
+    }
+    if (const auto texts = value->Texts()) {
+        for (const std::wstring& text : *texts) {
             AppendParts(text, parts);
         }
-    } else if (value && (value->type == REG_SZ || value->type == REG_EXPAND_SZ)) {
-        AppendParts(DecodeRegistryText(value->bytes), parts);
+    } else if (const auto text = value->Text()) {
+        AppendParts(*text, parts);
     }
     return parts;
 }
@@ -49,10 +52,11 @@ std::wstring ReadTextOr(const RegistryKey& key, std::wstring_view name, std::wst
 }
 
 std::optional<DWORD> ReadSwitch(const RegistryKey& key, std::wstring_view name) {
-    if (const std::optional<DWORD> number = key.ReadNumber(name)) {
+    const std::optional<RegistryValue> value = key.ReadSetting(name);
+    if (const auto number = value ? value->Number() : std::nullopt) {
         return number;
     }
-    const std::optional<std::wstring> text = key.ReadText(name);
+    const std::optional<std::wstring> text = value ? value->Text() : std::nullopt;
     const bool isNumber = text && !text->empty() && text->size() <= kMostDigits &&
                           text->find_first_not_of(L"0123456789") == std::wstring::npos;
     return isNumber ? std::optional(static_cast<DWORD>(std::stoul(*text))) : std::nullopt;

@@ -43,30 +43,20 @@ enum class Numbers { kRead, kLeaveEmpty };
 // VT_EMPTY for a value that is missing or cannot be read; nullopt when memory is exhausted.
 std::optional<Variant> ReadAsVariant(const RegistryKey& key, std::wstring_view name,
                                      Numbers numbers) {
-    switch (TypeCodeOf(key.TypeOf(name))) {
-    case kNumber:
+    const std::optional<RegistryValue> value = key.ReadSetting(name);
+    if (!value) {
+        return Variant();
+    }
+    if (const auto text = value->Text()) {
+        return Variant::FromText(*text);
+    }
+    if (const auto texts = value->Texts()) {
+        return MakeTextArray(*texts);
+    }
     // Deliberate: a binary value is delivered as a number too, and one of more than four bytes not
     // at all.
-    case kBinary:
-        if (std::optional<DWORD> number =
-                numbers == Numbers::kRead ? key.ReadNumber(name) : std::nullopt) {
-            return Variant::FromUnsigned(*number);
-        }
-        break;
-    case kText:
-        if (std::optional<std::wstring> text = key.ReadText(name)) {
-            return Variant::FromText(*text);
-        }
-        break;
-    case kTexts:
-        if (std::optional<std::vector<std::wstring>> texts = key.ReadTexts(name)) {
-            return MakeTextArray(*texts);
-        }
-        break;
-    case kNone:
-        break;
-    }
-    return Variant();
+    const auto number = numbers == Numbers::kRead ? value->Number() : std::nullopt;
+    return number ? Variant::FromUnsigned(*number) : Variant();
 }
 
 // A key may grant the reading of its values alone, and then tells its texts. A number takes the

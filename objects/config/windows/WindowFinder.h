@@ -29,13 +29,17 @@ public:
     // Longer titles are cut off.
     static constexpr size_t kLongest = 499;
 
+    // The wide function only fails on the 9x family; tests give one that does.
+    explicit WindowTitle(decltype(&GetWindowTextW) readWide = GetWindowTextW) noexcept
+        : readWide_(readWide) {}
+
     // The title of `window`; empty when it has none or does not exist. Valid until the next Read.
     std::wstring_view Read(HWND window) noexcept;
 
 private:
-    size_t ReadWide(HWND window) noexcept;
     size_t ReadNarrow(HWND window) noexcept;
 
+    decltype(&GetWindowTextW) readWide_;
     wchar_t text_[kLongest + 1];
 };
 

@@ -56,6 +56,19 @@ TEST(WindowTitle, IsReadWholeUpToItsLimitFromAnyProcess) {
     EXPECT_EQ(L"", TitleOf(reinterpret_cast<HWND>(INT_PTR(0x7FFFFF0))));
 }
 
+int WINAPI NoWideText(HWND, wchar_t*, int) {
+    SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
+    return 0;
+}
+
+TEST(WindowTitle, IsReadTheNarrowWayWhereThereIsNoOther) {
+    const std::wstring title = UniqueTitle(L"Narr\x00F6w");
+    WindowProgram program({L"--title", title});
+    ASSERT_TRUE(program.Expect("ready"));
+    WindowTitle narrow(&NoWideText);
+    EXPECT_EQ(title, narrow.Read(WindowFinder(title, L"").Find()));
+}
+
 TEST(WindowTitle, IsReadFromThreadsThatDoNotAnswer) {
     const std::wstring title = UniqueTitle(kUnicode);
     const OwnWindow ours(title + L" ours", OwnWindow::Thread::kHangs);
