@@ -1,6 +1,7 @@
 #include "tests/zelnet/SocketTesting.h"
 
 #include "ZelBase/Handles.h"
+#include "ZelBase/log/LogRing.h"
 #include "tests/support/HandleCount.h"
 
 #include <algorithm>
@@ -21,15 +22,56 @@ sockaddr_in LoopbackPort(std::uint16_t port) {
 
 const unsigned threadCountAtStart = ThreadCount();
 
+// "*" takes everything but blanks.
+bool Matches(const char* pattern, const char* text) {
+    if (*pattern != '*') {
+        return *pattern == *text && (*text == 0 || Matches(pattern + 1, text + 1));
+    }
+    for (; *text != 0 && *text != ' '; ++text) {
+        if (Matches(pattern + 1, text + 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
-std::string LogRing() {
-    constexpr std::size_t kSize = 143216;
-    const ZelBase::UniqueHandle section(
-        OpenFileMappingA(FILE_MAP_READ, FALSE, "Global\\ZelKit::WIN32_Logger::Mapping2"));
-    const ZelBase::UniqueMappedView view(MapViewOfFile(section.Get(), FILE_MAP_READ, 0, 0, kSize));
-    EXPECT_TRUE(view);
-    return view ? std::string(static_cast<const char*>(view.Get()), kSize) : std::string();
+void LogReader::Collect() {
+    std::unique_ptr<ZelBase::LogRing> ring;
+    ZelBase::LogRing::OpenShared(INFINITE, ring);
+    WaitForSingleObject(ring->Mutex(), INFINITE);
+    for (const ZelBase::LogRecord& record : ring->Section().records) {
+        if (std::strtoul(record.process, nullptr, 16) == GetCurrentProcessId()) {
+            records_.insert(std::string(record.component) + "|" + record.function + "|" +
+                            std::to_string(record.level) + "|" + record.text);
+        }
+    }
+    ReleaseMutex(ring->Mutex());
+}
+
+bool LogReader::Has(const std::string& pattern, int patienceMs) {
+    for (int waited = 0;; waited += 20) {
+        Collect();
+        if (std::ranges::any_of(records_, [&](const std::string& record) {
+                return Matches(pattern.c_str(), record.c_str());
+            })) {
+            return true;
+        }
+        if (waited >= patienceMs) {
+            return false;
+        }
+        Sleep(20);
+    }
+}
+
+std::string LogReader::Text() {
+    Collect();
+    std::string text;
+    for (const std::string& record : records_) {
+        text += record + "\n";
+    }
+    return text;
 }
 
 std::uint16_t BindToLoopback(SOCKET socket) {

@@ -6,6 +6,7 @@
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
+#include "ZelNet/SourceCode/sockets/UdpNonBlockingClientSocket.h"
 #include "ZelNet/SourceCode/sockets/WIN32_SocketEventThread.h"
 #include "tests/support/TestThreads.h"
 
@@ -13,6 +14,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -35,28 +37,38 @@ protected:
     SocketLayerScope layer_;
 };
 
-// For tests that need the network namespace of tests/network/zelnet.sh.
+// For tests that need the network of tests/network/zelnet.sh.
 class NamespaceTest : public SocketLayerTest {
 protected:
     void SetUp() override {
-        if (!std::getenv("TERVANE_NAMESPACE")) {
+        if (!std::getenv(variable)) {
             GTEST_SKIP() << "run by tests/network/zelnet.sh, in a network of its own";
         }
     }
+
+    const char* variable = "TERVANE_NAMESPACE";
 };
 
-// For tests that need it with dnsmasq as the only name server of the system.
-class RealServerNamespaceTest : public SocketLayerTest {
+// With dnsmasq as the only name server of the system.
+class RealServerNamespaceTest : public NamespaceTest {
 protected:
-    void SetUp() override {
-        if (!std::getenv("TERVANE_REAL_SERVER")) {
-            GTEST_SKIP() << "run by tests/network/zelnet.sh, in a network of its own";
-        }
-    }
+    RealServerNamespaceTest() { variable = "TERVANE_REAL_SERVER"; }
 };
 
-// All bytes of the shared log.
-std::string LogRing();
+// What this process has logged: records as "Component|Function|3|text".
+class LogReader {
+public:
+    // Keeps what the log holds now, which is not much; for use in the midst of a long conversation.
+    void Collect();
+    // Whether a record like the pattern has come, waiting a while for it; "*" stands for anything
+    // but blanks.
+    bool Has(const std::string& pattern, int patienceMs = 5000);
+    // All of them.
+    std::string Text();
+
+private:
+    std::set<std::string> records_;
+};
 
 // One accepted connection, used with blocking calls from the server's script.
 class Connection {
@@ -102,7 +114,8 @@ std::uint16_t UnusedPort();
 
 // Writes down each callback as a word, "connect:0" for instance, after running the test's hook for
 // it, and lets the test wait until certain words have come.
-class RecordingListener : public TcpNonBlockingLineSocketListener {
+class RecordingListener : public TcpNonBlockingLineSocketListener,
+                          public UdpNonBlockingSocketListener {
 public:
     using Hook = std::function<void(void* context)>;
 

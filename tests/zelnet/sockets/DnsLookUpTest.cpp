@@ -128,6 +128,41 @@ TEST_F(DnsLookUp, BelievesTheServersThatItAskedAlone) {
     }
 }
 
+TEST_F(DnsLookUp, IsOneAtATime) {
+    for (const std::string& name : {""s, "a..b"s, std::string(64, 'a'), std::string(70000, 'a')}) {
+        EXPECT_FALSE(dns_->ResolveName(name, &DnsLookUp::Store, &told_));
+    }
+    EXPECT_FALSE(dns_->Abort());
+    ASSERT_TRUE(Resolve());
+    EXPECT_FALSE(dns_->ResolveName("other.example", &DnsLookUp::Store, &told_));
+    EXPECT_FALSE(dns_->SetDnsServers({"10.0.0.3"}));
+    EXPECT_TRUE(dns_->Abort());
+    EXPECT_EQ(told_, "failed");
+    EXPECT_TRUE(dns_->SetDnsServers({"0.0.0.0"}));
+    EXPECT_FALSE(Resolve()); // no server
+    EXPECT_TRUE(dns_->SetDnsServers({"10.0.0.3"}));
+    ASSERT_TRUE(Resolve());
+    socket_->arriving = {{"10.0.0.3", 53, Answer(3)}};
+    socket_->Receive();
+    EXPECT_EQ(told_, "ok 10.9.9.3");
+}
+
+TEST_F(DnsLookUp, MayBeReleasedInItsCallbackOrWhileBusy) {
+    ASSERT_TRUE(Resolve());
+    dns_.reset();
+    EXPECT_EQ(told_, "failed");
+    dns_ = ADns::Create(socket_);
+    dns_->SetDnsServers({"10.0.0.1"});
+    const auto release = [](bool success, void* dns, const std::vector<DnsRecord>&) {
+        EXPECT_TRUE(success);
+        static_cast<std::unique_ptr<ADns>*>(dns)->reset();
+    };
+    ASSERT_TRUE(dns_->ResolveName("a.example", release, &dns_));
+    socket_->arriving = {{"10.0.0.1", 53, Answer(1)}};
+    socket_->Receive();
+    EXPECT_FALSE(dns_);
+}
+
 TEST_F(DnsLookUp, AsksOnceHoweverOftenItHearsThatItCanSend) {
     ASSERT_TRUE(Resolve());
     socket_->CanSend();
