@@ -20,8 +20,6 @@ sockaddr_in LoopbackPort(std::uint16_t port) {
     return address;
 }
 
-const unsigned threadCountAtStart = ThreadCount();
-
 // "*" takes everything but blanks.
 bool Matches(const char* pattern, const char* text) {
     if (*pattern != '*') {
@@ -205,8 +203,15 @@ unsigned ThreadCount() {
     return count;
 }
 
-unsigned ThreadCountAtStart() {
-    return threadCountAtStart;
+unsigned IdleThreadCount() {
+    SCOPED_TRACE("the first one makes GoogleTest start a thread of its own");
+    unsigned count = ThreadCount();
+    for (unsigned before = count + 1; count != before;) { // those of an earlier test may be ending
+        before = count;
+        Sleep(20);
+        count = ThreadCount();
+    }
+    return count;
 }
 
 unsigned HandleCount() {

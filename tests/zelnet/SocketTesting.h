@@ -32,8 +32,14 @@ public:
     ~SocketLayerScope() { EXPECT_TRUE(UninitializeSockets()); }
 };
 
+// The threads of this process; for finding leaks.
+unsigned ThreadCount();
+// Those that it has now and is going to keep, for a time when nobody uses the sockets.
+unsigned IdleThreadCount();
+
 class SocketLayerTest : public testing::Test {
 protected:
+    const unsigned idle_ = IdleThreadCount();
     SocketLayerScope layer_;
 };
 
@@ -149,9 +155,6 @@ private:
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-// What the process holds right now; for finding leaks.
-unsigned ThreadCount();
-unsigned ThreadCountAtStart();
 unsigned HandleCount();
 // Waits until `count` gives at most `limit`, and returns what it gave last.
 unsigned Settled(unsigned (*count)(), unsigned limit);

@@ -424,7 +424,7 @@ TEST_F(MailClientTest, RefusesToSendWhatCannotBe) {
         smtp->SetPassword(row.password);
         expect(smtp->Connect(&recorder, true), row.reason);
     }
-    smtp->SetServer("127.0.0.1");
+    SetUp();
     ScriptedServer server({{"S:220 hi\r\n", "C:HELO*", "S:250 ok\r\n", "SILENCE"}});
     EXPECT_TRUE(Connect(kPlainSmtp, server.Port()));
     expect(smtp->SetServer("x"), SmtpStatus::kBusy);

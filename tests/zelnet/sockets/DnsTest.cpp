@@ -164,11 +164,11 @@ TEST_F(NamespaceDnsTest, ManyLookUpsAtOnce) {
         }
     };
     round(20);
-    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+    EXPECT_EQ(Settled(ThreadCount, idle_), idle_);
     const unsigned handles = HandleCount();
     round(kLookUps);
     EXPECT_EQ(found, 20 + kLookUps);
-    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+    EXPECT_EQ(Settled(ThreadCount, idle_), idle_);
     EXPECT_LE(Settled(HandleCount, handles), handles);
 }
 
@@ -228,7 +228,7 @@ TEST_F(NamespaceConnectTest, CanBeClosedAndReleasedWhileResolving) {
         Sleep(static_cast<DWORD>(round)); // the answer may come at any time
         socket = TcpNonBlockingClientSocket::Create();
     }
-    EXPECT_EQ(Settled(ThreadCount, ThreadCountAtStart()), ThreadCountAtStart());
+    EXPECT_EQ(Settled(ThreadCount, idle_), idle_);
 }
 
 TEST(NetworkInfo, ReadsTheNetworkParameters) {
