@@ -5,6 +5,7 @@
 #include "ZelBase/log/LogRing.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "bench/LateBound.h"
+#include "bench/RequestCount.h"
 
 #include <algorithm>
 #include <chrono>
@@ -74,9 +75,10 @@ public:
         pop_.Set(L"Login", Text(L"someone"));
         pop_.Set(L"Password", Text(L"secret"));
         pop_.Set(L"Timeout", Variant::FromLong(kTimeout));
-        pop_.Call(L"Connect", {});
-        DispatchUntil([this] { return pop_.Get(L"Connected").Get().lVal != 0; });
+        LogIn();
     }
+    void LogIn() { Change(L"Connect", true); }
+    void LogOut() { Change(L"Disconnect", false); }
     void Fetch(LONG number) {
         const Variant index = Variant::FromLong(number);
         const Variant previous = pop_.Get(L"EmailData");
@@ -88,6 +90,12 @@ public:
     }
 
 private:
+    // Refused until the event of the operation before has come.
+    void Change(const wchar_t* method, bool connected) {
+        DispatchUntil([&] { return pop_.Call(method, {}).Get().boolVal != 0; });
+        DispatchUntil([&] { return (pop_.Get(L"Connected").Get().lVal != 0) == connected; });
+    }
+
     LateBound pop_{L"Pellow.PopCtl"};
 };
 
@@ -223,6 +231,18 @@ void MeasureSendingMemory(const MailPorts& ports) {
     const size_t before = Memory(&PROCESS_MEMORY_COUNTERS::WorkingSetSize);
     SendMail(ports, MakeMail(kMemoryTest));
     PrintMemory("sent", before);
+}
+
+void CountMail(const MailPorts& ports) {
+    Mailbox mailbox(ports);
+    mailbox.LogOut();
+    MarkRequests("second login of a PopCtl");
+    mailbox.LogIn();
+    MarkRequests("");
+    mailbox.Fetch(1);
+    MarkRequests("lines fetched by PopCtl, per 512 bytes", kMegabyte / 512);
+    mailbox.Fetch(1);
+    MarkRequests("");
 }
 
 void MeasureFetchingMemory(const MailPorts& ports) {

@@ -21,4 +21,8 @@ void CompareMail(const MailPorts& ports);
 void MeasureSendingMemory(const MailPorts& ports);
 void MeasureFetchingMemory(const MailPorts& ports);
 
+// Counts the requests of a second login of an object, and of fetching a megabyte, per 512 bytes;
+// see RequestCount.h.
+void CountMail(const MailPorts& ports);
+
 } // namespace bench

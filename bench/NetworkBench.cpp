@@ -10,6 +10,7 @@
 #include "bench/BareTransfer.h"
 #include "bench/Comparison.h"
 #include "bench/LateBound.h"
+#include "bench/RequestCount.h"
 #include "tests/support/TestThreads.h"
 
 #include <algorithm>
@@ -145,6 +146,15 @@ void CompareLineSocket(const TransferSizes& sizes) {
     LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte / 10); // warms up
     CompareDirection("received", LoopbackServer::Does::SendLines, sizes);
     CompareDirection("sent", LoopbackServer::Does::Receive, sizes);
+    ZelNet::UninitializeSockets();
+}
+
+void CountLineSocket() {
+    Require(ZelNet::InitializeSockets(), "starting the socket layer");
+    LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte / 10);
+    MarkRequests("lines taken by the line socket, per 512 bytes", kMegabyte / 512);
+    LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte);
+    MarkRequests("");
     ZelNet::UninitializeSockets();
 }
 

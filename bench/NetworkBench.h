@@ -12,6 +12,8 @@ struct TransferSizes {
 // Receiving and sending lines over loopback with the line socket against a bare blocking loop that
 // takes 512 bytes at a time, and against the same loop that also writes as many trace records.
 void CompareLineSocket(const TransferSizes& sizes);
+// Counts the requests of receiving a megabyte, per 512 bytes; see RequestCount.h.
+void CountLineSocket();
 
 // 1,000 names, one after another, of the name servers in the system's network parameters, against
 // the system's resolver. They must know every name below "bench.example".

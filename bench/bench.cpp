@@ -124,6 +124,8 @@ bool RunNetworkBench(int argumentCount, char** arguments) {
         bench::CompareLineSocket({std::stoi(arguments[2]), std::stoi(arguments[3])});
     } else if (name == "log") {
         bench::CompareLogging();
+    } else if (name == "count-line-socket") {
+        bench::CountLineSocket();
     } else {
         return false;
     }
@@ -134,6 +136,7 @@ bool RunNetworkBench(int argumentCount, char** arguments) {
 bool RunMailBench(int argumentCount, char** arguments) {
     constexpr std::pair<std::string_view, void (*)(const bench::MailPorts&)> kBenches[] = {
         {"mail", bench::CompareMail},
+        {"count-mail", bench::CountMail},
         {"mail-memory-send", bench::MeasureSendingMemory},
         {"mail-memory-fetch", bench::MeasureFetchingMemory}};
     if (argumentCount < 5) {

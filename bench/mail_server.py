@@ -12,7 +12,7 @@ import sys
 import tempfile
 import threading
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts" / "lib"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "scripts" / "lib"))
 import mail_server
 
 END = b"\r\n.\r\n"
