@@ -1,3 +1,5 @@
+// What a comparison with a string (in tests/zelnet) does not show.
+
 #include "ZelBase/ADynaByteBuffer.h"
 
 #include <gtest/gtest.h>
@@ -8,44 +10,19 @@
 namespace ZelBase::test {
 namespace {
 
-std::string Taken(ADynaByteBuffer& buffer, std::size_t count, bool peek = false) {
-    std::string bytes(count, '?');
-    return buffer.Read(bytes.data(), count, peek) ? bytes : "refused";
-}
-
-TEST(ADynaByteBuffer, ReadsWholeRequestsOnly) {
+TEST(ADynaByteBuffer, RefusesWhatLeadsNowhere) {
     ADynaByteBuffer buffer(4, 4);
-    EXPECT_TRUE(buffer.Append("abcdef", ADynaByteBuffer::kUntilNul));
-    EXPECT_TRUE(buffer.Append("\0g", 2));
+    EXPECT_TRUE(buffer.Append("one;two", ADynaByteBuffer::kUntilNul));
     EXPECT_FALSE(buffer.Append(nullptr, 2));
-    EXPECT_EQ(buffer.Size(), 8u);
-    EXPECT_EQ(Taken(buffer, 9), "refused");
-    EXPECT_EQ(Taken(buffer, 0), "refused");
-    EXPECT_EQ(Taken(buffer, 5, true), "abcde");
-    EXPECT_EQ(Taken(buffer, 5), "abcde");
-    EXPECT_EQ(Taken(buffer, 3), std::string("f\0g", 3));
-    EXPECT_EQ(buffer.Size(), 0u);
-}
-
-TEST(ADynaByteBuffer, ReadsUntilADelimiter) {
-    ADynaByteBuffer buffer(8, 8);
-    buffer.Append("one;two\n;", 9);
+    EXPECT_EQ(buffer.Size(), 7u);
     char dest[8] = {};
     std::size_t length = 99;
-    EXPECT_FALSE(buffer.ReadUntil('#', dest, sizeof dest, &length, false, false));
-    EXPECT_FALSE(buffer.ReadUntil(';', dest, 2, &length, false, false));
-    EXPECT_FALSE(buffer.ReadUntil(';', dest, 3, &length, true, false));
     EXPECT_FALSE(buffer.ReadUntil(';', nullptr, 8, &length, true, false));
+    EXPECT_FALSE(buffer.ReadUntil(';', dest, 2, &length, false, false));
     EXPECT_EQ(length, 99u);
-    EXPECT_TRUE(buffer.ReadUntil(';', dest, 4, &length, true, true));
-    EXPECT_EQ(std::string(dest, length), "one;");
     EXPECT_TRUE(buffer.ReadUntil(';', dest, 3, &length, false, false));
     EXPECT_EQ(std::string(dest, length), "one");
-    EXPECT_TRUE(buffer.ReadUntil('\n', dest, 8, &length, false, false));
-    EXPECT_EQ(std::string(dest, length), "two");
-    EXPECT_TRUE(buffer.ReadUntil(';', dest, 0, &length, false, false)); // nothing before it
-    EXPECT_EQ(length, 0u);
-    EXPECT_EQ(buffer.Size(), 0u);
+    EXPECT_EQ(buffer.Size(), 3u); // the delimiter is taken, too
 }
 
 TEST(ADynaByteBuffer, GrowsInStepsAndNeverShrinks) {
@@ -64,35 +41,31 @@ TEST(ADynaByteBuffer, GrowsInStepsAndNeverShrinks) {
     EXPECT_EQ(buffer.Capacity(), 6144u);
 }
 
-double SecondsForQueue(std::size_t size) {
+double SecondsForQueues(std::size_t count, std::size_t size) {
     const auto start = std::chrono::steady_clock::now();
-    ADynaByteBuffer buffer(5120, 1024);
-    const std::string line(60, 'x');
-    std::size_t index = 0;
-    for (std::size_t filled = 0; filled < size; filled += line.size()) {
-        buffer.Append(line.data(), line.size());
-        EXPECT_FALSE(buffer.Find('\n', &index)); // one endless line
-    }
-    char chunk[512];
-    while (buffer.Read(chunk, sizeof chunk, false)) {
+    for (; count != 0; --count) {
+        ADynaByteBuffer buffer(5120, 1024);
+        const std::string line(60, 'x');
+        std::size_t index = 0;
+        for (std::size_t filled = 0; filled < size; filled += line.size()) {
+            buffer.Append(line.data(), line.size());
+            EXPECT_FALSE(buffer.Find('\n', &index)); // one endless line
+        }
+        char chunk[512];
+        while (buffer.Read(chunk, sizeof chunk, false)) {
+        }
     }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// The best of several runs, as other programs want the processor too.
-double BestSecondsForQueue(std::size_t size, int runs) {
-    double best = SecondsForQueue(size);
-    for (int i = 1; i < runs; ++i) {
-        best = std::min(best, SecondsForQueue(size));
-    }
-    return best;
-}
-
-// With 32 times the bytes, moving or searching all that is there for each piece takes 1,024 times
-// as long; the bound leaves ten times the linear cost to a busy machine.
+// The same bytes in one queue and in 32: moving or searching all that is there for each piece would
+// take the one 32 times as long. A busy machine may disturb one comparison, but not all.
 TEST(ADynaByteBuffer, CostsTimeLinearInItsBytes) {
-    const double small = BestSecondsForQueue(256 << 10, 20);
-    EXPECT_LT(BestSecondsForQueue(8 << 20, 5), 10 * 32 * small) << small;
+    double ratio = 99;
+    for (int i = 0; i < 20 && ratio > 8; ++i) {
+        ratio = SecondsForQueues(1, 8 << 20) / SecondsForQueues(32, 256 << 10);
+    }
+    EXPECT_LE(ratio, 8);
 }
 
 } // namespace

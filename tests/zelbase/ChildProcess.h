@@ -25,7 +25,6 @@ public:
     ChildProcess(ChildProcess&&) = default;
     ChildProcess& operator=(ChildProcess&&) = delete;
 
-    bool HasStarted() const { return static_cast<bool>(process_); }
     // The next line of its output without line end; empty at the end of the output, and when a
     // minute brings nothing.
     std::optional<std::string> ReadLine();

@@ -16,22 +16,17 @@ std::wstring HostFolder() {
     return program.substr(0, program.find_last_of(L'\\') + 1);
 }
 
-bool IsInHostFolder(HMODULE library) {
-    return ModulePath(library).starts_with(HostFolder());
-}
-
 TEST(SystemLibrary, IgnoresWhatIsPlantedInTheHostsFolder) {
     const std::wstring planted = HostFolder() + L"inetmib1.dll";
     ASSERT_TRUE(CopyFileW((HostFolder() + kProbe).c_str(), planted.c_str(), FALSE));
-    {
-        // Whoever asks by the name alone walks into the trap.
-        const UniqueLibrary byName(LoadLibraryW(L"inetmib1.dll"));
-        EXPECT_TRUE(IsInHostFolder(byName.Get()));
-    }
+    // Whoever asks by the name alone walks into the trap.
+    UniqueLibrary byName(LoadLibraryW(L"inetmib1.dll"));
+    EXPECT_EQ(ModulePath(byName.Get()), planted);
+    byName.Reset();
     {
         const SystemLibrary library("inetmib1.dll");
-        EXPECT_TRUE(library && !IsInHostFolder(library.Get()));
         EXPECT_TRUE(library.Find<FARPROC>("SnmpExtensionInit"));
+        EXPECT_FALSE(ModulePath(library.Get()).starts_with(HostFolder()));
     }
     EXPECT_TRUE(DeleteFileW(planted.c_str()));
     EXPECT_FALSE(SystemLibrary("pin_probe.dll"));
@@ -79,25 +74,21 @@ LibraryApi Played(bool wide) {
 }
 
 TEST(SystemLibrary, AsksEachSystemInTheWayThatItKnows) {
-    struct Case {
-        LibraryApi api;
-        const char* asked;
-    };
     LibraryApi systemOnly = Played(true);
     systemOnly.searchesSystemOnly = true;
     LibraryApi lacking = Played(true);
     lacking.loadLibraryW = FindNothing;
     LibraryApi halfWide = Played(false);
     halfWide.getSystemDirectoryW = Directory<wchar_t>;
-    for (const Case& row : {Case{systemOnly, "W:\\sys\\x.dll:2048 "},
-                            {Played(true), "W:\\sys\\x.dll:8 "},
-                            {lacking, "W:\\sys\\x.dll:8 "},
-                            {Played(false), "N:\\sys\\x.dll:8 "},
-                            {halfWide, "N:\\sys\\x.dll:8 "}}) {
+    for (const auto& [api, path] : {std::pair(systemOnly, "W:\\sys\\x.dll:2048 "),
+                                    {Played(true), "W:\\sys\\x.dll:8 "},
+                                    {lacking, "W:\\sys\\x.dll:8 "},
+                                    {Played(false), "N:\\sys\\x.dll:8 "},
+                                    {halfWide, "N:\\sys\\x.dll:8 "}}) {
         asked.clear();
-        const HMODULE loaded = SystemLibrary("x.dll", row.api).Get();
-        EXPECT_EQ(asked, row.asked);
-        EXPECT_EQ(loaded != nullptr, row.api.loadLibraryW != FindNothing);
+        const HMODULE loaded = SystemLibrary("x.dll", api).Get();
+        EXPECT_EQ(asked, path);
+        EXPECT_EQ(loaded != nullptr, api.loadLibraryW != FindNothing);
     }
     asked.clear();
     EXPECT_FALSE(SystemLibrary(std::string(MAX_PATH, 'x').c_str(), Played(true)));

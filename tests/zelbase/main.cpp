@@ -8,16 +8,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
+#include <map>
 
 namespace {
 
-// Writes `count` records whose text is long and tells whether it is whole.
-int WriteRecords(const char* component, int count) {
+using Arguments = std::vector<std::string>;
+
+// Writes records whose text is long and tells whether it is whole: "write COMPONENT COUNT".
+int WriteRecords(const Arguments& arguments) {
     const auto logger = ZelBase::Logger::Create();
-    logger->SetComponent(component);
-    for (int i = 0; i < count; ++i) {
+    logger->SetComponent(arguments[1].c_str());
+    for (int i = 0; i < std::stoi(arguments[2]); ++i) {
         const std::string filler(400, static_cast<char>('a' + i % 26));
         logger->Log("WriteRecords", ZelBase::LogLevel::kTrace, static_cast<std::uint32_t>(i),
                     "%d %s %d", i, filler.c_str(), i);
@@ -26,7 +27,7 @@ int WriteRecords(const char* component, int count) {
 }
 
 // Ends while it has the ring's mutex, as a process does that crashes in the middle of a record.
-int DieWithMutex() {
+int DieWithMutex(const Arguments&) {
     ZelBase::UniqueHandle mutex(
         OpenMutexA(SYNCHRONIZE, FALSE, "Global\\ZelKit::WIN32_Logger::Mutex2"));
     const DWORD result = WaitForSingleObject(mutex.Get(), 10000);
@@ -47,8 +48,12 @@ int RingOf(ZelBase::Logger& logger) {
     return logger.IsValid() ? 3 : 9;
 }
 
+int NameRing(const Arguments&) {
+    return RingOf(*ZelBase::Logger::Create());
+}
+
 // In a process of its own, because it keeps the log open.
-int LogByDefault() {
+int LogByDefault(const Arguments&) {
     ZelBase::Log("Operation", ZelBase::LogLevel::kTrace, "free %d%%%%", 50);
     for (const auto& record : ZelBase::test::RingView().RecordsOf("DEBUG")) {
         std::printf("%u %s\n", record.level, record.text.c_str());
@@ -56,13 +61,11 @@ int LogByDefault() {
     return 0;
 }
 
-int NameRing() {
-    return RingOf(*ZelBase::Logger::Create());
-}
-
-// Opens the log on a thread of the library's or on one that is not, and says how many milliseconds
-// that took and which ring it got; one of the library's then logs until the ring is the machine's.
-int MeetLockedRing(bool onOwnThread) {
+// Opens the log on a thread of the library's ("own") or on one that is not, and says how many
+// milliseconds that took and which ring it got; one of the library's then logs until the ring is
+// the machine's.
+int MeetLockedRing(const Arguments& arguments) {
+    const bool onOwnThread = arguments[1] == "own";
     std::unique_ptr<ZelBase::Logger> logger;
     const DWORD start = GetTickCount();
     const auto open = [&] { logger = ZelBase::Logger::Create(); };
@@ -83,30 +86,17 @@ int MeetLockedRing(bool onOwnThread) {
     return ring;
 }
 
-int RunChild(int argc, char** argv) {
-    if (argc == 5 && !std::strcmp(argv[2], "write")) {
-        return WriteRecords(argv[3], std::atoi(argv[4]));
-    }
-    if (argc == 3 && !std::strcmp(argv[2], "die-with-mutex")) {
-        return DieWithMutex();
-    }
-    if (argc == 3 && !std::strcmp(argv[2], "name-ring")) {
-        return NameRing();
-    }
-    if (argc == 3 && !std::strcmp(argv[2], "log-by-default")) {
-        return LogByDefault();
-    }
-    if (argc == 4 && !std::strcmp(argv[2], "meet-locked-ring")) {
-        return MeetLockedRing(!std::strcmp(argv[3], "own"));
-    }
-    return 1;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 2 && !std::strcmp(argv[1], "--child")) {
-        return RunChild(argc, argv);
+    const std::map<std::string, int (*)(const Arguments&)> roles = {
+        {"write", WriteRecords},
+        {"die-with-mutex", DieWithMutex},
+        {"name-ring", NameRing},
+        {"log-by-default", LogByDefault},
+        {"meet-locked-ring", MeetLockedRing}};
+    if (argc > 2 && std::string(argv[1]) == "--child") {
+        return roles.at(argv[2])(Arguments(argv + 2, argv + argc));
     }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

@@ -1,11 +1,16 @@
+// What a process logs, and into which ring.
+
 #include "ZelBase/log/Logger.h"
 #include "ZelBase/log/ALogger.h"
+#include "ZelBase/log/LogRing.h"
 #include "ZelBase/threads/ModulePin.h"
+#include "tests/support/HandleCount.h"
 #include "tests/zelbase/ChildProcess.h"
 #include "tests/zelbase/log/RingView.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <ctime>
 
@@ -33,16 +38,15 @@ protected:
 };
 
 TEST_F(LoggerTest, RecordsCarryTheirTagsOrTheDefaults) {
-    struct Row {
+    constexpr auto kWarning = LogLevel::kWarning;
+    const struct {
         void (*log)(Logger&);
         const char* function;
         unsigned level;
         std::uint32_t value;
         const char* text;
-    };
-    constexpr auto kWarning = LogLevel::kWarning;
-    const Row rows[] = {
-        {[](Logger& l) { l.Log(kWarning, 5u, "a %d", 1); }, "Default", 3, 5, "a 1"},
+    } rows[] = {
+        {[](Logger& l) { l.Log(kWarning, 5u, "a %d", 1); }, "Default", 1, 5, "a 1"},
         {[](Logger& l) { l.Log(kWarning, "b %s", "x"); }, "Default", 1, 9, "b x"},
         {[](Logger& l) { l.Log(6u, "c"); }, "Default", 3, 6, "c"},
         {[](Logger& l) { l.Log("d %d", 4); }, "Default", 3, 9, "d 4"},
@@ -51,19 +55,20 @@ TEST_F(LoggerTest, RecordsCarryTheirTagsOrTheDefaults) {
         {[](Logger& l) { l.Log("Own", kWarning, "g %%"); }, "Own", 1, 9, "g %"},
         {[](Logger& l) { l.Log("Own", 8u, "h"); }, "Own", 3, 8, "h"},
     };
+    SetLastError(12345);
     logger_->Log("first");
+    EXPECT_EQ(GetLastError(), 12345u);
     EXPECT_EQ(Newest().function, "GENERAL");
-    EXPECT_EQ(Newest().level, 0u);
-    EXPECT_EQ(Newest().value, 0u);
+    EXPECT_EQ(Newest().level + Newest().value, 0u);
     logger_->SetFunction("Default");
     logger_->SetLevel(LogLevel::kTrace);
     logger_->SetValue(9);
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         row.log(*logger_);
         const RingRecord record = Newest();
         EXPECT_EQ(record.text, row.text);
         EXPECT_EQ(record.function, row.function) << row.text;
-        EXPECT_EQ(record.level, &row == rows ? 1u : row.level) << row.text;
+        EXPECT_EQ(record.level, row.level) << row.text;
         EXPECT_EQ(record.value, row.value) << row.text;
         EXPECT_LE(std::abs(static_cast<long long>(record.time) - std::time(nullptr)), 2);
     }
@@ -134,20 +139,14 @@ TEST_F(LoggerTest, SurvivesADamagedHeader) {
 }
 
 TEST_F(LoggerTest, GoesOnAfterAProcessDiedWithTheMutex) {
-    for (int i = 0; i < 2; ++i) {
-        auto child = ChildProcess::Self("die-with-mutex");
-        ASSERT_EQ(child.Wait(), 7u);
-        if (i == 0) {
-            logger_->Log("after death");
-            EXPECT_EQ(Newest().text, "after death");
-        } else { // a new logger meets it
-            const auto logger = Logger::Create();
-            ASSERT_TRUE(logger->IsValid());
-            logger->SetComponent(component_.c_str());
-            logger->Log("opened after death");
-            EXPECT_EQ(Newest().text, "opened after death");
-        }
-    }
+    ASSERT_EQ(ChildProcess::Self("die-with-mutex").Wait(), 7u);
+    logger_->Log("after death");
+    EXPECT_EQ(Newest().text, "after death");
+    ASSERT_EQ(ChildProcess::Self("die-with-mutex").Wait(), 7u);
+    const auto logger = Logger::Create(); // meets it, too
+    logger->SetComponent(component_.c_str());
+    logger->Log("opened after death");
+    EXPECT_EQ(Newest().text, "opened after death");
 }
 
 DWORD WINAPI LogManyRecords(void* logger) {
@@ -181,9 +180,9 @@ TEST(Logger, SharesOneRingAcrossSessionsFromWindows2000On) {
     if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
         GTEST_SKIP() << "needs Wine";
     }
-    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win98").Wait(), 1u);
-    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "nt40").Wait(), 1u);
-    EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", "win2k").Wait(), 2u);
+    for (const auto& [version, ring] : {std::pair("win98", 1u), {"nt40", 1u}, {"win2k", 2u}}) {
+        EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", version).Wait(), ring) << version;
+    }
 }
 
 TEST_F(LoggerTest, WakesThoseWhoWaitForRecords) {
@@ -200,12 +199,6 @@ TEST_F(LoggerTest, WakesThoseWhoWaitForRecords) {
     WaitForSingleObject(waiting.Get(), INFINITE);
     EXPECT_TRUE(isWoken);
     EXPECT_EQ(WaitForSingleObject(event.Get(), 0), static_cast<DWORD>(WAIT_TIMEOUT)); // only then
-}
-
-TEST_F(LoggerTest, LeavesTheLastErrorAlone) {
-    SetLastError(12345);
-    logger_->Log("Function", LogLevel::kError, "failed");
-    EXPECT_EQ(GetLastError(), 12345u);
 }
 
 TEST_F(LoggerTest, DefaultLoggerFormatsTwiceAndReadsNothingThatNobodyGave) {
@@ -229,7 +222,123 @@ TEST_F(LoggerTest, DefaultLoggerFormatsTwiceAndReadsNothingThatNobodyGave) {
     own.Log("Operation", LogLevel::kTrace, "after");
     EXPECT_EQ(newest().text, "after");
     EXPECT_FALSE(ALogger(nullptr).IsValid());
-    ALogger(nullptr).Log("Operation", LogLevel::kTrace, "nowhere %s", "at all");
+    ALogger(nullptr).Log("Operation", LogLevel::kTrace, "nowhere");
+}
+
+enum Ring : DWORD { kSession = 1, kMachine, kOwn }; // as the second process answers, see main.cpp
+
+const std::string kEvent = "ZelKit::WIN32_Logger::Event2";
+const std::string kMutex = "ZelKit::WIN32_Logger::Mutex2";
+const std::string kSection = "ZelKit::WIN32_Logger::Mapping2";
+const std::string kGlobal = "Global\\";
+
+HANDLE MakeEvent(const std::string& name) {
+    return CreateEventA(nullptr, TRUE, FALSE, name.c_str());
+}
+
+HANDLE MakeMutex(const std::string& name) {
+    return CreateMutexA(nullptr, FALSE, name.c_str());
+}
+
+HANDLE MakeSmall(const std::string& name) {
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096, name.c_str());
+}
+
+HANDLE MakeReserved(const std::string& name) {
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE | SEC_RESERVE, 0,
+                              RingView::kSize, name.c_str());
+}
+
+// As it should be, but nobody is let in.
+HANDLE MakeForbidden(const std::string& name) {
+    ACL nobody;
+    InitializeAcl(&nobody, sizeof nobody, ACL_REVISION);
+    SECURITY_DESCRIPTOR descriptor;
+    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE);
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, &attributes, PAGE_READWRITE, 0, RingView::kSize,
+                              name.c_str());
+}
+
+// Nobody may have the log open when these tests begin, so those of all obstacles leave the logging
+// to second processes.
+class RingChoice : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_FALSE(RingView().IsOpen()) << "somebody has the log open"; }
+};
+
+TEST_F(RingChoice, IsTheNextWhereOneIsNotWhatItShouldBe) {
+    const struct {
+        const char* what;
+        HANDLE (*make)(const std::string& name);
+        std::vector<std::string> names;
+        DWORD ring;
+    } rows[] = {
+        {"nothing", MakeEvent, {}, kMachine},
+        {"no section", MakeEvent, {kGlobal + kSection}, kSession},
+        {"no mutex", MakeEvent, {kGlobal + kMutex}, kSession},
+        {"no event", MakeMutex, {kGlobal + kEvent}, kSession},
+        {"small", MakeSmall, {kGlobal + kSection}, kSession},
+        {"reserved", MakeReserved, {kGlobal + kSection}, kSession},
+        {"forbidden", MakeForbidden, {kGlobal + kSection}, kSession},
+        {"both small", MakeSmall, {kGlobal + kSection, kSection}, kOwn},
+        {"no mutexes", MakeEvent, {kGlobal + kMutex, kMutex}, kOwn},
+    };
+    // What the viewer says then, in the order of the numbers above.
+    const char* const shown[] = {"", "showing the log of this session",
+                                 "showing the machine-wide log", "neither"};
+    for (const auto& row : rows) {
+        std::vector<UniqueHandle> obstacles;
+        for (const std::string& name : row.names) {
+            obstacles.emplace_back(row.make(name));
+            ASSERT_TRUE(obstacles.back()) << row.what;
+        }
+        EXPECT_EQ(ChildProcess::Self("name-ring").Wait(), row.ring) << row.what;
+        auto viewer = ChildProcess::Program("..\\tools\\log_viewer.exe", "dump");
+        EXPECT_NE(viewer.ReadLine().value_or("").find(shown[row.ring]), std::string::npos)
+            << row.what;
+    }
+}
+
+TEST_F(RingChoice, IsOneForAllLoggers) {
+    Logger::Create();
+    const auto before = tervane::test::OpenHandleCount();
+    auto first = Logger::Create();
+    const auto withOne = tervane::test::OpenHandleCount();
+    EXPECT_GT(withOne, before);
+    {
+        std::vector<std::unique_ptr<Logger>> others(100);
+        std::generate(others.begin(), others.end(), &Logger::Create);
+        EXPECT_EQ(tervane::test::OpenHandleCount(), withOne);
+        first.reset();
+        EXPECT_TRUE(RingView().IsOpen());
+    }
+    EXPECT_FALSE(RingView().IsOpen());
+    EXPECT_EQ(tervane::test::OpenHandleCount(), before);
+}
+
+// An administrator's viewer could make a machine-wide ring, which is not that of those who could
+// not and are running already.
+TEST_F(RingChoice, OfAViewerIsTheOneThatIsThere) {
+    std::unique_ptr<LogRing> session;
+    ASSERT_EQ(LogRing::Open(LogRing::Place::kSession, 0, session), LogRing::Result::kOpened);
+    auto viewer = ChildProcess::Program("..\\tools\\log_viewer.exe", "dump");
+    EXPECT_NE(viewer.ReadLine().value_or("").find("the log of this session"), std::string::npos);
+}
+
+// Somebody has the mutex and keeps it: threads of the host do not wait at all, others a second at
+// most, and all go on with a ring of their own until the shared one is to be had.
+TEST_F(RingChoice, IsTheProcesssOwnWhileTheSharedOneIsLocked) {
+    const UniqueHandle mutex(CreateMutexA(nullptr, TRUE, (kGlobal + kMutex).c_str()));
+    auto host = ChildProcess::Self("meet-locked-ring host");
+    EXPECT_LT(std::atoi(host.ReadLine().value_or("").c_str()), 900);
+    EXPECT_EQ(host.ReadLine(), "ring 3");
+    auto own = ChildProcess::Self("meet-locked-ring own");
+    EXPECT_GE(std::atoi(own.ReadLine().value_or("").c_str()), 950);
+    EXPECT_EQ(own.ReadLine(), "ring 3");
+    ReleaseMutex(mutex.Get());
+    EXPECT_EQ(own.Wait(), kMachine);
 }
 
 } // namespace
