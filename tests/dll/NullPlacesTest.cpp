@@ -1,10 +1,8 @@
 // Every member of every class that returns something, called as compiled clients can: without a
 // place for the result.
 
-#include "support/TestComponent.h"
-
-#include <TERVANELib.h>
-#include <gtest/gtest.h>
+#include "support/Classes.h"
+#include "support/ObjectTest.h"
 
 #include <set>
 
@@ -19,12 +17,6 @@ const std::set<std::pair<std::wstring, std::wstring>> kUnmoved = {
     {L"IDHCPConfiguration", L"IsRebootNeeded"},
     {L"IDHCPConfiguration", L"LastError"},
     {L"IDHCPConfiguration", L"LastErrorCode"}};
-
-std::wstring NameOf(ITypeInfo* info, MEMBERID member) {
-    UniqueBstr name;
-    info->GetDocumentation(member, name.Put(), nullptr, nullptr, nullptr);
-    return std::wstring(TextOf(name.Get()));
-}
 
 // Zeroes of the declared types, and null for the result.
 HRESULT CallWithoutPlace(IUnknown* object, const FUNCDESC& function) {
@@ -45,55 +37,53 @@ HRESULT CallWithoutPlace(IUnknown* object, const FUNCDESC& function) {
     return FAILED(called) ? called : result.lVal;
 }
 
+ComPtr<ITypeInfo> CoclassOf(IUnknown* object) {
+    ComPtr<ITypeInfo> coclass;
+    QueryFor<IProvideClassInfo>(object)->GetClassInfo(coclass.Put());
+    return coclass;
+}
+
+// What the interface's own description, with the virtual table, lists.
+int CallAll(IUnknown* object, ITypeInfo* table) {
+    int members = 0;
+    const std::wstring name = NameOf(table);
+    FUNCDESC* function = nullptr;
+    for (UINT f = 0; SUCCEEDED(table->GetFuncDesc(f, &function)); ++f) {
+        const SHORT last = function->cParams - 1;
+        if (last >= 0 &&
+            function->lprgelemdescParam[last].paramdesc.wParamFlags & PARAMFLAG_FRETVAL) {
+            const std::wstring member = NameOf(table, function->memid);
+            const bool unmoved = kUnmoved.count({name, L""}) || kUnmoved.count({name, member});
+            EXPECT_EQ(unmoved ? S_FALSE : E_POINTER, CallWithoutPlace(object, *function))
+                << testing::PrintToString(name) << "." << testing::PrintToString(member);
+            ++members;
+        }
+        table->ReleaseFuncDesc(function);
+    }
+    return members;
+}
+
 TEST(NullPlaces, AreRefusedByEveryMember) {
     const Apartment apartment;
-    ComPtr<ITypeLib> library;
-    ASSERT_EQ(S_OK,
-              LoadTypeLibEx(TestComponent::Get().Path().c_str(), REGKIND_NONE, library.Put()));
     int members = 0;
-    for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
-        ComPtr<ITypeInfo> info, interfaceInfo, table;
-        library->GetTypeInfo(i, info.Put());
-        TYPEATTR* attributes = nullptr;
-        info->GetTypeAttr(&attributes);
-        const TYPEATTR coclass = *attributes;
-        info->ReleaseTypeAttr(attributes);
-        for (UINT n = 0; coclass.typekind == TKIND_COCLASS && n < coclass.cImplTypes; ++n) {
-            HREFTYPE reference = 0;
-            INT flags = 0;
-            info->GetImplTypeFlags(n, &flags);
-            info->GetRefTypeOfImplType(n, &reference);
-            interfaceInfo.Reset(nullptr);
-            table.Reset(nullptr);
-            info->GetRefTypeInfo(reference, interfaceInfo.Put());
-            if ((flags & IMPLTYPEFLAG_FSOURCE) ||
-                FAILED(interfaceInfo->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference)) ||
-                FAILED(interfaceInfo->GetRefTypeInfo(reference, table.Put()))) {
-                continue;
-            }
-            table->GetTypeAttr(&attributes);
-            const ComPtr<IDispatch> object = TestComponent::Get().Create(coclass.guid);
+    for (const ClassFacts& facts : kClasses) {
+        const auto object = New(facts.name);
+        const auto coclass = CoclassOf(object.Get());
+        HREFTYPE reference = 0;
+        for (UINT n = 0; SUCCEEDED(coclass->GetRefTypeOfImplType(n, &reference)); ++n) {
+            ComPtr<ITypeInfo> info, table;
             ComPtr<IUnknown> side;
+            coclass->GetRefTypeInfo(reference, info.Put());
+            if (FAILED(info->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference)) ||
+                FAILED(info->GetRefTypeInfo(reference, table.Put()))) {
+                continue; // events
+            }
+            TYPEATTR* attributes = nullptr;
+            table->GetTypeAttr(&attributes);
             EXPECT_EQ(S_OK, object->QueryInterface(attributes->guid,
                                                    reinterpret_cast<void**>(side.Put())));
-            const std::wstring name = NameOf(table.Get(), MEMBERID_NIL);
-            for (UINT f = 0; f < attributes->cFuncs; ++f) {
-                FUNCDESC* function = nullptr;
-                table->GetFuncDesc(f, &function);
-                const SHORT last = function->cParams - 1;
-                if (last >= 0 &&
-                    function->lprgelemdescParam[last].paramdesc.wParamFlags & PARAMFLAG_FRETVAL) {
-                    const std::wstring member = NameOf(table.Get(), function->memid);
-                    const bool unmoved =
-                        kUnmoved.count({name, L""}) || kUnmoved.count({name, member});
-                    EXPECT_EQ(unmoved ? S_FALSE : E_POINTER,
-                              CallWithoutPlace(side.Get(), *function))
-                        << testing::PrintToString(name) << "." << testing::PrintToString(member);
-                    ++members;
-                }
-                table->ReleaseFuncDesc(function);
-            }
             table->ReleaseTypeAttr(attributes);
+            members += CallAll(side.Get(), table.Get());
         }
     }
     EXPECT_GT(members, 200);

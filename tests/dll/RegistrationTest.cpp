@@ -2,13 +2,10 @@
 // again. Scripts in the field were written against this layout, oddities included.
 
 #include "platform/registry/RegistryKey.h"
-#include "support/TestComponent.h"
+#include "support/Classes.h"
+#include "support/ObjectTest.h"
+#include "support/ScratchRegistry.h"
 
-#include "TERVANELib.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <map>
 
 namespace tervane::test {
@@ -17,56 +14,6 @@ namespace {
 constexpr const wchar_t* kLibrary = L"{BAC0FBE8-26E0-43D5-8E83-CB15EFB9BC14}";
 constexpr const wchar_t* kSystemInfoLibrary = L"{E3145E41-D873-4D34-BC9E-32C2B15435A8}";
 constexpr const wchar_t* kMailLibrary = L"{CA668F19-CC4D-42BE-95AB-DD457330CEA0}";
-
-struct ScriptCase {
-    const wchar_t* vendor;
-    const wchar_t* name;
-    const wchar_t* clsid;
-    const wchar_t* threading;
-    const wchar_t* bitmap;         // null: no control
-    const wchar_t* currentVersion; // null: none is written
-    const wchar_t* library;        // null: none is written
-    bool programmable;
-};
-
-const ScriptCase kScripts[] = {
-    {L"Tervane", L"ConfigureOutlookExpress", L"{7DCAB9D6-19E5-4190-A3FE-0F252EC2FCEA}",
-     L"Apartment", nullptr, L"Tervane.ConfigureOutlookExpress.1", kLibrary, true},
-    {L"Ostrel", L"GeneralSysInfo", L"{34ECB075-144C-48A7-9AD2-8760231379CE}", L"Apartment", L"101",
-     L"Ostrel.GeneralSysInfo.1", kSystemInfoLibrary, true},
-    {L"Pellow", L"SmtpCtl", L"{30D0EC5D-3C0D-4848-BD68-D568AC3F41E6}", L"Apartment", L"103",
-     L"Pellow.SmtpCtl.1", kMailLibrary, true},
-    {L"Pellow", L"PopCtl", L"{E3F3046E-7E42-47B3-A498-7B09004897E3}", L"Apartment", L"105",
-     L"Pellow.PopCtl.1", kMailLibrary, true},
-    {L"Pellow", L"EmailData", L"{D256B2D9-9C58-445A-8C38-C3AAA84EF137}", L"Apartment", L"107",
-     L"Pellow.EmailData.1", kMailLibrary, true},
-    {L"Tervane", L"ConnectivityTester", L"{EFD3EA56-234D-4240-90EA-CC9FA3AF5A01}", L"Apartment",
-     nullptr, L"Tervane.ConnectivityTester.1", kLibrary, true},
-    {L"Tervane", L"DHCP", L"{780F8ADC-3150-4953-853A-975F80BCAF0A}", L"Apartment", nullptr,
-     L"Tervane.DHCP.1", kLibrary, true},
-    {L"Tervane", L"ConfigureIE", L"{BF0FF49A-8C0D-4ECE-B5C4-0BE00BED72DA}", L"Apartment", L"110",
-     L"Tervane.ConfigureIE.1", kLibrary, true},
-    {L"Tervane", L"StaticAdapterInfo", L"{535393C8-DCDA-4155-BEA2-D621C76FE903}", L"Apartment",
-     L"112", L"Tervane.StaticAdapterInfo.1", kLibrary, true},
-    {L"Tervane", L"LiveAdapterInfo", L"{81755D8F-D9C1-42C7-887E-B7B3FBDBACEA}", L"Apartment",
-     L"114", L"Tervane.LiveAdapterInfo.1", kLibrary, true},
-    {L"Tervane", L"DriveInfo", L"{5EAC3C01-174B-4BB8-B367-7097CE61C541}", L"Apartment", L"116",
-     L"Tervane.DriveInfo.1", kLibrary, true},
-    {L"Tervane", L"PhoneBookEntry", L"{6F0D9E95-38DE-42C9-99FD-0A6D05CA5AAB}", L"both", nullptr,
-     nullptr, nullptr, false},
-    {L"Tervane", L"RASMgr", L"{4B12229A-1343-4A35-A958-E99B1B02F63B}", L"both", nullptr, nullptr,
-     nullptr, false},
-    {L"Tervane", L"DHCPConfiguration", L"{23B1D1AE-A29F-4AE2-B76E-CAB6E14811C4}", L"Apartment",
-     nullptr, L"Tervane.IDHCPConfiguration.1", kLibrary, true},
-    {L"Tervane", L"WindowMgr", L"{517431a3-30da-4ee1-b2b4-cf32b89eb911}", L"both", nullptr, nullptr,
-     kLibrary, true},
-    {L"Tervane", L"DisableFileAndPrintSharing", L"{1fc26549-af52-4742-9e93-1c5e22990d1e}",
-     L"Apartment", nullptr, L"Tervane.DisableFileAndPrintSharing.1", kLibrary, true},
-    {L"Tervane", L"Registry2", L"{e8bb94cb-7c06-445d-8dbc-6e4ccac1f905}", L"Apartment", nullptr,
-     L"Tervane.Registry2.1", kLibrary, true},
-    {L"Tervane", L"AdapterInfo", L"{845ee5f2-4a22-4ad6-a838-6ff4b759608c}", L"Apartment", L"110",
-     L"Tervane.AdapterInfo.1", kLibrary, true},
-};
 
 // Key or "key:value" -> text. Keys without a default value map to the empty text.
 using Tree = std::map<std::wstring, std::wstring>;
@@ -83,11 +30,11 @@ void Collect(const RegistryKey& key, const std::wstring& path, Tree& tree) {
     }
 }
 
-Tree Registered(const ScriptCase& script) {
+Tree Registered(const ClassFacts& facts) {
     Tree tree;
-    const std::wstring progId = std::wstring(script.vendor) + L"." + script.name;
+    const std::wstring progId = facts.ProgId();
     for (const std::wstring& path :
-         {progId + L".1", progId, L"CLSID\\" + std::wstring(script.clsid)}) {
+         {progId + L".1", progId, L"CLSID\\" + std::wstring(facts.text)}) {
         if (const auto key = RegistryKey::Open(RegistryHive::kClassesRoot, path); key.IsOpen()) {
             Collect(key, path, tree);
         }
@@ -95,34 +42,39 @@ Tree Registered(const ScriptCase& script) {
     return tree;
 }
 
-Tree Expected(const ScriptCase& script, const std::wstring& module) {
-    const std::wstring description = std::wstring(script.name) + L" Class";
-    const std::wstring progId = std::wstring(script.vendor) + L"." + script.name;
-    const std::wstring key = L"CLSID\\" + std::wstring(script.clsid);
+// The oddities of single classes are as old as the classes.
+Tree Expected(const ClassFacts& facts, const std::wstring& module) {
+    const std::wstring name = facts.name;
+    const std::wstring description = name + L" Class";
+    const std::wstring progId = facts.ProgId();
+    const std::wstring key = L"CLSID\\" + std::wstring(facts.text);
+    const bool isDialUp = name == L"RASMgr" || name == L"PhoneBookEntry";
+    const bool isBoth = isDialUp || name == L"WindowMgr";
     Tree tree = {
         {progId + L".1", description},
-        {progId + L".1\\CLSID", script.clsid},
+        {progId + L".1\\CLSID", facts.text},
         {progId, description},
-        {progId + L"\\CLSID", script.clsid},
+        {progId + L"\\CLSID", facts.text},
         {key, description},
         {key + L"\\ProgID", progId + L".1"},
         {key + L"\\VersionIndependentProgID", progId},
         {key + L"\\InprocServer32", module},
-        {key + L"\\InprocServer32:ThreadingModel", script.threading},
+        {key + L"\\InprocServer32:ThreadingModel", isBoth ? L"both" : L"Apartment"},
     };
-    if (script.currentVersion) {
-        tree[progId + L"\\CurVer"] = script.currentVersion;
+    if (!isBoth) {
+        tree[progId + L"\\CurVer"] =
+            name == L"DHCPConfiguration" ? L"Tervane.IDHCPConfiguration.1" : progId + L".1";
     }
-    if (script.programmable) {
+    if (!isDialUp) {
         tree[key + L"\\Programmable"] = L"";
+        tree[key + L"\\TypeLib"] = facts.vendor[0] == L'T'   ? kLibrary
+                                   : facts.vendor[0] == L'O' ? kSystemInfoLibrary
+                                                             : kMailLibrary;
     }
-    if (script.library) {
-        tree[key + L"\\TypeLib"] = script.library;
-    }
-    if (script.bitmap) {
+    if (facts.bitmap) {
         tree[key + L"\\Control"] = L"";
         tree[key + L"\\Insertable"] = L"";
-        tree[key + L"\\ToolboxBitmap32"] = module + L", " + script.bitmap;
+        tree[key + L"\\ToolboxBitmap32"] = module + L", " + facts.bitmap;
         tree[key + L"\\MiscStatus"] = L"0";
         tree[key + L"\\MiscStatus\\1"] = L"132497";
         tree[key + L"\\Version"] = L"1.0";
@@ -197,7 +149,7 @@ TEST(Registration, WritesEveryClassAndTheTypeLibraryAndTakesThemAway) {
     // The registered path is the short form, in which the apostrophe stays.
     ASSERT_NE(module.Path(), module.ShortPath());
     ASSERT_NE(std::wstring::npos, module.ShortPath().find(L'\''));
-    for (const ScriptCase& script : kScripts) {
+    for (const ClassFacts& script : kClasses) {
         EXPECT_EQ(Expected(script, module.ShortPath()), Registered(script)) << script.name;
     }
     std::wstring library = TypeLibraryPath();
@@ -211,7 +163,7 @@ TEST(Registration, WritesEveryClassAndTheTypeLibraryAndTakesThemAway) {
     object.Reset();
 
     ASSERT_EQ(S_OK, module.Unregister());
-    for (const ScriptCase& script : kScripts) {
+    for (const ClassFacts& script : kClasses) {
         EXPECT_EQ(Tree(), Registered(script)) << script.name;
     }
     EXPECT_EQ(L"", TypeLibraryPath());
@@ -224,11 +176,11 @@ TEST(Registration, WritesEveryClassAndTheTypeLibraryAndTakesThemAway) {
 TEST(Registration, ReplacesWhatStoodInTheClassKey) {
     const Apartment apartment;
     const CopiedModule module(L"plain");
-    const std::wstring key = L"CLSID\\" + std::wstring(kScripts[14].clsid);
+    const std::wstring key = L"CLSID\\" + std::wstring(kClasses[14].clsid);
     RegistryKey::Create(RegistryHive::kClassesRoot, key + L"\\LocalServer32")
         .WriteText(L"", L"old.exe");
     ASSERT_EQ(S_OK, module.Register());
-    EXPECT_EQ(Expected(kScripts[14], module.ShortPath()), Registered(kScripts[14]));
+    EXPECT_EQ(Expected(kClasses[14], module.ShortPath()), Registered(kClasses[14]));
     EXPECT_EQ(S_OK, module.Unregister());
 }
 
@@ -240,7 +192,7 @@ TEST(Registration, WritesNothingForAPathThatTheCodePageCannotSpell) {
     const Apartment apartment;
     const CopiedModule module(L"\u10D0\u10D1\u10D2");
     EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_NO_UNICODE_TRANSLATION), module.Register());
-    EXPECT_EQ(Tree(), Registered(kScripts[0]));
+    EXPECT_EQ(Tree(), Registered(kClasses[0]));
     EXPECT_EQ(L"", TypeLibraryPath());
     EXPECT_EQ(S_OK, module.Unregister()) << "an earlier version may have registered it";
 }
@@ -257,12 +209,32 @@ TEST(Registration, LeavesNoHalfOfAClassThatCannotBeRegistered) {
                               KEY_ALL_ACCESS, nullptr, &key, nullptr));
     RegCloseKey(key);
     EXPECT_TRUE(FAILED(module.Register()));
-    EXPECT_EQ(Expected(kScripts[5], module.ShortPath()), Registered(kScripts[5]));
-    EXPECT_EQ(Tree(), Registered(kScripts[6]));
-    EXPECT_EQ(Tree(), Registered(kScripts[7]));
+    EXPECT_EQ(Expected(kClasses[5], module.ShortPath()), Registered(kClasses[5]));
+    EXPECT_EQ(Tree(), Registered(kClasses[6]));
+    EXPECT_EQ(Tree(), Registered(kClasses[7]));
     EXPECT_EQ(L"", TypeLibraryPath());
     EXPECT_EQ(S_OK, module.Unregister());
-    EXPECT_EQ(Tree(), Registered(kScripts[5]));
+    EXPECT_EQ(Tree(), Registered(kClasses[5]));
+}
+
+// The seventh class may be read only.
+TEST(Registration, TakesTheOtherClassesAwayWhenOneCannotBe) {
+    const Apartment apartment;
+    const CopiedModule module(L"plain");
+    ASSERT_EQ(S_OK, module.Register());
+    UniqueRegistryKey key;
+    const std::wstring path = L"CLSID\\" + std::wstring(kClasses[6].text);
+    ASSERT_EQ(0, RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, WRITE_DAC, key.Put()));
+    GrantOnly(key.Get(), KEY_READ);
+    EXPECT_TRUE(FAILED(module.Unregister()));
+    EXPECT_NE(Tree(), Registered(kClasses[6]));
+    for (const ClassFacts& script : kClasses) {
+        EXPECT_TRUE(&script == &kClasses[6] || Registered(script).empty()) << script.name;
+    }
+    EXPECT_EQ(L"", TypeLibraryPath());
+    GrantOnly(key.Get(), KEY_ALL_ACCESS);
+    EXPECT_EQ(S_OK, module.Unregister());
+    EXPECT_EQ(Tree(), Registered(kClasses[6]));
 }
 
 TEST(Registration, LeavesTheTypeLibraryOfOthersAlone) {

@@ -4,11 +4,8 @@
 
 #include "support/TestComponent.h"
 
-#include "TERVANELib.h"
-
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -30,10 +27,8 @@ std::string GuidText(REFGUID guid) {
     return Narrow(text);
 }
 
-std::string NameOf(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
-    UniqueBstr name;
-    info->GetDocumentation(member, name.Put(), nullptr, nullptr, nullptr);
-    return Narrow(name);
+std::string NarrowName(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
+    return Narrow(NameOf(info, member).c_str());
 }
 
 std::string HelpOf(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
@@ -62,7 +57,7 @@ std::string TypeName(ITypeInfo* info, const TYPEDESC& type) {
     if (type.vt == VT_PTR && type.lptdesc->vt == VT_USERDEFINED) {
         ComPtr<ITypeInfo> target;
         info->GetRefTypeInfo(type.lptdesc->hreftype, target.Put());
-        return target && NameOf(target.Get()) == "IDispatch" ? "object" : "pointer";
+        return target && NarrowName(target.Get()) == "IDispatch" ? "object" : "pointer";
     }
     const auto found = names.find(type.vt);
     return found == names.end() ? "vt" + std::to_string(type.vt) : found->second;
@@ -136,7 +131,7 @@ std::string MembersOf(ITypeInfo* info, bool virtualTable) {
         if (FAILED(info->GetFuncDesc(i, &function))) {
             return "unreadable";
         }
-        const std::string name = NameOf(info, function->memid);
+        const std::string name = NarrowName(info, function->memid);
         const std::string start = std::to_string(function->memid) + " " + name;
         if (function->invkind == INVOKE_FUNC) {
             lines += start + Signature(info, *function) + "\n";
@@ -155,7 +150,7 @@ std::string MembersOf(ITypeInfo* info, bool virtualTable) {
         }
         info->ReleaseFuncDesc(function);
     }
-    EXPECT_EQ(attributes.cVars, 0) << NameOf(info);
+    EXPECT_EQ(attributes.cVars, 0) << NarrowName(info);
     return lines;
 }
 
@@ -172,7 +167,7 @@ std::string ImplementedBy(ITypeInfo* info) {
         text += text.empty() ? "" : " ";
         text += flags & IMPLTYPEFLAG_FSOURCE ? "s" : "";
         text += flags & IMPLTYPEFLAG_FDEFAULT ? "*" : "";
-        text += target ? NameOf(target.Get()) : "unreadable";
+        text += target ? NarrowName(target.Get()) : "unreadable";
     }
     return text;
 }
@@ -196,7 +191,7 @@ std::string FlagNames(WORD flags) {
 std::string Describe(ITypeInfo* info) {
     const TYPEATTR attributes = AttributesOf(info);
     const WORD flags = attributes.wTypeFlags & ~TYPEFLAG_FOLEAUTOMATION;
-    const std::string start = NameOf(info) + " " + GuidText(attributes.guid) + " \"" +
+    const std::string start = NarrowName(info) + " " + GuidText(attributes.guid) + " \"" +
                               HelpOf(info) + "\"" + FlagNames(flags);
     if (attributes.typekind == TKIND_COCLASS) {
         return start + ": " + ImplementedBy(info) + "\n";
@@ -235,116 +230,29 @@ std::string Describe(ITypeLib* library) {
     return text.str();
 }
 
-// The lines of one that the other lacks, with their numbers.
+// The lines of one that the other lacks.
 std::string Difference(const std::string& text, const std::string& other) {
     std::istringstream lines(text);
-    std::istringstream others(other);
     std::string found;
-    std::string line;
-    std::string counterpart;
-    for (int number = 1; std::getline(lines, line); ++number) {
-        if (!std::getline(others, counterpart) || line != counterpart) {
-            found += std::to_string(number) + ": " + line + "\n";
-        }
+    for (std::string line; std::getline(lines, line);) {
+        found += ("\n" + other).find("\n" + line + "\n") == std::string::npos ? line + "\n" : "";
     }
     return found;
 }
 
-class TypeLibraryTest : public testing::Test {
-protected:
-    TypeLibraryTest() {
-        LoadTypeLibEx(TestComponent::Get().Path().c_str(), REGKIND_NONE, library_.Put());
-    }
-    void SetUp() override { ASSERT_TRUE(library_); }
-
-    const Apartment apartment_;
-    ComPtr<ITypeLib> library_;
-};
-
-TEST_F(TypeLibraryTest, IsWhatProgramsInTheFieldWerePromised) {
+TEST(TypeLibraryTest, IsWhatProgramsInTheFieldWerePromised) {
+    const Apartment apartment;
+    ComPtr<ITypeLib> library;
+    ASSERT_EQ(S_OK,
+              LoadTypeLibEx(TestComponent::Get().Path().c_str(), REGKIND_NONE, library.Put()));
     std::ifstream file(TYPE_LIBRARY_TEXT);
     ASSERT_TRUE(file) << TYPE_LIBRARY_TEXT;
     std::ostringstream promised;
     promised << file.rdbuf();
-    const std::string found = Describe(library_.Get());
+    const std::string found = Describe(library.Get());
     EXPECT_TRUE(found == promised.str()) << "found\n"
                                          << Difference(found, promised.str()) << "promised\n"
                                          << Difference(promised.str(), found);
-}
-
-// Records what a wait is asked for; the other members are not called.
-class WaitRecorder final : public IWindowMgr {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitOnWindow(BSTR, BSTR, long, VARIANT_BOOL, long, long*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitForWindow(BSTR, BSTR, long, VARIANT_BOOL, long, long*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitForWindowToComeAndGo(BSTR topLevel, BSTR child, long interval,
-                                                       VARIANT_BOOL invisible, long timeout,
-                                                       VARIANT_BOOL appearanceOnly,
-                                                       long* id) override {
-        std::ostringstream text;
-        text << Narrow(topLevel) << "," << Narrow(child) << "," << interval << "," << invisible
-             << "," << timeout << "," << appearanceOnly;
-        received = text.str();
-        *id = 7;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetWindowState(BSTR, BSTR, long*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetWindowState(long, BSTR, BSTR, VARIANT_BOOL*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetMatchingWindowTitleText(BSTR, BSTR, BSTR*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE ClickButton(BSTR, BSTR, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetButtonCheckState(BSTR, BSTR, VARIANT_BOOL,
-                                                  VARIANT_BOOL*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE get_LastErrorCode(long*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE AbortWait(long, VARIANT_BOOL*) override { return E_NOTIMPL; }
-
-    std::string received;
-};
-
-TEST_F(TypeLibraryTest, FillsInTheDefaultsThatACallOmits) {
-    ComPtr<ITypeInfo> info;
-    ASSERT_EQ(library_->GetTypeInfoOfGuid(__uuidof(IWindowMgr), info.Put()), S_OK);
-    WaitRecorder recorder;
-    const auto call = [&](std::initializer_list<Argument> arguments) {
-        std::vector<VARIANT> reversed(arguments.size());
-        std::transform(arguments.begin(), arguments.end(), reversed.rbegin(),
-                       [](const Argument& argument) { return argument.value.Get(); });
-        DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-        Variant result;
-        EXPECT_EQ(info->Invoke(&recorder, 3, DISPATCH_METHOD, &parameters, result.Put(), nullptr,
-                               nullptr),
-                  S_OK);
-        EXPECT_EQ(V_I4(&result.Get()), 7);
-        return recorder.received;
-    };
-    EXPECT_EQ(call({L"Setup"}), "Setup,,200,-1,0,0");
-    EXPECT_EQ(call({L"Setup", L"Next", 50, false}), "Setup,Next,50,0,0,0");
-    // What a script leaves out between two commas.
-    VARIANT omitted = {};
-    V_VT(&omitted) = VT_ERROR;
-    V_ERROR(&omitted) = DISP_E_PARAMNOTFOUND;
-    EXPECT_EQ(call({L"Setup", L"Next", omitted, omitted, 3, true}), "Setup,Next,200,-1,3,-1");
 }
 
 } // namespace

@@ -25,8 +25,8 @@ void LoadCallUnload() {
     const ComPtr<IDispatch> manager = component.Create(__uuidof(WindowMgr));
     ASSERT_TRUE(manager);
     // An exception is thrown and caught inside.
-    EXPECT_EQ(VARIANT_FALSE, Call(manager.Get(), L"SetWindowState", {3, L"("}).Number());
-    EXPECT_EQ(2, Read(manager.Get(), L"LastErrorCode").Number());
+    EXPECT_EQ(L"false", Ask(manager.Get(), L"SetWindowState", {3, L"("}));
+    EXPECT_EQ(L"2", Ask(manager.Get(), L"LastErrorCode"));
 }
 
 struct Taken {

@@ -11,14 +11,12 @@
 #include "component/ModuleState.h"
 #include "memory/FailingAllocator.h"
 #include "support/AdapterRegistry.h"
+#include "support/Classes.h"
 #include "support/HandleCount.h"
 #include "support/LoopbackServer.h"
 #include "support/ObjectClasses.h"
+#include "support/ObjectTest.h"
 #include "support/OwnWindow.h"
-#include "support/TestComponent.h"
-
-#include <TERVANELib.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -29,7 +27,6 @@ namespace {
 
 using Texts = std::vector<std::wstring>;
 
-constexpr DWORD kPatience = 20'000; // ms
 constexpr char kThisHost[] = "127.0.0.1";
 constexpr size_t kLongestAnswer = 200;
 constexpr wchar_t kLost[] = L" event lost";
@@ -38,9 +35,8 @@ constexpr wchar_t kIdentity[] = L"{0D8E1A20-3C5B-4E5C-9A10-5B8C2D1E7F01}";
 
 // One call of a member, and what may come of it beside its usual answer and E_OUTOFMEMORY.
 struct Operation {
-    const CLSID* clsid;
-    const wchar_t* member;
-    WORD kind = DISPATCH_METHOD;
+    const wchar_t* type;
+    std::wstring member; // with "=" behind it: putting the property
     std::vector<Argument> arguments = {};
     // Answers as `Attempt::Answer` words them; an "*" at the end stands for any rest.
     Texts failures = {};
@@ -129,17 +125,16 @@ HRESULT CreateObject(const CLSID& clsid, ComPtr<IDispatch>& object) {
 
 // The call itself, late-bound; nothing here allocates. The type library's way of calling wraps the
 // failures of members.
-HRESULT InvokeMember(IDispatch* object, const Operation& operation, DISPPARAMS& parameters,
+HRESULT InvokeMember(IDispatch* object, wchar_t* name, WORD kind, DISPPARAMS& parameters,
                      VARIANT& result) {
     DISPID id = DISPID_UNKNOWN;
-    LPOLESTR name = const_cast<LPOLESTR>(operation.member);
     const HRESULT found = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
     if (FAILED(found)) {
         return found;
     }
     EXCEPINFO exception = {};
-    const HRESULT called = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, operation.kind,
-                                          &parameters, &result, &exception, nullptr);
+    const HRESULT called = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
+                                          &result, &exception, nullptr);
     SysFreeString(exception.bstrSource);
     SysFreeString(exception.bstrDescription);
     SysFreeString(exception.bstrHelpFile);
@@ -152,7 +147,7 @@ Outcome Attempt(const Operation& operation, long failing) {
     const World world;
     CountingSink sink;
     ComPtr<IDispatch> object;
-    CreateObject(*operation.clsid, object);
+    CreateObject(FactsOf(operation.type).clsid, object);
     if (operation.prepare) {
         operation.prepare(object.Get());
     }
@@ -162,7 +157,9 @@ Outcome Attempt(const Operation& operation, long failing) {
                    [](const Argument& argument) { return argument.value.Get(); });
     DISPID put = DISPID_PROPERTYPUT;
     DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    if (operation.kind == DISPATCH_PROPERTYPUT) {
+    const bool puts = operation.member.ends_with(L'=');
+    std::wstring name = operation.member.substr(0, operation.member.size() - puts);
+    if (puts) {
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
@@ -170,7 +167,9 @@ Outcome Attempt(const Operation& operation, long failing) {
     const std::function<bool()> hasEnded = [&sink] { return sink.events != 0; };
     FailAllocation(failing);
     const HRESULT status =
-        InvokeMember(object.Get(), operation, parameters, *const_cast<VARIANT*>(&result.Get()));
+        InvokeMember(object.Get(), name.data(),
+                     puts ? DISPATCH_PROPERTYPUT : DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+                     parameters, *const_cast<VARIANT*>(&result.Get()));
     const bool begun = operation.reports && status == S_OK &&
                        (result.Type() == VT_EMPTY || result.Get().iVal != 0);
     const bool ended = !begun || PumpUntil(hasEnded, kPatience);
@@ -310,28 +309,26 @@ LoopbackServer& Server() {
     return server;
 }
 
-void PrepareMail(IDispatch* object) {
-    Write(object, L"Login", L"me");
-    Write(object, L"Password", L"secret");
-    Write(object, L"Timeout", 5);
+void PrepareMail(IDispatch* control, const std::wstring& server, LoopbackServer::Service service) {
+    ExpectAnswers(control, {{server, {L"127.0.0.1"}},
+                            {L"Port=", {Server().Port(service)}},
+                            {L"Login=", {L"me"}},
+                            {L"Password=", {L"secret"}},
+                            {L"Timeout=", {5}}});
 }
 
 void PrepareSmtp(IDispatch* smtp) {
     ComPtr<IDispatch> mail;
     CreateObject(__uuidof(::EmailData), mail);
-    Write(mail.Get(), L"From", L"me@a.example");
-    Write(mail.Get(), L"To", L"you@b.example");
-    Write(mail.Get(), L"TextMessage", L"text");
-    Write(smtp, L"EmailData", Variant::FromObject(std::move(mail)).Get());
-    Write(smtp, L"SmtpServer", L"127.0.0.1");
-    Write(smtp, L"Port", Server().Port(LoopbackServer::kSmtp));
-    PrepareMail(smtp);
+    ExpectAnswers(mail.Get(), {{L"From=", {L"me@a.example"}},
+                               {L"To=", {L"you@b.example"}},
+                               {L"TextMessage=", {L"text"}}});
+    ExpectAnswers(smtp, {{L"EmailData=", {mail}}});
+    PrepareMail(smtp, L"SmtpServer=", LoopbackServer::kSmtp);
 }
 
 void PreparePop(IDispatch* pop) {
-    Write(pop, L"PopServer", L"127.0.0.1");
-    Write(pop, L"Port", Server().Port(LoopbackServer::kPop3));
-    PrepareMail(pop);
+    PrepareMail(pop, L"PopServer=", LoopbackServer::kPop3);
 }
 
 void ConnectPop(IDispatch* pop) {
@@ -347,144 +344,67 @@ void ConnectPop(IDispatch* pop) {
 const Texts kMailFailures = {L"0 0 0:0 *", L"0 1 1:0 *", L"0 -1 1:0 *"};
 const Texts kRefused = {L"0 0 *"};
 const Texts kTestFailed = {L"0  1:0"};
+const Texts kDialFailures = {L"0 0 0:0 *", L"0 1 1:100*"};
+const Texts kWaitFailures = {L"0 0 0:0 1", L"0 1 1:101 0"};
+const Texts kListFailures = {L"0 0 0:0 1", L"0 5 1:500 0"};
+
+const wchar_t* const kAll = L"76D636E1-1924-46F8-9F21-4771A07EA0E3"; // installed adapters
+const auto kPort = [] { return Server().Port(LoopbackServer::kSmtp); };
 
 const Operation kOperations[] = {
-    {&__uuidof(::ConfigureOutlookExpress),
+    {L"ConfigureOutlookExpress",
      L"AddMailAccount",
-     DISPATCH_METHOD,
-     {L"A", L"pop", L"smtp", L"a@b"},
+     {L"A", L"p", L"s", L"a@b"},
      kRefused,
      L"LastError"},
-    {&__uuidof(::GeneralSysInfo), L"GetSystemInfo", DISPATCH_METHOD, {}, {}, nullptr, true},
-    {&__uuidof(::GeneralSysInfo), L"NumStaticAdapters", DISPATCH_PROPERTYGET},
-    {&__uuidof(::SmtpCtl),
-     L"SendMail",
-     DISPATCH_METHOD,
-     {},
-     kMailFailures,
-     L"StatusCode",
-     true,
-     PrepareSmtp},
-    {&__uuidof(::PopCtl),
-     L"Connect",
-     DISPATCH_METHOD,
-     {},
-     kMailFailures,
-     L"LastError",
-     true,
-     PreparePop},
-    {&__uuidof(::PopCtl),
-     L"GetMailCount",
-     DISPATCH_METHOD,
-     {},
-     kMailFailures,
-     L"LastError",
-     true,
-     ConnectPop},
-    {&__uuidof(::PopCtl),
-     L"RetrieveMessage",
-     DISPATCH_METHOD,
-     {1},
-     kMailFailures,
-     L"LastError",
-     true,
-     ConnectPop},
-    {&__uuidof(::EmailData), L"SetHeaderByName", DISPATCH_METHOD, {L"Subject", L"text"}},
-    {&__uuidof(::EmailData), L"TextMessage", DISPATCH_PROPERTYPUT, {L"text"}},
-    {&__uuidof(::ConnectivityTester),
-     L"DNSLookup",
-     DISPATCH_METHOD,
-     {L"localhost", 0},
-     kTestFailed,
-     nullptr,
-     true},
-    {&__uuidof(::ConnectivityTester),
+    {L"GeneralSysInfo", L"GetSystemInfo", {}, {}, nullptr, true},
+    {L"GeneralSysInfo", L"NumStaticAdapters"},
+    {L"SmtpCtl", L"SendMail", {}, kMailFailures, L"StatusCode", true, PrepareSmtp},
+    {L"PopCtl", L"Connect", {}, kMailFailures, L"LastError", true, PreparePop},
+    {L"PopCtl", L"GetMailCount", {}, kMailFailures, L"LastError", true, ConnectPop},
+    {L"PopCtl", L"RetrieveMessage", {1}, kMailFailures, L"LastError", true, ConnectPop},
+    {L"EmailData", L"SetHeaderByName", {L"Subject", L"text"}},
+    {L"EmailData", L"TextMessage=", {L"text"}},
+    {L"ConnectivityTester", L"DNSLookup", {L"localhost", 0}, kTestFailed, nullptr, true},
+    {L"ConnectivityTester",
      L"TestTCPPort",
-     DISPATCH_METHOD,
-     {L"127.0.0.1", Server().Port(LoopbackServer::kSmtp), 1000},
+     {L"127.0.0.1", kPort(), 1000},
      kTestFailed,
      nullptr,
      true},
-    {&__uuidof(::ConnectivityTester),
-     L"Ping",
-     DISPATCH_METHOD,
-     {L"127.0.0.1", 2000, 1},
-     kTestFailed,
-     nullptr,
-     true},
-    {&__uuidof(::DHCP), L"ReleaseRenew", DISPATCH_METHOD, {}, kTestFailed, nullptr, true},
-    {&__uuidof(::ConfigureIE),
-     L"AddFavorite",
-     DISPATCH_METHOD,
-     {L"Name", L"http://a.example/"},
-     {L"1 *"}},
-    {&__uuidof(::ConfigureIE), L"HomePage", DISPATCH_PROPERTYPUT, {L"http://a.example/"}, {L"1 *"}},
-    {&__uuidof(::StaticAdapterInfo), L"StaticNameServers", DISPATCH_PROPERTYGET},
-    {&__uuidof(::LiveAdapterInfo), L"Name", DISPATCH_PROPERTYGET},
-    {&__uuidof(::DriveInfo), L"Type", DISPATCH_PROPERTYGET},
-    {&__uuidof(::PhoneBookEntry),
-     L"Load",
-     DISPATCH_METHOD,
-     {L"Provider"},
-     kRefused,
-     L"LastErrorCode"},
-    {&__uuidof(::RASMgr), L"FindEntries", DISPATCH_METHOD, {L".*"}, {L"0 [] *"}, L"LastErrorCode"},
-    {&__uuidof(::RASMgr),
-     L"Connect",
-     DISPATCH_METHOD,
-     {L"Provider", L"me", L"secret"},
-     {L"0 0 0:0 *", L"0 1 1:100*"},
-     L"LastErrorCode",
-     true},
-    {&__uuidof(::DHCPConfiguration),
-     L"EnableIPToUseDhcp",
-     DISPATCH_METHOD,
-     {kCard, true},
-     kRefused,
-     L"LastError"},
-    {&__uuidof(::WindowMgr),
+    {L"ConnectivityTester", L"Ping", {L"127.0.0.1", 2000, 1}, kTestFailed, nullptr, true},
+    {L"DHCP", L"ReleaseRenew", {}, kTestFailed, nullptr, true},
+    {L"ConfigureIE", L"AddFavorite", {L"Name", L"http://a.example/"}, {L"1 *"}},
+    {L"ConfigureIE", L"HomePage=", {L"http://a.example/"}, {L"1 *"}},
+    {L"StaticAdapterInfo", L"StaticNameServers"},
+    {L"LiveAdapterInfo", L"Name"},
+    {L"DriveInfo", L"Type"},
+    {L"PhoneBookEntry", L"Load", {L"Provider"}, kRefused, L"LastErrorCode"},
+    {L"RASMgr", L"FindEntries", {L".*"}, {L"0 [] *"}, L"LastErrorCode"},
+    {L"RASMgr", L"Connect", {L"Provider", L"me", L"x"}, kDialFailures, L"LastErrorCode", true},
+    {L"DHCPConfiguration", L"EnableIPToUseDhcp", {kCard, true}, kRefused, L"LastError"},
+    {L"WindowMgr",
      L"WaitForWindow",
-     DISPATCH_METHOD,
      {L"Memory.*", L"", 1, true, 50},
-     {L"0 0 0:0 1", L"0 1 1:101 0"},
+     kWaitFailures,
      L"LastErrorCode",
      true},
-    {&__uuidof(::WindowMgr),
-     L"GetMatchingWindowTitleText",
-     DISPATCH_METHOD,
-     {L"Memory.*"},
-     {L"0 "}}, // lost when the type library's way of calling copies it
-    {&__uuidof(::DisableFileAndPrintSharing),
-     L"IsSharingEnabled",
-     DISPATCH_PROPERTYGET,
-     {},
-     kRefused,
-     L"LastErrorCode"},
-    {&__uuidof(::Registry2), L"GetValue", DISPATCH_METHOD, {1, L"Software\\Test", L"Name"}},
-    {&__uuidof(::Registry2),
-     L"SetValue",
-     DISPATCH_METHOD,
-     {1, L"Software\\Test", L"Name", L"text"},
-     {L"0 0"}},
-    {&__uuidof(::Registry2),
-     L"GetMatchingSubKeys",
-     DISPATCH_METHOD,
-     {1, L"Software", L"Name", L"v.*"},
-     {L"0 [;]"}}, // a text that is lost when the type library's way of calling copies the array
-    {&__uuidof(::AdapterInfo),
-     L"GetAdapterInfo",
-     DISPATCH_METHOD,
-     {L"76D636E1-1924-46F8-9F21-4771A07EA0E3", 5},
-     {L"0 0 0:0 1", L"0 5 1:500 0"},
-     L"LastErrorCode",
-     true},
+    // A text is lost when the type library's way of calling copies it, or an array with it.
+    {L"WindowMgr", L"GetMatchingWindowTitleText", {L"Memory.*"}, {L"0 "}},
+    {L"Registry2", L"GetMatchingSubKeys", {1, L"Software", L"Name", L"v.*"}, {L"0 [;]"}},
+    {L"DisableFileAndPrintSharing", L"IsSharingEnabled", {}, kRefused, L"LastErrorCode"},
+    {L"Registry2", L"GetValue", {1, L"Software\\Test", L"Name"}},
+    {L"Registry2", L"SetValue", {1, L"Software\\Test", L"Name", L"text"}, {L"0 0"}},
+    {L"AdapterInfo", L"GetAdapterInfo", {kAll, 5}, kListFailures, L"LastErrorCode", true},
 };
 
 INSTANTIATE_TEST_SUITE_P(Members, MemberExhaustionTest, testing::ValuesIn(kOperations),
                          [](const auto& info) {
-                             const std::wstring member = info.param.member;
-                             return std::to_string(info.index) +
-                                    std::string(member.begin(), member.end());
+                             std::string name = std::to_string(info.index);
+                             for (const wchar_t letter : info.param.member) {
+                                 name.append(letter != L'=', static_cast<char>(letter));
+                             }
+                             return name;
                          });
 
 TEST_P(MemberExhaustionTest, EndsWell) {

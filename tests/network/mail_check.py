@@ -1,16 +1,13 @@
 #!/usr/bin/env python3
-"""Checks the messages that SmtpCtl has sent, without any code of ours: mail_check.py BOX AGAIN
+"""Checks the messages that SmtpCtl has sent, without any code of ours: mail_check.py BOX
 
-Each message of mailbox BOX is fetched and parsed, and must hold what its subject promises. Then its
-text is sent as it stands, by curl and by swaks, to mailbox AGAIN, and must arrive there unchanged.
+Each message of mailbox BOX is fetched and parsed, and must hold what its subject promises.
 """
 import datetime
 import email
 import email.policy
 import poplib
-import subprocess
 import sys
-import tempfile
 import time
 
 PASSWORD = "s3cret"
@@ -49,7 +46,7 @@ def contents(message):
 
 
 def check(raw):
-    """Compares what an independent parser finds with what was sent; returns the raw body."""
+    """Compares what an independent parser finds with what was sent; returns its subject."""
     message = email.message_from_bytes(raw, policy=email.policy.default)
     subject = message["Subject"]
     assert contents(message) == EXPECTED[subject], (subject, contents(message))
@@ -65,34 +62,10 @@ def check(raw):
     return subject
 
 
-def without_trace(raw):
-    """The message as it was handed in: without the lines that servers put in front."""
-    return raw[raw.index(b"From: "):]
-
-
-def send_by_curl(path, recipient):
-    subprocess.run(["curl", "-sS", "smtp://127.0.0.1:25", "--mail-from", "from@a.example",
-                    "--mail-rcpt", recipient, "--upload-file", path], check=True, timeout=60)
-
-
-def send_by_swaks(path, recipient):
-    subprocess.run(["swaks", "--server", "127.0.0.1", "--from", "from@a.example", "--to",
-                    recipient, "--data", "@" + path, "--silent", "3"], check=True, timeout=60)
-
-
-def main(box, again):
+def main(box):
     sent = fetch(box, len(EXPECTED))
     assert {check(raw) for raw in sent} == set(EXPECTED)
     print(f"{len(sent)} messages hold what was sent")
-    for send in (send_by_curl, send_by_swaks):
-        for raw in sent:
-            with tempfile.NamedTemporaryFile() as file:
-                file.write(without_trace(raw) + b"\r\n")
-                file.flush()
-                send(file.name, again + "@b.example")
-            (arrived,) = fetch(again, 1)
-            assert without_trace(arrived).rstrip() == without_trace(raw).rstrip(), send.__name__
-        print(f"{send.__name__}: {len(sent)} messages arrive unchanged")
 
 
 main(*sys.argv[1:])

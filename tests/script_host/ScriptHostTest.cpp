@@ -1,14 +1,134 @@
-#include "tests/script_host/HostRunner.h"
+// Runs the built script_host.exe in a process and a console of its own and collects what it prints.
+
+#include "ZelBase/Handles.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 namespace tervane::test {
 namespace {
 
+namespace fs = std::filesystem;
+
+// Far beyond what any script here takes, even on a loaded machine.
+constexpr DWORD kHangMs = 60'000;
 constexpr DWORD kInterrupted = 0xC000013A;
+constexpr char kGone[] = "destroyed\n0 sinks left\n";
+constexpr wchar_t kProgId[] = L"ScriptHostTest.EventSource";
+constexpr wchar_t kClassKey[] = L"CLSID\\{A95E3D70-41B6-4D8C-9E02-6C3F8B7D2A14}";
+
+struct HostResult {
+    std::string out;
+    std::string error;
+    DWORD exitCode = 0;
+    // False if the host had to be ended by force.
+    bool ended = false;
+};
+
+fs::path OwnFolder() {
+    wchar_t path[MAX_PATH];
+    return fs::path(std::wstring(path, GetModuleFileNameW(nullptr, path, MAX_PATH))).parent_path();
+}
+
+void SetKey(const std::wstring& key, const wchar_t* name, const std::wstring& value) {
+    RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), name, REG_SZ, value.c_str(),
+                    static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
+}
+
+ZelBase::UniqueFile CreateInheritable(const fs::path& path) {
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    return ZelBase::UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE,
+                                           FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
+                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+// The file's bytes with lines ended by "\n".
+std::string ReadLines(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    std::erase(text, '\r');
+    return text;
+}
+
+class HostRunner {
+public:
+    // Makes a folder for scripts and registers the event source, for the machine: Wine's COM does
+    // not look up the user's classes.
+    HostRunner() {
+        fs::create_directory(folder_);
+        const std::wstring server = std::wstring(kClassKey) + L"\\InprocServer32";
+        SetKey(std::wstring(kProgId) + L"\\CLSID", nullptr, kClassKey + 6);
+        SetKey(server, nullptr, OwnFolder() / L"event_source" / L"event_source.dll");
+        SetKey(server, L"ThreadingModel", L"Apartment");
+    }
+    ~HostRunner() {
+        std::error_code ignored;
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, kProgId);
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, kClassKey);
+        fs::remove_all(folder_, ignored);
+    }
+    HostRunner(const HostRunner&) = delete;
+    HostRunner& operator=(const HostRunner&) = delete;
+
+    // Writes the bytes to a script file; the result is its path.
+    std::wstring Write(const std::wstring& name, std::string_view bytes) const {
+        std::ofstream(folder_ / name, std::ios::binary) << bytes;
+        return folder_ / name;
+    }
+    // Runs `script_host.exe <commandLine>` with `input` as its standard input.
+    HostResult Run(const std::wstring& commandLine, std::string_view input = {}) const {
+        // New files each time: the last host's console may still hold the old ones.
+        static unsigned runs = 0;
+        const fs::path outPath = folder_ / (L"out" + std::to_wstring(++runs));
+        const fs::path errorPath = folder_ / (L"error" + std::to_wstring(runs));
+        const ZelBase::UniqueFile out = OpenInheritable(outPath, GENERIC_WRITE, CREATE_ALWAYS);
+        const ZelBase::UniqueFile error = OpenInheritable(errorPath, GENERIC_WRITE, CREATE_ALWAYS);
+        const ZelBase::UniqueFile in = OpenInheritable(Write(L"in" + std::to_wstring(runs), input),
+                                                       GENERIC_READ, OPEN_EXISTING);
+        STARTUPINFOW start{};
+        start.cb = sizeof start;
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdInput = in.Get();
+        start.hStdOutput = out.Get();
+        start.hStdError = error.Get();
+        PROCESS_INFORMATION process{};
+        const fs::path host = OwnFolder().parent_path() / L"tools" / L"script_host.exe";
+        std::wstring line = L"\"" + host.wstring() + L"\" " + commandLine;
+        HostResult result;
+        // With a console of its own, Ctrl+C hits the host alone.
+        if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_NEW_CONSOLE,
+                            nullptr, folder_.c_str(), &start, &process)) {
+            result.error = "cannot start the host";
+            return result;
+        }
+        const ZelBase::UniqueHandle thread(process.hThread);
+        const ZelBase::UniqueHandle running(process.hProcess);
+        result.ended = WaitForSingleObject(running.Get(), kHangMs) == WAIT_OBJECT_0;
+        if (!result.ended) {
+            TerminateProcess(running.Get(), 0);
+            WaitForSingleObject(running.Get(), kHangMs);
+        }
+        GetExitCodeProcess(running.Get(), &result.exitCode);
+        result.out = ReadLines(outPath);
+        result.error = ReadLines(errorPath);
+        return result;
+    }
+    // Writes a script named "test" + extension and runs it.
+    HostResult RunText(const std::wstring& extension, std::string_view bytes) const {
+        return Run(L"\"" + Write(L"test" + extension, bytes) + L"\"");
+    }
+
+private:
+    const fs::path folder_ = fs::temp_directory_path() / L"script_host_test";
+};
+
+// The object that fires, for scripts in JScript.
+#define SOURCE "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_'); "
 
 // One script and all that is to be seen of it from outside.
 struct Case {
@@ -17,8 +137,8 @@ struct Case {
     const char* script;
     const char* out;
     // Standard error; a leading '*' asks for this ending only, because the path stands before it.
-    const char* error;
-    DWORD exitCode;
+    const char* error = kGone;
+    DWORD exitCode = 0;
 };
 
 void PrintTo(const Case& row, std::ostream* stream) {
@@ -103,8 +223,7 @@ const Case kBasics[] = {
      "Could not get object named \"no such name\"\nCould not load object named \"C:\\file\"\n",
      "destroyed\ndestroyed\n0 sinks left\n", 0},
     {"object_with_a_site_vbs", L".vbs",
-     "Set s = CreateObject(\"ScriptHostTest.EventSource\")\nWScript.Echo s.Advised\n", "0\n",
-     "destroyed\n0 sinks left\n", 0},
+     "Set s = CreateObject(\"ScriptHostTest.EventSource\")\nWScript.Echo s.Advised\n", "0\n"},
     {"object_without_events_vbs", L".vbs",
      "On Error Resume Next\nSet d = WScript.CreateObject(\"Scripting.Dictionary\", \"d_\")\n"
      "WScript.Echo Err.Source, TypeName(d)",
@@ -121,7 +240,7 @@ const Case kEvents[] = {
      "source.FireLater(3, 5);\n"
      "while (seen.length < 3) WScript.Sleep(10);\n"
      "WScript.Echo(seen.join(' '));",
-     "1:0 2:0 3:-1\n", "destroyed\n0 sinks left\n", 0},
+     "1:0 2:0 3:-1\n"},
     {"find_handlers_in_any_case_vbs", L".vbs",
      "Dim done\n"
      "Sub source_ontick(number, last)\n"
@@ -130,7 +249,7 @@ const Case kEvents[] = {
      "WScript.ConnectObject source, \"SOURCE_\"\n"
      "source.FireLater 1, 1\n"
      "Do Until done\n  WScript.Sleep 10\nLoop",
-     "1 -1 2\n", "destroyed\n0 sinks left\n", 0},
+     "1 -1 2\n"},
     {"carry_texts_lists_and_objects_vbs", L".vbs",
      "Dim done\n"
      "Sub s_OnValues(text, list, object)\n"
@@ -140,38 +259,31 @@ const Case kEvents[] = {
      "Set s = WScript.CreateObject(\"ScriptHostTest.EventSource\", \"s_\")\n"
      "s.FireValues\n"
      "Do Until done\n  WScript.Sleep 10\nLoop",
-     "text 1 7 seven text\n", "destroyed\n0 sinks left\n", 0},
+     "text 1 7 seven text\n"},
     {"on_the_scripts_thread_are_handled_at_once_js", L".js",
-     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n" SOURCE
      "s.FireHere(5); WScript.Echo('after');",
-     "tick 5\nafter\n", "destroyed\n0 sinks left\n", 0},
-    {"without_handler_are_ignored_js", L".js",
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
-     "s.FireHere(5); WScript.Echo('after');",
-     "after\n", "destroyed\n0 sinks left\n", 0},
+     "tick 5\nafter\n"},
+    {"without_handler_are_ignored_js", L".js", SOURCE "s.FireHere(5); WScript.Echo('after');",
+     "after\n"},
     {"do_not_block_the_thread_that_fires_js", L".js",
      "var seen = 0;\n"
-     "function s_OnTick(number, last) { ++seen; if (last) WScript.Echo(seen); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "function s_OnTick(number, last) { ++seen; if (last) WScript.Echo(seen); }\n" SOURCE
      "s.FireLater(20000, 0); s.WaitForThreads(); WScript.Echo(seen);",
-     "0\n20000\n", "destroyed\n0 sinks left\n", 0},
+     "0\n20000\n"},
     {"that_have_arrived_are_handled_at_the_end_js", L".js",
-     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "function s_OnTick(number, last) { WScript.Echo('tick', number); }\n" SOURCE
      "s.FireLater(2, 0); s.WaitForThreads(); WScript.Echo('end');",
-     "end\ntick 1\ntick 2\n", "destroyed\n0 sinks left\n", 0},
+     "end\ntick 1\ntick 2\n"},
     // The destructor waits for its thread, which fires until then.
     {"stop_when_the_script_ends_js", L".js",
-     "function s_OnTick() { WScript.Echo('no'); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "function s_OnTick() { WScript.Echo('no'); }\n" SOURCE
      "s.FireLater(10, 30); WScript.Echo('end');",
-     "end\n", "destroyed\n0 sinks left\n", 0},
+     "end\n"},
     {"meet_nobody_after_the_script_has_ended_js", L".js",
-     "var seen = 0; function s_OnTick() { ++seen; }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "var seen = 0; function s_OnTick() { ++seen; }\n" SOURCE
      "s.FireForEver(); while (seen == 0) WScript.Sleep(1); WScript.Echo('end');",
-     "end\n", "destroyed\n0 sinks left\n", 0},
+     "end\n"},
     {"stop_when_disconnected_js", L".js",
      "var seen = 0;\n"
      "function s_OnTick(number) { ++seen; if (number == 2) WScript.DisconnectObject(s); }\n"
@@ -182,26 +294,21 @@ const Case kEvents[] = {
      "WScript.DisconnectObject(s);\n"
      "WScript.ConnectObject(s, 't_'); WScript.ConnectObject(s, 'x_'); s.FireHere(1);\n"
      "WScript.Echo(s.Advised); WScript.DisconnectObject(s); WScript.Echo(s.Advised);",
-     "2 0\nt 1\n2\n0\n", "destroyed\n0 sinks left\n", 0},
+     "2 0\nt 1\n2\n0\n"},
     {"may_release_their_source_js", L".js",
      "function s_OnTick() { WScript.DisconnectObject(s); s = null; CollectGarbage();\n"
-     "  WScript.StdErr.WriteLine('released'); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
+     "  WScript.StdErr.WriteLine('released'); }\n" SOURCE
      "s.FireLater(1, 1); while (s) WScript.Sleep(10); WScript.StdErr.WriteLine('end');",
      "", "destroyed\nreleased\nend\n0 sinks left\n", 0},
     {"interrupt_a_sleeping_handler_js", L".js",
      "var depth = 0, deepest = 0, seen = 0;\n"
      "function s_OnTick() {\n"
      "  if (++depth > deepest) deepest = depth;\n"
-     "  WScript.Sleep(1); --depth; ++seen; }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
-     "s.FireLater(500, 0);\n"
+     "  WScript.Sleep(1); --depth; ++seen; }\n" SOURCE "s.FireLater(500, 0);\n"
      "while (seen < 500) WScript.Sleep(10); WScript.Echo(seen, deepest > 1, deepest < 20);",
-     "500 -1 -1\n", "destroyed\n0 sinks left\n", 0},
+     "500 -1 -1\n"},
     {"with_errors_end_the_script_js", L".js",
-     "function s_OnTick(number) { if (number == 2)\n  nope(); }\n"
-     "var s = WScript.CreateObject('ScriptHostTest.EventSource', 's_');\n"
-     "s.FireLater(3, 1);\n"
+     "function s_OnTick(number) { if (number == 2)\n  nope(); }\n" SOURCE "s.FireLater(3, 1);\n"
      "try { while (true) WScript.Sleep(1000); } catch (e) { WScript.Echo('no'); }",
      "", "*\\test.js(2, 3) Microsoft JScript runtime error: Object expected\n0 sinks left\n", 1},
     {"may_quit_vbs", L".vbs",

@@ -19,7 +19,7 @@ public:
         std::atomic<long> received = 0;
         std::atomic<long> lost = 0; // promised to a sink that has gone
     };
-    static Totals totals;
+    static inline Totals totals;
 
     // With one reference, the caller's. `endsSilently` is for classes whose end ends what runs,
     // without an event; `progress` is an event that none is promised of, 0 when there is none such.
@@ -33,22 +33,52 @@ public:
     void TakeBack() { --promised_; }
     bool IsOwed() const { return received_ < promised_; }
     // Takes over a reference, and gives it up inside the next event; at once if none is owed.
-    void ReleaseInEvent(IDispatch* object);
+    void ReleaseInEvent(IDispatch* object) {
+        object_ = object;
+        if (!IsOwed()) { // the event may have come meanwhile
+            ReleaseObject();
+        }
+    }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
+        *out = known ? this : nullptr;
+        references_ += known;
+        return known ? S_OK : E_NOINTERFACE;
+    }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --references_;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
-                                     UINT*) override;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*,
+                                     EXCEPINFO*, UINT*) override {
+        if (event != progress_) {
+            ++received_;
+            ++totals.received;
+            ReleaseObject();
+        }
+        return S_OK;
+    }
 
 private:
-    ~CountingSink();
-    void ReleaseObject();
+    ~CountingSink() {
+        totals.lost += endsSilently_ ? 0 : promised_ - received_;
+        --totals.sinks;
+    }
+    void ReleaseObject() {
+        if (IDispatch* object = object_.exchange(nullptr)) {
+            object->Release();
+        }
+    }
 
     const bool endsSilently_;
     const DISPID progress_;

@@ -1,7 +1,5 @@
 #include "soak/RandomCalls.h"
 
-#include <TERVANELib.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -21,37 +19,17 @@ enum class Promise {
     kWhenAnswered, // every call whose result is not 0
 };
 
-struct Type {
-    const CLSID& clsid;
-    bool hasEvents;
-    bool endsSilently;
-    DISPID progress; // an event on the way to the one that is promised
-};
-const Type kTypes[] = {
-    {__uuidof(::ConfigureOutlookExpress), false, false, 0},
-    {__uuidof(::GeneralSysInfo), true, false, 0},
-    {__uuidof(::SmtpCtl), true, false, 0},
-    {__uuidof(::PopCtl), true, false, 0},
-    {__uuidof(::EmailData), false, false, 0},
-    {__uuidof(::ConnectivityTester), true, false, 0},
-    {__uuidof(::DHCP), true, false, 0},
-    {__uuidof(::ConfigureIE), false, false, 0},
-    {__uuidof(::StaticAdapterInfo), false, false, 0},
-    {__uuidof(::LiveAdapterInfo), false, false, 0},
-    {__uuidof(::DriveInfo), false, false, 0},
-    {__uuidof(::PhoneBookEntry), false, false, 0},
-    {__uuidof(::RASMgr), true, false, 1},
-    {__uuidof(::DHCPConfiguration), false, false, 0},
-    {__uuidof(::WindowMgr), true, true, 0},
-    {__uuidof(::DisableFileAndPrintSharing), false, false, 0},
-    {__uuidof(::Registry2), false, false, 0},
-    {__uuidof(::AdapterInfo), true, true, 0},
-};
-constexpr size_t kSmtp = 2;
-constexpr size_t kPop = 3;
-constexpr size_t kWindows = 14;
+// The end of these objects ends what runs, without an event.
+bool EndsSilently(const ClassFacts& type) {
+    return type.clsid == __uuidof(::WindowMgr) || type.clsid == __uuidof(::AdapterInfo);
+}
 
-Promise PromiseOf(size_t type, std::wstring_view member) {
+// The number of an event on the way to the one that is promised; 0: there is none.
+DISPID ProgressOf(const ClassFacts& type) {
+    return type.clsid == __uuidof(::RASMgr) ? 1 : 0;
+}
+
+Promise PromiseOf(std::wstring_view member) {
     constexpr std::wstring_view kCalled[] = {L"DNSLookup", L"TestTCPPort", L"Ping", L"ReleaseRenew",
                                              L"GetSystemInfo"};
     constexpr std::wstring_view kAnswered[] = {L"SendMail",       L"Connect",
@@ -59,9 +37,6 @@ Promise PromiseOf(size_t type, std::wstring_view member) {
                                                L"DeleteMessage",  L"Disconnect",
                                                L"WaitOnWindow",   L"WaitForWindow",
                                                L"GetAdapterInfo", L"WaitForWindowToComeAndGo"};
-    if (!kTypes[type].hasEvents) {
-        return Promise::kNever;
-    }
     if (std::ranges::find(kCalled, member) != std::end(kCalled)) {
         return Promise::kWhenCalled;
     }
@@ -78,12 +53,6 @@ BOOL CALLBACK Disturb(HWND window, LPARAM message) {
         PostMessageW(window, static_cast<UINT>(message), 0, 0);
     }
     return TRUE;
-}
-
-std::wstring NameOf(ITypeInfo* info, MEMBERID member) {
-    UniqueBstr name;
-    info->GetDocumentation(member, name.Put(), nullptr, nullptr, nullptr);
-    return std::wstring(TextOf(name.Get()));
 }
 
 } // namespace
@@ -111,34 +80,33 @@ void RandomCalls::Step() {
 }
 
 void RandomCalls::Make() {
-    Entry entry{Below(std::size(kTypes)), {}, nullptr};
-    const Type& type = kTypes[entry.type];
-    entry.object = TestComponent::Get().Create(type.clsid);
-    Prepare(entry.object.Get(), entry.type);
-    if (type.hasEvents) {
-        entry.sink = new CountingSink(type.endsSilently, type.progress);
+    const ClassFacts& type = kClasses[Below(std::size(kClasses))];
+    Entry entry{&type, New(type.name), nullptr};
+    Prepare(entry.object.Get(), type.clsid);
+    if (type.events && type.clsid != __uuidof(::ConfigureIE)) { // which fires none
+        entry.sink = new CountingSink(EndsSilently(type), ProgressOf(type));
         Advise(entry.object.Get(), entry.sink);
     }
     entries_.push_back(std::move(entry));
 }
 
 // Enough for an operation to succeed; what comes later may change it.
-void RandomCalls::Prepare(IDispatch* object, size_t type) {
-    if (type != kSmtp && type != kPop) {
+void RandomCalls::Prepare(IDispatch* object, REFCLSID type) {
+    const bool sends = type == __uuidof(::SmtpCtl);
+    if (!sends && type != __uuidof(::PopCtl)) {
         return;
     }
-    Write(object, type == kSmtp ? L"SmtpServer" : L"PopServer", L"127.0.0.1");
-    Write(object, L"Port",
-          server_.Port(type == kSmtp ? LoopbackServer::kSmtp : LoopbackServer::kPop3));
+    Write(object, sends ? L"SmtpServer" : L"PopServer", L"127.0.0.1");
+    Write(object, L"Port", server_.Port(sends ? LoopbackServer::kSmtp : LoopbackServer::kPop3));
     Write(object, L"Login", L"me");
     Write(object, L"Password", L"secret");
     Write(object, L"Timeout", 5);
-    if (type == kSmtp) {
-        const auto mail = TestComponent::Get().Create(__uuidof(::EmailData));
+    if (sends) {
+        const auto mail = New(L"EmailData");
         Write(mail.Get(), L"From", L"me@a.example");
         Write(mail.Get(), L"To", L"you@b.example");
         Write(mail.Get(), L"TextMessage", L"text");
-        Write(object, L"EmailData", Variant::FromObject(AddReference(mail.Get())).Get());
+        Write(object, L"EmailData", mail);
     }
 }
 
@@ -178,7 +146,7 @@ void RandomCalls::Invoke(Entry& entry, const FUNCDESC& function, const std::wstr
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
-    const Promise promise = PromiseOf(entry.type, name);
+    const Promise promise = entry.sink ? PromiseOf(name) : Promise::kNever;
     if (promise != Promise::kNever) {
         entry.sink->Promise(); // before the call: the event may be faster than its return
     }
@@ -219,7 +187,7 @@ Variant RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
         return Below(2) ? Variant::FromLong(number) : std::move(*Variant::FromText(text));
     case VT_DISPATCH:
     case VT_PTR: // a message, which is the only object that is ever asked for
-        return Variant::FromObject(TestComponent::Get().Create(__uuidof(::EmailData)));
+        return Variant::FromObject(New(L"EmailData"));
     default:
         return Variant::FromLong(member == L"Timeout" ? Below(5) : number);
     }
@@ -233,11 +201,11 @@ void RandomCalls::Drop(size_t index) {
     if (!entry.sink) {
         return;
     }
-    if (!kTypes[entry.type].endsSilently && entry.sink->IsOwed() && Below(2) == 0) {
+    if (!EndsSilently(*entry.type) && entry.sink->IsOwed() && Below(2) == 0) {
         entry.sink->ReleaseInEvent(AddReference(entry.object.Get()).Release());
     }
     entry.object.Reset();
-    if (kTypes[entry.type].endsSilently) {
+    if (EndsSilently(*entry.type)) {
         entry.sink->Release();
     } else {
         dropped_.push_back(std::move(entry)); // its event needs this thread
@@ -255,7 +223,7 @@ void RandomCalls::PostStrayMessages() {
 
 // A wait without a time-out ends only so.
 void RandomCalls::EndWaits(Entry& entry) {
-    for (long id = 1; entry.type == kWindows && id <= kMostWaits; ++id) {
+    for (long id = 1; entry.type->clsid == __uuidof(::WindowMgr) && id <= kMostWaits; ++id) {
         Call(entry.object.Get(), L"AbortWait", {id});
     }
 }
@@ -273,7 +241,7 @@ bool RandomCalls::Drain() {
     for (const auto* list : {&entries_, &dropped_}) {
         for (const Entry& entry : *list) {
             if (isOwed(entry)) {
-                std::printf("class %zu: an event stays out\n", entry.type + 1);
+                std::printf("%ls: an event stays out\n", entry.type->name);
             }
         }
     }

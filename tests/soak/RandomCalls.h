@@ -4,6 +4,7 @@
 // members with any arguments, objects dropped while they are busy, and messages that nobody sent.
 
 #include "soak/CountingSink.h"
+#include "support/Classes.h"
 #include "support/LoopbackServer.h"
 #include "support/TestComponent.h"
 
@@ -24,7 +25,7 @@ public:
 
 private:
     struct Entry {
-        size_t type;
+        const ClassFacts* type;
         ComPtr<IDispatch> object;
         CountingSink* sink; // null when the class has no events; else one reference is ours
     };
@@ -32,7 +33,7 @@ private:
     unsigned Below(unsigned limit) { return random_() % limit; }
     void Step();
     void Make();
-    void Prepare(IDispatch* object, size_t type);
+    void Prepare(IDispatch* object, REFCLSID type);
     void CallAnyMember(Entry& entry);
     void Invoke(Entry& entry, const FUNCDESC& function, const std::wstring& name);
     Variant AnyValue(VARTYPE type, const std::wstring& member);

@@ -1,5 +1,7 @@
 #include "support/TestComponent.h"
 
+#include "support/Classes.h"
+
 #include <algorithm>
 
 namespace tervane::test {
@@ -56,13 +58,8 @@ ComPtr<IDispatch> TestComponent::Create(REFCLSID clsid) const {
     return object;
 }
 
-long CallResult::Number() const {
-    const auto number = value.As(VT_I4);
-    return number ? number->Get().lVal : 0x7FFFFFF1;
-}
-
-std::wstring CallResult::Text() const {
-    return std::wstring(value.Text());
+ComPtr<IDispatch> New(std::wstring_view name) {
+    return TestComponent::Get().Create(FactsOf(name).clsid);
 }
 
 std::vector<std::wstring> CallResult::Texts() const {
@@ -76,7 +73,7 @@ std::vector<std::wstring> CallResult::Texts() const {
 }
 
 CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
-                  std::initializer_list<Argument> arguments) {
+                  const std::vector<Argument>& arguments) {
     CallResult result;
     DISPID id = DISPID_UNKNOWN;
     LPOLESTR name = const_cast<LPOLESTR>(member);
@@ -93,13 +90,21 @@ CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
+    EXCEPINFO exception = {};
     result.status = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-                                   result.value.Put(), nullptr, nullptr);
+                                   result.value.Put(), &exception, nullptr);
+    for (const BSTR text :
+         {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile}) {
+        SysFreeString(text);
+    }
+    // The type library's way of calling wraps the failures of members.
+    if (result.status == DISP_E_EXCEPTION) {
+        result.status = exception.scode;
+    }
     return result;
 }
 
-CallResult Call(IDispatch* object, const wchar_t* method,
-                std::initializer_list<Argument> arguments) {
+CallResult Call(IDispatch* object, const wchar_t* method, const std::vector<Argument>& arguments) {
     return Invoke(object, method, DISPATCH_METHOD, arguments);
 }
 
@@ -111,14 +116,60 @@ CallResult Write(IDispatch* object, const wchar_t* property, const Argument& val
     return Invoke(object, property, DISPATCH_PROPERTYPUT, {Argument(value.value.Get())});
 }
 
+std::wstring Say(const VARIANT& value) {
+    switch (value.vt) {
+    case VT_EMPTY:
+        return L"empty";
+    case VT_BSTR:
+        return std::wstring(TextOf(value.bstrVal));
+    case VT_BOOL:
+        return value.boolVal == VARIANT_TRUE ? L"true" : value.boolVal ? L"other true" : L"false";
+    case VT_I4:
+        return std::to_wstring(value.lVal);
+    case VT_UI4:
+        return std::to_wstring(value.ulVal) + L"u";
+    case VT_I2:
+        return std::to_wstring(value.iVal) + L"s";
+    case VT_DISPATCH:
+        return value.pdispVal ? L"object" : L"nothing";
+    default:
+        break;
+    }
+    const auto elements = ReadArray(value);
+    if (!elements) {
+        return L"type " + std::to_wstring(value.vt);
+    }
+    std::wstring text;
+    for (const Variant& element : *elements) {
+        text.append(text.empty() ? L"" : L", ").append(Say(element.Get()));
+    }
+    return L"[" + text + L"]";
+}
+
+std::wstring Ask(IDispatch* object, const std::wstring& member,
+                 const std::vector<Argument>& arguments) {
+    const bool puts = member.ends_with(L'=');
+    const std::wstring name = member.substr(0, member.size() - puts);
+    const WORD flags = puts ? DISPATCH_PROPERTYPUT : DISPATCH_METHOD | DISPATCH_PROPERTYGET;
+    const CallResult result = Invoke(object, name.c_str(), flags, arguments);
+    if (result.status == S_OK) {
+        return Say(result.value.Get());
+    }
+    wchar_t text[20];
+    swprintf(text, std::size(text), FAILED(result.status) ? L"error %lX" : L"status %lX",
+             static_cast<unsigned long>(result.status));
+    return text;
+}
+
+std::wstring NameOf(ITypeInfo* info, MEMBERID member) {
+    UniqueBstr name;
+    info->GetDocumentation(member, name.Put(), nullptr, nullptr, nullptr);
+    return std::wstring(TextOf(name.Get()));
+}
+
 RecordingSink::~RecordingSink() {
     constexpr ULONGLONG kPatience = 2000; // ms
-    std::vector<std::unique_ptr<ReceivedEvent>> events;
-    {
-        const std::lock_guard lock(mutex_);
-        events.swap(events_);
-    }
-    events.clear(); // they may hold the object that holds this sink
+    Forget();
     const ULONGLONG end = GetTickCount64() + kPatience;
     while (references_ > 0 && GetTickCount64() < end) {
         Sleep(1);
@@ -190,6 +241,24 @@ bool RecordingSink::WaitFor(size_t events, DWORD milliseconds) {
 size_t RecordingSink::Count() {
     const std::lock_guard lock(mutex_);
     return events_.size();
+}
+
+std::wstring RecordingSink::Text(size_t index) {
+    const std::lock_guard lock(mutex_);
+    const ReceivedEvent& event = *events_.at(index);
+    std::wstring text = std::to_wstring(event.id) + L"(";
+    for (const Variant& argument : event.arguments) {
+        text.append(text.ends_with(L'(') ? L"" : L", ").append(Say(argument.Get()));
+    }
+    return text + L")";
+}
+
+void RecordingSink::Forget() {
+    std::vector<std::vector<Variant>> forgotten; // the last reference may go, and call anything
+    const std::lock_guard lock(mutex_);
+    for (const auto& event : events_) {
+        forgotten.push_back(std::exchange(event->arguments, {}));
+    }
 }
 
 ReceivedEvent& RecordingSink::operator[](size_t index) {

@@ -9,9 +9,9 @@
 
 #include <atomic>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <ocidl.h>
@@ -46,6 +46,9 @@ private:
     ZelBase::UniqueLibrary module_;
 };
 
+// An object of the class with that name.
+ComPtr<IDispatch> New(std::wstring_view name);
+
 // Arguments of a late-bound call, in their declared order.
 struct Argument {
     Argument(int number) : value(Variant::FromLong(number)) {}
@@ -53,9 +56,16 @@ struct Argument {
     Argument(bool truth) : value(Variant::FromBool(truth)) {}
     Argument(const wchar_t* text) : value(std::move(*Variant::FromText(text))) {}
     Argument(const std::wstring& text) : value(std::move(*Variant::FromText(text))) {}
+    Argument(const ComPtr<IDispatch>& object)
+        : value(Variant::FromObject(AddReference(object.Get()))) {}
+    Argument(const std::vector<std::wstring>& texts) : value(std::move(*MakeTextArray(texts))) {}
     // A copy by value.
     Argument(const VARIANT& other) : value(std::move(*Variant::CopyOf(other))) {}
     Argument(const Argument& other) : Argument(other.value.Get()) {}
+    Argument& operator=(const Argument& other) {
+        value = std::move(*Variant::CopyOf(other.value.Get()));
+        return *this;
+    }
     Variant value;
 };
 
@@ -63,21 +73,28 @@ struct CallResult {
     HRESULT status;
     Variant value;
 
-    // The value as a number or a flag (-1 or 0); an impossible number when it is none.
-    long Number() const;
-    std::wstring Text() const;
     // The texts of an array result.
     std::vector<std::wstring> Texts() const;
 };
 
 CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
-                  std::initializer_list<Argument> arguments);
+                  const std::vector<Argument>& arguments);
 // A method.
 CallResult Call(IDispatch* object, const wchar_t* method,
-                std::initializer_list<Argument> arguments = {});
+                const std::vector<Argument>& arguments = {});
 // A property.
 CallResult Read(IDispatch* object, const wchar_t* property);
 CallResult Write(IDispatch* object, const wchar_t* property, const Argument& value);
+
+// A value in words that tell its type: a text as it stands, 7 (VT_I4), 7u (VT_UI4), 7s (VT_I2),
+// "true" (-1; "other true" for other numbers), "[a, b]", "object", "nothing", "empty", or "type N".
+std::wstring Say(const VARIANT& value);
+// The answer to a method, a property or, with "=" behind its name, to putting one; "error N" in
+// hexadecimal digits for a failure, "status N" for any other success than S_OK.
+std::wstring Ask(IDispatch* object, const std::wstring& member,
+                 const std::vector<Argument>& arguments = {});
+// Reads the object's own name for that member of a type.
+std::wstring NameOf(ITypeInfo* info, MEMBERID member = MEMBERID_NIL);
 
 // What one firing delivered.
 struct ReceivedEvent {
@@ -111,11 +128,17 @@ public:
     size_t Count();
     // The event with that number, from 0; only after WaitFor said that it came.
     ReceivedEvent& operator[](size_t index);
+    // "number(argument, ...)", arguments in the words of `Say`.
+    std::wstring Text(size_t index);
+    // Drops the arguments of all events, which may keep the object.
+    void Forget();
     LONG References() const { return references_; }
 
-protected:
     // Called after the event was recorded, on the thread that fires. Its result is the sink's.
-    virtual HRESULT OnEvent(DISPID) { return S_OK; }
+    std::function<HRESULT(DISPID)> onEvent;
+
+protected:
+    virtual HRESULT OnEvent(DISPID event) { return onEvent ? onEvent(event) : S_OK; }
 
 private:
     TestMutex mutex_;

@@ -1,0 +1,60 @@
+#pragma once
+
+// What tests of one object share: the object, what it reports, and whole conversations with it as
+// tables of calls and answers.
+
+#include "support/TestComponent.h"
+
+#include <gtest/gtest.h>
+
+namespace tervane::test {
+
+inline constexpr DWORD kPatience = 30000; // ms, for whatever must come
+
+// One call and its answer in the words of `Say`. A name that ends in "=" puts a property.
+struct Exchange {
+    std::wstring member;
+    std::vector<Argument> arguments = {};
+    std::wstring answer = L"empty";
+};
+
+inline void ExpectAnswers(IDispatch* object, const std::vector<Exchange>& exchanges) {
+    for (const Exchange& exchange : exchanges) {
+        EXPECT_EQ(exchange.answer, Ask(object, exchange.member, exchange.arguments))
+            << testing::PrintToString(exchange.member);
+    }
+}
+
+inline bool CanUnloadSoon() {
+    return PumpUntil([] { return TestComponent::Get().CanUnloadNow() == S_OK; }, kPatience);
+}
+
+// After each test nothing of its object may be left.
+class ObjectTest : public testing::Test {
+protected:
+    explicit ObjectTest(const wchar_t* name) : object_(New(name)) { Advise(object_.Get(), &sink_); }
+    ~ObjectTest() override {
+        sink_.Forget();
+        object_.Reset();
+        EXPECT_TRUE(CanUnloadSoon());
+        EXPECT_EQ(0, sink_.References());
+    }
+
+    std::wstring Ask(const std::wstring& member, const std::vector<Argument>& arguments = {}) {
+        return test::Ask(object_.Get(), member, arguments);
+    }
+    void Answers(const std::vector<Exchange>& exchanges) {
+        ExpectAnswers(object_.Get(), exchanges);
+    }
+    // The next event, in the words of `RecordingSink::Text`; "none" when it does not come.
+    std::wstring Event() {
+        return sink_.WaitFor(seen_ + 1, kPatience) ? sink_.Text(seen_++) : L"none";
+    }
+
+    const Apartment apartment_;
+    RecordingSink sink_;
+    ComPtr<IDispatch> object_;
+    size_t seen_ = 0;
+};
+
+} // namespace tervane::test
