@@ -1,7 +1,7 @@
 #pragma once
 
 // A second process with real windows: window_program, started with the options that it describes
-// in tests/window_program/Options.h and read line by line.
+// in tests/window_program/Main.cpp and read line by line.
 
 #include "ZelBase/Handles.h"
 #include "support/TestThreads.h"
