@@ -1,7 +1,6 @@
 // Every asynchronous method where the system gives no thread: its documented outcome at once, and
 // no event ever after.
 
-#include "component/ModuleState.h"
 #include "support/Classes.h"
 #include "support/ObjectClasses.h"
 #include "support/ObjectTest.h"
@@ -65,9 +64,7 @@ const Row kRows[] = {
 
 TEST(NoThread, IsToldByEveryAsynchronousMethodAndFiresNothing) {
     const Apartment apartment;
-    if (!ModuleState::Get()) { // the type library is the DLL's
-        ModuleState::Set(new ModuleState(TestComponent::Get().Module()));
-    }
+    UseBuiltTypeLibrary();
     for (const Row& row : kRows) {
         SCOPED_TRACE(row.method);
         noThreads = true;

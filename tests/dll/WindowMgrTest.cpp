@@ -141,6 +141,8 @@ TEST_F(WindowMgrTest, CountsInvisibleWindowsOnlyForTheOneTrueFlag) {
     }
     // The number of a script has become a flag before it arrives.
     ExpectEnd(kOnWaitForWindow, Begin(L"WaitForWindow", {title, L"", kQuick, 1, 1}), 0);
+    ExpectEnd(kOnWaitOnWindow, Begin(L"WaitOnWindow", {title, L"", kQuick, true, 1}), 1);
+    ExpectEnd(kOnWaitOnWindow, Begin(L"WaitOnWindow", {title, L"", kQuick, false, 1}), 0);
 }
 
 TEST_F(WindowMgrTest, ReadsTheTitleOfTheTopLevelWindow) {

@@ -8,7 +8,6 @@
 #include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
-#include "component/ModuleState.h"
 #include "memory/FailingAllocator.h"
 #include "support/AdapterRegistry.h"
 #include "support/Classes.h"
@@ -210,8 +209,8 @@ class ExhaustionTest : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         ASSERT_TRUE(WatchComMemory());
-        if (!ModuleState::Get()) { // the type library is the DLL's
-            ModuleState::Set(new ModuleState(TestComponent::Get().Module()));
+        if (!ModuleState::Get()) {
+            UseBuiltTypeLibrary();
             Window();
             WarmUp();
         }

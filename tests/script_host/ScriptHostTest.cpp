@@ -40,11 +40,11 @@ void SetKey(const std::wstring& key, const wchar_t* name, const std::wstring& va
                     static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
 }
 
-ZelBase::UniqueFile CreateInheritable(const fs::path& path) {
+ZelBase::UniqueFile OpenInheritable(const fs::path& path, DWORD access, DWORD disposition) {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-    return ZelBase::UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE,
-                                           FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable,
-                                           CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return ZelBase::UniqueFile(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                           &inheritable, disposition, FILE_ATTRIBUTE_NORMAL,
+                                           nullptr));
 }
 
 // The file's bytes with lines ended by "\n".

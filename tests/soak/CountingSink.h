@@ -14,18 +14,15 @@ namespace tervane::test {
 class CountingSink final : public IDispatch {
 public:
     // Over all sinks, from any thread.
-    struct Totals {
-        std::atomic<long> sinks = 0; // that live
-        std::atomic<long> received = 0;
-        std::atomic<long> lost = 0; // promised to a sink that has gone
-    };
-    static inline Totals totals;
+    static inline std::atomic<long> living = 0;
+    static inline std::atomic<long> received = 0; // events
+    static inline std::atomic<long> lost = 0;     // promised to a sink that has gone
 
     // With one reference, the caller's. `endsSilently` is for classes whose end ends what runs,
     // without an event; `progress` is an event that none is promised of, 0 when there is none such.
     CountingSink(bool endsSilently, DISPID progress)
         : endsSilently_(endsSilently), progress_(progress) {
-        ++totals.sinks;
+        ++living;
     }
 
     // A call is about to promise an event, or has not done so after all.
@@ -63,7 +60,7 @@ public:
                                      EXCEPINFO*, UINT*) override {
         if (event != progress_) {
             ++received_;
-            ++totals.received;
+            ++received;
             ReleaseObject();
         }
         return S_OK;
@@ -71,8 +68,8 @@ public:
 
 private:
     ~CountingSink() {
-        totals.lost += endsSilently_ ? 0 : promised_ - received_;
-        --totals.sinks;
+        lost += endsSilently_ ? 0 : promised_ - received_;
+        --living;
     }
     void ReleaseObject() {
         if (IDispatch* object = object_.exchange(nullptr)) {

@@ -51,10 +51,10 @@ const char* RunRound(unsigned seed, const LoopbackServer& server, long& calls) {
             return "events stay out";
         }
     }
-    const CountingSink::Totals& totals = CountingSink::totals;
     const bool gone = PumpUntil(
-        [&] { return totals.sinks == 0 && TestComponent::Get().CanUnloadNow() == S_OK; }, kRest);
-    return !gone ? "objects stay alive" : totals.lost != 0 ? "events were lost" : nullptr;
+        [&] { return CountingSink::living == 0 && TestComponent::Get().CanUnloadNow() == S_OK; },
+        kRest);
+    return !gone ? "objects stay alive" : CountingSink::lost != 0 ? "events were lost" : nullptr;
 }
 
 int Soak(int minutes, unsigned seed) {
@@ -72,8 +72,8 @@ int Soak(int minutes, unsigned seed) {
                     "%ld events%s%s\n",
                     static_cast<unsigned>((GetTickCount64() - start) / 1000),
                     seed + round * kApartments, usage.handles, usage.threads, usage.privateKb,
-                    usage.tlsSlots, calls, CountingSink::totals.received.load(),
-                    problem ? ": " : "", problem ? problem : "");
+                    usage.tlsSlots, calls, CountingSink::received.load(), problem ? ": " : "",
+                    problem ? problem : "");
         std::fflush(stdout);
         if (problem) {
             return 1;

@@ -32,12 +32,15 @@ inline bool CanUnloadSoon() {
 // After each test nothing of its object may be left.
 class ObjectTest : public testing::Test {
 protected:
-    explicit ObjectTest(const wchar_t* name) : object_(New(name)) { Advise(object_.Get(), &sink_); }
+    explicit ObjectTest(const wchar_t* name) : ObjectTest(New(name)) {}
+    explicit ObjectTest(const ComPtr<IDispatch>& object) : object_(AddReference(object.Get())) {
+        Advise(object_.Get(), &sink_);
+    }
     ~ObjectTest() override {
         sink_.Forget();
         object_.Reset();
         EXPECT_TRUE(CanUnloadSoon());
-        EXPECT_EQ(0, sink_.References());
+        EXPECT_TRUE(PumpUntil([this] { return sink_.References() == 0; }, kPatience));
     }
 
     std::wstring Ask(const std::wstring& member, const std::vector<Argument>& arguments = {}) {

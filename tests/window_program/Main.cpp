@@ -3,7 +3,6 @@
 //   --title TEXT        title of the window
 //   --hidden            create it invisible
 //   --appear-after MS   create it that much later
-//   --vanish-after MS   destroy it that long after it appeared
 //   --hang-after MS     stop answering messages that long after it appeared, for good
 //   --group TEXT        a child that contains the controls up to --end; groups nest
 //   --button TEXT       a push button; control identifiers count from 101 in the order given
@@ -18,7 +17,6 @@
 //                              of that control, "other"
 //   set-check ID STATE         BM_SETCHECK came to a button
 //   shown, hidden, closed      visibility changed; the window was closed and is gone
-//   vanished                   it is gone because its time was over
 //   hanging                    from now on it does not answer
 
 #include <cstdio>
@@ -36,13 +34,11 @@ constexpr wchar_t kGroupClass[] = L"TervaneTestGroup";
 constexpr int kFirstControlId = 101;
 constexpr DWORD kLifetime = 60'000; // ms
 
-enum Timer : UINT_PTR { kVanish = 1, kHang };
-
 std::wstring title = L"Tervane test window";
 bool hidden = false;
-std::map<std::wstring, UINT> times = {
-    {L"--appear-after", 0}, {L"--vanish-after", 0}, {L"--hang-after", 0}}; // ms; 0 is never
-std::vector<std::pair<std::wstring, std::wstring>> controls;               // option and text
+std::map<std::wstring, UINT> times = {{L"--appear-after", 0},
+                                      {L"--hang-after", 0}}; // ms; 0 is never
+std::vector<std::pair<std::wstring, std::wstring>> controls; // option and text
 WNDPROC systemButtonProcedure = nullptr;
 
 // False when an argument is unknown or lacks its value.
@@ -115,11 +111,8 @@ void Create() {
     if (!hidden) {
         ShowWindow(window, SW_SHOWNOACTIVATE);
     }
-    if (times[L"--vanish-after"]) {
-        SetTimer(window, kVanish, times[L"--vanish-after"], nullptr);
-    }
     if (times[L"--hang-after"]) {
-        SetTimer(window, kHang, times[L"--hang-after"], nullptr);
+        SetTimer(window, 1, times[L"--hang-after"], nullptr);
     }
     Tell("ready");
 }
@@ -127,17 +120,6 @@ void Create() {
 void CALLBACK OnAppear(HWND, UINT, UINT_PTR timer, DWORD) {
     KillTimer(nullptr, timer);
     Create();
-}
-
-void OnTimer(HWND window, WPARAM timer) {
-    KillTimer(window, timer);
-    if (timer == kVanish) {
-        DestroyWindow(window);
-        Tell("vanished");
-    } else {
-        Tell("hanging");
-        Sleep(INFINITE); // until the program's lifetime is over
-    }
 }
 
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -153,7 +135,8 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         Tell(wParam ? "shown" : "hidden");
         break;
     case WM_TIMER:
-        OnTimer(window, wParam);
+        Tell("hanging");
+        Sleep(INFINITE); // until the program's lifetime is over
         return 0;
     case WM_CLOSE:
         DestroyWindow(window);

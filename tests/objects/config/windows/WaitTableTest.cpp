@@ -2,7 +2,6 @@
 
 #include "objects/config/windows/WaitTable.h"
 #include "ZelBase/Handles.h"
-#include "support/HandleCount.h"
 #include "support/TestThreads.h"
 
 #include <gtest/gtest.h>
@@ -165,27 +164,6 @@ TEST(WaitTable, EndsWhileAReportWaitsForTheClosingThread) {
     EXPECT_LT(GetTickCount() - start, kLong);
     EXPECT_EQ((All{{1, WaitResult::kMet}}), reports.All());
     DestroyWindow(window);
-}
-
-TEST(WaitTable, LeavesNoHandlesBehind) {
-    Reports reports;
-    const auto round = [&](int waits) {
-        const auto table = std::make_shared<WaitTable>();
-        for (int i = 0; i < waits; i += 2) {
-            const LONG aborted = Start(*table, reports, &UntilAborted);
-            Start(*table, reports, &MetAtOnce);
-            table->Abort(aborted);
-            ASSERT_TRUE(reports.WaitForOne());
-            ASSERT_TRUE(reports.WaitForOne());
-        }
-        table->Close();
-    };
-    round(20);
-    const size_t before = test::OpenHandleCount();
-    ASSERT_NE(0u, before);
-    round(1000);
-    EXPECT_LE(test::OpenHandleCount(), before + 5);
-    EXPECT_EQ(1020u, reports.All().size());
 }
 
 } // namespace

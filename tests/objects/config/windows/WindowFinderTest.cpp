@@ -1,4 +1,5 @@
-// Windows of other processes and of other threads, as they come, hang, move and go.
+// Windows as they are found, as they change places and as they go; how scripts wait for them is in
+// the tests of WindowMgr.
 
 #include "objects/config/windows/WindowFinder.h"
 #include "ZelBase/Handles.h"
@@ -8,8 +9,6 @@
 #include "support/WindowProgram.h"
 
 #include <gtest/gtest.h>
-
-#include <chrono>
 
 namespace tervane {
 namespace {
@@ -43,19 +42,6 @@ ZelBase::UniqueHandle NewEvent() {
     return ZelBase::UniqueHandle(CreateEventW(nullptr, TRUE, FALSE, nullptr));
 }
 
-TEST(WindowTitle, IsReadWholeUpToItsLimitFromAnyProcess) {
-    const std::wstring name = UniqueTitle(kUnicode);
-    const std::wstring titles[] = {name, name + L" " + std::wstring(600, L'x')};
-    for (const std::wstring& title : titles) {
-        WindowProgram program({L"--title", title});
-        ASSERT_TRUE(program.Expect("ready"));
-        HWND window = WindowFinder(name, L"").Find();
-        ASSERT_EQ(program.ProcessId(), ProcessOf(window));
-        EXPECT_EQ(title.substr(0, 499), TitleOf(window));
-    }
-    EXPECT_EQ(L"", TitleOf(reinterpret_cast<HWND>(INT_PTR(0x7FFFFF0))));
-}
-
 int WINAPI NoWideText(HWND, wchar_t*, int) {
     SetLastError(ERROR_CALL_NOT_IMPLEMENTED);
     return 0;
@@ -67,22 +53,6 @@ TEST(WindowTitle, IsReadTheNarrowWayWhereThereIsNoOther) {
     ASSERT_TRUE(program.Expect("ready"));
     WindowTitle narrow(&NoWideText);
     EXPECT_EQ(title, narrow.Read(WindowFinder(title, L"").Find()));
-}
-
-TEST(WindowTitle, IsReadFromThreadsThatDoNotAnswer) {
-    const std::wstring title = UniqueTitle(kUnicode);
-    const OwnWindow ours(title + L" ours", OwnWindow::Thread::kHangs);
-    WindowProgram theirs({L"--title", title + L" theirs", L"--hang-after", L"1"});
-    ASSERT_TRUE(theirs.Expect("hanging"));
-    HWND found[2];
-    EXPECT_LT(TimeOf([&] {
-                  found[0] = WindowFinder(title + L" ours", L"").Find();
-                  found[1] = WindowFinder(title + L" theirs", L"").Find();
-              }),
-              10000u);
-    EXPECT_EQ(ours.Handle(), found[0]);
-    EXPECT_EQ(theirs.ProcessId(), ProcessOf(found[1]));
-    EXPECT_EQ(title + L" theirs", TitleOf(found[1]));
 }
 
 TEST(WindowFinder, MatchesTitlesOfTheWindowAndBelow) {
@@ -125,33 +95,6 @@ TEST(WindowFinder, MatchesTitlesOfTheWindowAndBelow) {
     EXPECT_FALSE(WindowFinder(number, L"*").IsValid());
 }
 
-TEST(WindowFinder, SearchesBelowDepthFirst) {
-    const std::wstring title = UniqueTitle(L"Depth");
-    std::vector<std::wstring> options = {L"--title", title};
-    const auto add = [&](std::initializer_list<const wchar_t*> more) {
-        options.insert(options.end(), more.begin(), more.end());
-    };
-    constexpr int kDepth = 30;
-    for (int i = 0; i < kDepth; ++i) {
-        add({L"--group", L"Level"});
-    }
-    add({L"--button", L"Pick the deep one"});
-    for (int i = 0; i < kDepth; ++i) {
-        add({L"--end"});
-    }
-    add({L"--button", L"Pick the flat one", L"--button", L"Last"});
-    WindowProgram program(options);
-    ASSERT_TRUE(program.Expect("ready"));
-    const auto idBelow = [&](const wchar_t* child) {
-        WindowFinder finder(title, child);
-        return GetDlgCtrlID(finder.FindBelow(finder.Find()));
-    };
-    EXPECT_EQ(101, idBelow(L"Pick"));
-    EXPECT_EQ(102, idBelow(L"flat"));
-    EXPECT_EQ(103, idBelow(L"Last"));
-    EXPECT_EQ(0, idBelow(L"Absent"));
-}
-
 TEST(WindowFinder, ComesToAnEndWhileWindowsChangePlaces) {
     constexpr int kChildren = 40;
     const std::wstring title = UniqueTitle(L"Restless");
@@ -169,36 +112,6 @@ TEST(WindowFinder, ComesToAnEndWhileWindowsChangePlaces) {
     }
     over = true;
     mover.join();
-}
-
-TEST(WindowFinder, WaitsForAWindowToComeAndGo) {
-    const ZelBase::UniqueHandle never = NewEvent();
-    const std::wstring title = UniqueTitle(L"Late");
-    WindowProgram program(
-        {L"--title", title, L"--appear-after", L"700", L"--vanish-after", L"2500"});
-    WindowFinder finder(title, L"");
-    finder.SetTimeLimit(1);
-    EXPECT_EQ(nullptr, finder.WaitUntilPresent(never.Get()));
-    finder.SetTimeLimit(0); // the default
-    finder.SetCheckInterval(-5);
-    EXPECT_EQ(program.ProcessId(), ProcessOf(finder.WaitUntilPresent(never.Get())));
-    EXPECT_TRUE(finder.WaitUntilGone(never.Get()));
-    EXPECT_TRUE(program.Expect("vanished"));
-}
-
-TEST(WindowFinder, TakesInvisibleWindowsOnlyWhenTheyCount) {
-    const ZelBase::UniqueHandle never = NewEvent();
-    const std::wstring title = UniqueTitle(L"Hidden");
-    WindowProgram program({L"--title", title, L"--hidden"});
-    ASSERT_TRUE(program.Expect("ready"));
-    WindowFinder finder(title, L"");
-    finder.SetTimeLimit(1);
-    finder.SetCheckInterval(20);
-    EXPECT_EQ(nullptr, finder.WaitUntilPresent(never.Get()));
-    EXPECT_TRUE(finder.WaitUntilGone(never.Get()));
-    finder.SetVisibleOnly(false);
-    EXPECT_NE(nullptr, finder.WaitUntilPresent(never.Get()));
-    EXPECT_FALSE(finder.WaitUntilGone(never.Get()));
 }
 
 TEST(WindowFinder, DoesNotTakeAWindowForGoneWhenItsPatternWasTooCostly) {
@@ -230,28 +143,6 @@ TEST(WindowFinder, BelievesThatAWindowIsGoneOnlyWhenItStaysAway) {
     replacer.join();
     replacement.reset();
     EXPECT_TRUE(finder.WaitUntilGone(never.Get()));
-}
-
-TEST(WindowFinder, IsWokenByAnAbort) {
-    const std::wstring title = UniqueTitle(L"Aborted");
-    const OwnWindow there(title, OwnWindow::Thread::kPumps);
-    for (const std::wstring& pattern : {title, UniqueTitle(L"Absent")}) {
-        const bool isThere = pattern == title;
-        const ZelBase::UniqueHandle abort = NewEvent();
-        test::TestThread aborter([&] {
-            Sleep(100);
-            SetEvent(abort.Get());
-        });
-        WindowFinder finder(pattern, L"");
-        finder.SetCheckInterval(60000);
-        // Absent, the wait for its going is inside the confirmation when the abort comes.
-        EXPECT_LT(TimeOf([&] {
-                      EXPECT_FALSE(finder.WaitUntilGone(abort.Get()));
-                      EXPECT_EQ(isThere, finder.WaitUntilPresent(abort.Get()) != nullptr);
-                  }),
-                  20000u);
-        aborter.join();
-    }
 }
 
 TEST(PumpingWait, DispatchesMessagesAndKeepsTheRequestToQuit) {
