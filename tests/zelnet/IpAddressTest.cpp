@@ -6,26 +6,21 @@ namespace ZelNet {
 namespace {
 
 TEST(IpAddress, ReadsTexts) {
-    const struct {
-        const char* text;
-        const char* address; // null: not an address
-    } cases[] = {
-        {"192.168.1.20", "192.168.1.20"},
-        {"255.255.255.255", "255.255.255.255"},
-        {"0.0.0.0", "0.0.0.0"},
-        {"10.1", "10.0.0.1"},
-        {"0x7f.0.0.1", "127.0.0.1"},
-        {"1.2.3.256", nullptr},
-        {"255.255.255.255.", nullptr},
-        {"www.example", nullptr},
-        {"", nullptr},
-        {"1.2.3.4.5", nullptr},
-    };
-    for (const auto& row : cases) {
+    for (const auto& [text, expected] : {std::pair("192.168.1.20", "192.168.1.20"),
+                                         {"255.255.255.255", "255.255.255.255"},
+                                         {"0.0.0.0", "0.0.0.0"},
+                                         {"10.1", "10.0.0.1"},
+                                         {"0x7f.0.0.1", "127.0.0.1"},
+                                         {"1.2.3.256", ""},
+                                         {"255.255.255.255.", ""},
+                                         {"www.example", ""},
+                                         {"", ""},
+                                         {"1.2.3.4.5", ""}}) {
+        const bool isAddress = *expected != 0;
         IpAddress address(0x01020304u);
-        EXPECT_EQ(address.SetAddress(row.text), row.address != nullptr) << row.text;
-        EXPECT_EQ(address.IsValid(), row.address != nullptr) << row.text;
-        EXPECT_EQ(address.GetText(), row.address ? row.address : "0.0.0.0") << row.text;
+        EXPECT_EQ(address.SetAddress(text), isAddress) << text;
+        EXPECT_EQ(address.IsValid(), isAddress) << text;
+        EXPECT_EQ(address.GetText(), isAddress ? expected : "0.0.0.0") << text;
     }
 }
 

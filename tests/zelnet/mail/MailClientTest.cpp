@@ -221,40 +221,29 @@ protected:
     std::unique_ptr<APop3Client> pop;
 };
 
-TEST_F(MailClientTest, IsRefusedOrLeftAloneAtEachStep) {
+TEST_F(MailClientTest, TakesEveryReplyAtEachStep) {
     for (const Protocol protocol : {kSmtp, kPop}) {
         const std::vector<Step>& steps = StepsOf(protocol);
         for (std::size_t i = 0; i < steps.size(); ++i) {
+            const std::string before = Done(steps, 0, i);
             for (const char* refusal : {"-ERR no\r\n", "550 no\r\n", "\r\n", "\n\r", " +OK\r\n",
                                         "x220\r\n", "\xFF\x01\x02garbage\x80\r\n"}) {
                 ExpectConversation(protocol,
                                    WithFault(steps, i, std::string("S:") + refusal, steps[i].next),
-                                   Done(steps, 0, i) + steps[i].refused +
+                                   before + steps[i].refused +
                                        (steps[i].next < 99 ? Done(steps, steps[i].next, 99) : ""),
                                    refusal + std::to_string(i));
             }
             for (const char* end : {"CLOSE", "RESET"}) {
-                ExpectConversation(protocol, WithFault(steps, i, end, 99),
-                                   Done(steps, 0, i) + steps[i].ended, end + std::to_string(i));
+                ExpectConversation(protocol, WithFault(steps, i, end, 99), before + steps[i].ended,
+                                   end + std::to_string(i));
             }
-        }
-    }
-}
-
-TEST_F(MailClientTest, TakesRepliesInEveryShape) {
-    for (const Protocol protocol : {kSmtp, kPop}) {
-        const std::vector<Step>& steps = StepsOf(protocol);
-        for (std::size_t i = 0; i < steps.size(); ++i) {
             const std::string reply = std::string(steps[i].reply) + "\r\n";
             std::string withLf = reply;
             std::erase(withLf, '\r');
             std::string withLongText = reply;
             withLongText.insert(reply.find('\r'), " " + std::string(100'000, 'x'));
-            std::string shortest = "1\r\n";
-            if (protocol == kPop) {
-                shortest = reply;
-                shortest.erase(1, 2);
-            }
+            const std::string shortest = protocol == kPop ? "+" + reply.substr(3) : "1\r\n";
             for (const std::string& shape :
                  {"DRIP:" + reply, "S:" + withLf, "S:" + withLongText, "S:" + shortest}) {
                 ExpectConversation(protocol, WithFault(steps, i, shape, i + 1), Done(steps, 0, 99),
@@ -299,11 +288,8 @@ TEST_F(MailClientTest, KnowsTheOddConversations) {
         {kPop, WithFault(kPopSteps, 4, "S:+OK\r\n" + endless + "\r\n\r\n.\r\n", 5),
          Done(kPopSteps, 0, 4) + " retrieved2=" + endless + "||:0" + Done(kPopSteps, 5, 99)},
         {kPop,
-         [] {
-             Script half = WithFault(kPopSteps, 4, "S:+OK\r\nA: b\r\n\r\nhal", 99);
-             half.push_back("CLOSE");
-             return half;
-         }(),
+         {"S:+OK\r\n", "C:USER*", "S:+OK\r\n", "C:PASS*", "S:+OK\r\n", "C:STAT", "S:+OK 3 1200\r\n",
+          "C:RETR 2", "S:+OK\r\nA: b\r\n\r\nhal", "CLOSE"},
          Done(kPopSteps, 0, 4) + " retrieved2=:4"}};
     for (const auto& row : cases) {
         ExpectConversation(row.protocol, row.script, row.words, row.words.substr(0, 200));
@@ -400,67 +386,59 @@ TEST_F(MailClientTest, TracesItsStatesButNoPassword) {
 }
 
 TEST_F(MailClientTest, RefusesToSendWhatCannotBe) {
-    const auto expect = [this](bool done, SmtpStatus reason) {
+    const auto expect = [this](SmtpStatus reason, bool done) {
         EXPECT_FALSE(done);
         EXPECT_EQ(smtp->GetLastError(), reason);
     };
-    expect(smtp->SetServer(nullptr), SmtpStatus::kInvalidArguments);
-    expect(smtp->Connect(nullptr, false), SmtpStatus::kInvalidArguments);
-    expect(smtp->Connect(&recorder, false), SmtpStatus::kInvalidState); // no port
-    expect(smtp->SendMail("x", message.get()), SmtpStatus::kInvalidState);
-    expect(smtp->Quit(), SmtpStatus::kInvalidState);
-    const struct {
-        const char* server;
-        std::uint32_t port;
-        const char* password;
-        SmtpStatus reason;
-    } rows[] = {{"127.0.0.1", 65536, "x", SmtpStatus::kInvalidState},
-                {"", 25, "x", SmtpStatus::kInvalidState},
-                {"127.0.0.1", 25, "", SmtpStatus::kInvalidState},
-                {"127.0.0.1", 25, "a\nb", SmtpStatus::kInvalidArguments}};
-    for (const auto& row : rows) {
-        smtp->SetServer(row.server);
-        smtp->SetPort(row.port);
-        smtp->SetPassword(row.password);
-        expect(smtp->Connect(&recorder, true), row.reason);
+    using enum SmtpStatus;
+    expect(kInvalidArguments, smtp->SetServer(nullptr));
+    expect(kInvalidArguments, smtp->Connect(nullptr, false));
+    expect(kInvalidState, smtp->Connect(&recorder, false)); // no port
+    expect(kInvalidState, smtp->SendMail("x", message.get()));
+    expect(kInvalidState, smtp->Quit());
+    for (const auto& [host, port, password, reason] :
+         {std::tuple("127.0.0.1", 65536u, "x", kInvalidState),
+          {"", 25, "x", kInvalidState},
+          {"127.0.0.1", 25, "", kInvalidState},
+          {"127.0.0.1", 25, "a\nb", kInvalidArguments}}) {
+        smtp->SetServer(host);
+        smtp->SetPort(port);
+        smtp->SetPassword(password);
+        expect(reason, smtp->Connect(&recorder, true));
     }
     SetUp();
     ScriptedServer server({{"S:220 hi\r\n", "C:HELO*", "S:250 ok\r\n", "SILENCE"}});
     EXPECT_TRUE(Connect(kPlainSmtp, server.Port()));
-    expect(smtp->SetServer("x"), SmtpStatus::kBusy);
-    expect(smtp->SetPort(26), SmtpStatus::kBusy);
-    expect(smtp->SetBody("x"), SmtpStatus::kBusy);
+    expect(kBusy, smtp->SetServer("x") || smtp->SetPort(26) || smtp->SetBody("x"));
     EXPECT_TRUE(recorder.Await("loggedIn:0"));
-    expect(smtp->Connect(&recorder, false), SmtpStatus::kInvalidState);
-    expect(smtp->SendMail("x", nullptr), SmtpStatus::kInvalidState);
+    expect(kInvalidState, smtp->Connect(&recorder, false));
+    expect(kInvalidState, smtp->SendMail("x", nullptr));
 }
 
 TEST_F(MailClientTest, RefusesToFetchWhatCannotBe) {
-    const auto expect = [this](bool done, PopStatus reason) {
+    const auto expect = [this](PopStatus reason, bool done) {
         EXPECT_FALSE(done);
         EXPECT_EQ(pop->GetLastError(), reason);
     };
-    expect(pop->Connect(nullptr), PopStatus::kInvalidArguments);
-    expect(pop->Connect(&recorder), PopStatus::kInvalidState); // no server
-    expect(pop->GetMailCount(), PopStatus::kInvalidState);
-    expect(pop->RetrieveMessage(1), PopStatus::kInvalidState);
-    expect(pop->DeleteMessage(1), PopStatus::kInvalidState);
-    expect(pop->Quit(), PopStatus::kInvalidState);
-    const struct {
-        std::uint32_t port;
-        std::string user, password;
-        PopStatus reason;
-    } rows[] = {{0, "me", "x", PopStatus::kInvalidState},
-                {65536, "me", "x", PopStatus::kInvalidState},
-                {110, "", "x", PopStatus::kInvalidState},
-                {110, "me", "", PopStatus::kInvalidState},
-                {110, "a\rb", "x", PopStatus::kInvalidArguments},
-                {110, "me", "a\n", PopStatus::kInvalidArguments},
-                {110, std::string(1, 0), "x", PopStatus::kInvalidArguments}};
-    for (const auto& row : rows) {
-        pop->SetServer("127.0.0.1", row.port);
-        pop->SetLogin(row.user, row.password);
-        expect(pop->Connect(&recorder), row.reason);
+    using enum PopStatus;
+    expect(kInvalidArguments, pop->Connect(nullptr));
+    expect(kInvalidState, pop->Connect(&recorder)); // no server
+    expect(kInvalidState, pop->GetMailCount());
+    expect(kInvalidState, pop->RetrieveMessage(1));
+    expect(kInvalidState, pop->DeleteMessage(1));
+    expect(kInvalidState, pop->Quit());
+    const std::tuple<std::uint32_t, std::string, std::string, PopStatus> rows[] = {
+        {0, "me", "x", kInvalidState},
+        {65536, "me", "x", kInvalidState},
+        {110, "", "x", kInvalidState},
+        {110, "me", "", kInvalidState},
+        {110, "a\rb", "x", kInvalidArguments},
+        {110, "me", "a\n", kInvalidArguments},
+        {110, std::string(1, 0), "x", kInvalidArguments}};
+    for (const auto& [port, user, password, reason] : rows) {
+        pop->SetServer("127.0.0.1", port);
+        pop->SetLogin(user, password);
+        expect(reason, pop->Connect(&recorder));
     }
 }
 
@@ -476,37 +454,30 @@ TEST_F(MailClientTest, CanBeDestroyedAtAnyTime) {
 }
 
 TEST(PopReply, FindsTheTwoNumbersOfADropListing) {
-    const struct {
-        const char* line;
-        std::uint32_t count, size;
-    } cases[] = {{"+OK 3 1200", 3, 1200},
-                 {"+OK", 0, 0},
-                 {"+OK 7", 7, 0},
-                 {"+OK3,x12y9", 3, 12},
-                 {"+OK -5 -6", 5, 6},
-                 {"+OK 99999999999999999999999 4294967295", 4294967295u, 4294967295u}};
-    for (const auto& row : cases) {
-        const PopDropListing listing = ReadDropListing(row.line);
-        EXPECT_EQ(listing.count, row.count) << row.line;
-        EXPECT_EQ(listing.totalSize, row.size) << row.line;
+    for (const auto& [line, count, size] :
+         {std::tuple("+OK 3 1200", 3u, 1200u),
+          {"+OK", 0, 0},
+          {"+OK 7", 7, 0},
+          {"+OK3,x12y9", 3, 12},
+          {"+OK -5 -6", 5, 6},
+          {"+OK 99999999999999999999999 4294967295", 4294967295u, 4294967295u}}) {
+        EXPECT_EQ(ReadDropListing(line).count, count) << line;
+        EXPECT_EQ(ReadDropListing(line).totalSize, size) << line;
     }
 }
 
 TEST(SmtpText, DoublesLoneDotsInOnePass) {
-    const struct {
-        std::string text, expected;
-        bool fromStart;
-    } cases[] = {{"a\r\n.\r\nb", "a\r\n..\r\nb", false},
-                 {"\r\n.\r\n.\r\n.\r\n", "\r\n..\r\n..\r\n..\r\n", false},
-                 {".x\r\n.x\r\nx.\r\n", ".x\r\n.x\r\nx.\r\n", false},
-                 {".\r\nb", ".\r\nb", false}, // the very first line is left alone
-                 {".\r\n.\r\nx", "..\r\n..\r\nx", true},
-                 {"a\n.\nb\r.\r", "a\n.\nb\r.\r", false},
-                 {"a\r\n.", "a\r\n.", false}};
-    for (const auto& row : cases) {
-        std::string doubled = row.text;
-        DoubleLoneDots(doubled, row.fromStart);
-        EXPECT_EQ(doubled, row.expected);
+    for (const auto& [text, expected, fromStart] :
+         {std::tuple("a\r\n.\r\nb", "a\r\n..\r\nb", false),
+          {"\r\n.\r\n.\r\n.\r\n", "\r\n..\r\n..\r\n..\r\n", false},
+          {".x\r\n.x\r\nx.\r\n", ".x\r\n.x\r\nx.\r\n", false},
+          {".\r\nb", ".\r\nb", false}, // the very first line is left alone
+          {".\r\n.\r\nx", "..\r\n..\r\nx", true},
+          {"a\n.\nb\r.\r", "a\n.\nb\r.\r", false},
+          {"a\r\n.", "a\r\n.", false}}) {
+        std::string doubled = text;
+        DoubleLoneDots(doubled, fromStart);
+        EXPECT_EQ(doubled, expected);
     }
 }
 
