@@ -37,13 +37,13 @@ TEST(PlatformFamilyTest, IsWhatTheSystemSays) {
     if (!test::IsWine()) {
         GTEST_SKIP() << "only Wine can be told to be another Windows";
     }
-    const struct {
-        const char* version;
-        PlatformFamily family;
-    } rows[] = {{"win95", kWindows95}, {"win98", kWindows98},   {"winme", kWindowsMe},
-                {"nt40", kNt4},        {"win2k", kWindows2000}, {"winxp", kXp},
-                {"win7", kXp}};
-    for (const auto& [version, family] : rows) {
+    for (const auto& [version, family] : {std::pair("win95", kWindows95),
+                                          {"win98", kWindows98},
+                                          {"winme", kWindowsMe},
+                                          {"nt40", kNt4},
+                                          {"win2k", kWindows2000},
+                                          {"winxp", kXp},
+                                          {"win7", kXp}}) {
         EXPECT_EQ(static_cast<int>(family),
                   test::ValueOn(version, "PlatformFamilyTest.DISABLED_Report"))
             << version;

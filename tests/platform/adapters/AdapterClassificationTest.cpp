@@ -6,49 +6,31 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include <atomic>
 
 namespace tervane {
 namespace {
 
+using Texts = std::vector<const wchar_t*>;
+
 TEST(AdapterClassificationTest, JudgesByTheDescription) {
-    const struct {
-        const wchar_t* description;
-        bool isEthernet;
-    } rows[] = {
-        {L"3Com EtherLink XL 10/100 PCI TX NIC (3C905B-TX)", true},
-        {L"ETHERNET", true},
-        {L"Realtek Fast Ethenet Controller", true},
-        {L"Carte LAN ADAPTER", true},
-        {L"Remote NDIS based Internet Sharing Device", true},
-        {L"Linksys LNE100TX", true},
-        {L"Tamarack TC5299C PC Card", true},
-        {L"NE2000 Compatible", true},
-        {L"NE 0000 Compatible", false},
-        {L"Novel 4000", true},
-        {L"Novell   1000", true},
-        {L"Novelll 1000", false},
-        {L"Compaq NetFlex-3 Controller", true},
-        {L"Intel(R) PRO/1000 MT Network Connection", false},
-        {L"Intel(R) PRO/1000 MT Desktop Adapter", true},
-        {L"Intel PRO/100", true},
-        {L"My Intel PRO/100", false},
-        {L"Intel PRO/100+", false},
-        {L"VIA Bus  Master Adapter", true},
-        {L"VIA BusMaster Adapter", false},
-        {L"Lucent Wireless PC LAN Card", true},
-        {L"Wireless-G Notebook", false},
-        {L"Efficient Networks Tango Virtual Miniport", true},
-        {L"The Efficient Networks Virtual Miniport", false},
-        {L"CATC USB Link", true},
-        {L"WAN Miniport (PPP)", false},
-        {L"Dial-Up Adapter", false},
-        {L"", false},
-        {L"ether\nnet", true},
-    };
-    for (const auto& [description, isEthernet] : rows) {
-        EXPECT_EQ(isEthernet, IsEthernetDescription(description)) << description;
+    for (const wchar_t* description :
+         Texts{L"3Com EtherLink XL 10/100 PCI TX NIC (3C905B-TX)", L"ETHERNET",
+               L"Realtek Fast Ethenet Controller", L"Carte LAN ADAPTER",
+               L"Remote NDIS based Internet Sharing Device", L"Linksys LNE100TX",
+               L"Tamarack TC5299C PC Card", L"NE2000 Compatible", L"Novel 4000", L"Novell   1000",
+               L"Compaq NetFlex-3 Controller", L"Intel(R) PRO/1000 MT Desktop Adapter",
+               L"Intel PRO/100", L"VIA Bus  Master Adapter", L"Lucent Wireless PC LAN Card",
+               L"Efficient Networks Tango Virtual Miniport", L"CATC USB Link", L"ether\nnet"}) {
+        EXPECT_TRUE(IsEthernetDescription(description)) << description;
+        EXPECT_FALSE(IsExcludedDescription(description));
+    }
+    for (const wchar_t* description :
+         Texts{L"NE 0000 Compatible", L"Novelll 1000", L"Intel(R) PRO/1000 MT Network Connection",
+               L"My Intel PRO/100", L"Intel PRO/100+", L"VIA BusMaster Adapter",
+               L"Wireless-G Notebook", L"The Efficient Networks Virtual Miniport",
+               L"WAN Miniport (PPP)", L"Dial-Up Adapter", L""}) {
+        EXPECT_FALSE(IsEthernetDescription(description)) << description;
         EXPECT_FALSE(IsExcludedDescription(description));
     }
 }
@@ -66,36 +48,35 @@ TEST(AdapterClassificationTest, SurvivesHostileDescriptions) {
 }
 
 TEST(AdapterClassificationTest, IsMadeOnceForAllThreads) {
-    std::vector<test::TestThread> threads;
-    std::vector<int> found(8);
-    for (int& count : found) {
-        threads.emplace_back([&count] {
-            for (int i = 0; i < 20; ++i) {
-                count += IsEthernetDescription(L"intel pro/100") ? 1 : 0;
-                count += IsEthernetDriver(L"EL90XBC.SYS") ? 1 : 0;
-            }
-        });
+    std::atomic<int> found = 0;
+    {
+        std::vector<test::TestThread> threads;
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([&found] {
+                for (int round = 0; round < 20; ++round) {
+                    found += IsEthernetDescription(L"intel pro/100") ? 1 : 0;
+                    found += IsEthernetDriver(L"EL90XBC.SYS") ? 1 : 0;
+                }
+            });
+        }
     }
-    for (test::TestThread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(std::vector<int>(8, 40), found);
+    EXPECT_EQ(8 * 40, found);
 }
 
 TEST(AdapterClassificationTest, JudgesByDriverAndBus) {
-    for (const wchar_t* driver : {L"EtherExp.vxd", L"el90xbc.sys", L"EA20", L"ea10x", L"DFE530.sys",
-                                  L"cben4", L"alcan5ln"}) {
+    for (const wchar_t* driver : Texts{L"EtherExp.vxd", L"el90xbc.sys", L"EA20", L"ea10x",
+                                       L"DFE530.sys", L"cben4", L"alcan5ln"}) {
         EXPECT_TRUE(IsEthernetDriver(driver)) << driver;
     }
-    for (const wchar_t* driver : {L"pppmac.vxd", L"xel90x", L"", L"ea30"}) {
+    for (const wchar_t* driver : Texts{L"pppmac.vxd", L"xel90x", L"", L"ea30"}) {
         EXPECT_FALSE(IsEthernetDriver(driver)) << driver;
     }
-    EXPECT_TRUE(NamesPhysicalBus(L"*PNP80D6,ISAPNP\\TCM5094"));
-    EXPECT_TRUE(NamesPhysicalBus(L"PCI\\VEN_10B7&DEV_9055"));
-    EXPECT_TRUE(NamesPhysicalBus(L"Pcmcia\\3Com"));
-    EXPECT_FALSE(NamesPhysicalBus(L"ROOT\\NET\\0000"));
-    EXPECT_FALSE(NamesPhysicalBus(L"PCI"));
-    EXPECT_FALSE(NamesPhysicalBus(L""));
+    for (const wchar_t* bus : Texts{L"*PNP80D6,ISAPNP\\TCM5094", L"PCI\\VEN_1", L"Pcmcia\\3Com"}) {
+        EXPECT_TRUE(NamesPhysicalBus(bus)) << bus;
+    }
+    for (const wchar_t* bus : Texts{L"ROOT\\NET\\0000", L"PCI", L""}) {
+        EXPECT_FALSE(NamesPhysicalBus(bus)) << bus;
+    }
 }
 
 TEST(AdapterClassificationTest, JudgesByTheAddress) {
@@ -117,16 +98,19 @@ TEST(AdapterClassificationTest, JudgesByTheAddress) {
 }
 
 TEST(AdapterClassificationTest, KnowsDialUpAdapters) {
-    EXPECT_TRUE(IsPppAdapter(L"WAN Miniport (PPPOE)", L""));
-    EXPECT_TRUE(IsPppAdapter(L"WAN-Miniport (IP)", L"NdisWan"));
-    EXPECT_TRUE(IsPppAdapter(L"Microsoft Dial-Up Adapter", L""));
-    EXPECT_TRUE(IsPppAdapter(L"DF\x00DC-Adapter", L"PPPMAC.VXD"));
-    EXPECT_TRUE(IsPppAdapter(L"", L"AsyncMac"));
-    EXPECT_TRUE(IsPppAdapter(L"Miniport r\x00E9seau \x00E9tendu WAN (SSTP)", L"RasSstp"));
-    EXPECT_TRUE(IsPppAdapter(L"Miniport r\x00E9seau \x00E9tendu WAN (IKEv2)", L"RasAgileVpn"));
-    EXPECT_FALSE(IsPppAdapter(L"3Com EtherLink XL", L"el90xbc.sys"));
-    EXPECT_FALSE(IsPppAdapter(L"Microsoft TUN Miniport", L"tunmp"));
-    EXPECT_FALSE(IsPppAdapter(L"", L""));
+    for (const auto& [description, driver, isPpp] :
+         {std::tuple(L"WAN Miniport (PPPOE)", L"", true),
+          {L"WAN-Miniport (IP)", L"NdisWan", true},
+          {L"Microsoft Dial-Up Adapter", L"", true},
+          {L"DF\x00DC-Adapter", L"PPPMAC.VXD", true},
+          {L"", L"AsyncMac", true},
+          {L"Miniport r\x00E9seau \x00E9tendu WAN (SSTP)", L"RasSstp", true},
+          {L"Miniport r\x00E9seau \x00E9tendu WAN (IKEv2)", L"RasAgileVpn", true},
+          {L"3Com EtherLink XL", L"el90xbc.sys", false},
+          {L"Microsoft TUN Miniport", L"tunmp", false},
+          {L"", L"", false}}) {
+        EXPECT_EQ(isPpp, IsPppAdapter(description, driver)) << description;
+    }
 }
 
 TEST(HardwareAddressTest, IsWrittenAndRead) {
