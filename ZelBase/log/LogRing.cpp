@@ -143,24 +143,36 @@ bool LogRing::OpenSection(NameSpace& names) noexcept {
 
 // Nobody may stop this process by keeping the ring locked, as one does that stands in a debugger or
 // in a crash dialog: it costs one wait in all and not one for each record.
-bool LogRing::Write(LogRecord& record, DWORD patienceMs) noexcept {
+bool LogRing::Write(const LogRecord& head, Texts texts, DWORD patienceMs) noexcept {
     if (!Acquired(WaitForSingleObject(mutex_.Get(), stuck_ ? 0 : patienceMs))) {
         stuck_ = true;
         return false;
     }
     stuck_ = false;
+    // Stamped here and not earlier, so that times never run backwards along the ring.
+    const std::uint32_t now = Now();
+    for (const std::string_view text : texts) {
+        Append(head, text, now);
+    }
+    PulseEvent(event_.Get());
+    ReleaseMutex(mutex_.Get());
+    return true;
+}
+
+// Called with the mutex held, so that nothing is done here that could be done before.
+void LogRing::Append(const LogRecord& head, std::string_view text, std::uint32_t time) noexcept {
     auto* section = static_cast<LogSection*>(view_.Get());
     // An index from outside the ring can only be damage; the ring then starts over at its front.
     const std::uint32_t next = *const_cast<volatile std::uint32_t*>(&section->nextSlot);
     const std::uint32_t slot = next < kLogSlotCount ? next : 0;
-    // Stamped here and not earlier, so that times never run backwards along the ring.
-    record.time = Now();
-    section->records[slot] = record;
+    LogRecord& record = section->records[slot];
+    std::memcpy(&record, &head, offsetof(LogRecord, text));
+    record.time = time;
+    std::memcpy(record.text, text.data(), text.size());
+    std::memset(record.text + text.size(), 0,
+                sizeof record - offsetof(LogRecord, text) - text.size());
     section->nextSlot = (slot + 1) % kLogSlotCount;
     ++section->written;
-    PulseEvent(event_.Get());
-    ReleaseMutex(mutex_.Get());
-    return true;
 }
 
 } // namespace ZelBase

@@ -10,6 +10,8 @@
 
 #include <atomic>
 #include <memory>
+#include <span>
+#include <string_view>
 
 namespace ZelBase {
 
@@ -33,10 +35,14 @@ public:
     LogRing(const LogRing&) = delete;
     LogRing& operator=(const LogRing&) = delete;
 
-    // Stamps `record` with the current time and puts it into the ring, waking the viewers. The
-    // record is dropped (false) when the ring stays locked for `patienceMs`. From then on records
-    // are dropped without any waiting, until one comes that finds the ring unlocked. Any thread.
-    bool Write(LogRecord& record, DWORD patienceMs) noexcept;
+    // Of records that follow each other, none longer than a record holds.
+    using Texts = std::span<const std::string_view>;
+
+    // Puts one record for each text into the ring, with the current time and all else from `head`,
+    // and wakes the viewers. The records are dropped (false) when the ring stays locked for
+    // `patienceMs`. From then on records are dropped without any waiting, until one comes that
+    // finds the ring unlocked. Any thread.
+    bool Write(const LogRecord& head, Texts texts, DWORD patienceMs) noexcept;
     // Whether the last record was dropped.
     bool IsStuck() const noexcept { return stuck_; }
 
@@ -56,6 +62,7 @@ private:
     explicit LogRing(Place place) noexcept : place_(place) {}
     Result OpenObjects(DWORD patienceMs) noexcept;
     bool OpenSection(NameSpace& names) noexcept;
+    void Append(const LogRecord& head, std::string_view text, std::uint32_t time) noexcept;
 
     const Place place_;
     bool isNew_ = false;

@@ -29,13 +29,14 @@ public:
     void SetLevel(LogLevel level) override;
     void SetValue(std::uint32_t value) override;
     bool IsValid() const override;
+    void Log(const char* function, LogLevel level, const LogTexts& texts) override;
 
 private:
     template <std::size_t TextSize = kLogTextSize>
     void WriteFormatted(const char* function, LogLevel level, std::uint32_t value,
                         const char* format, va_list arguments) noexcept;
-    void WriteRecord(const char* function, LogLevel level, std::uint32_t value,
-                     const char* text) noexcept;
+    void WriteRecords(const char* function, LogLevel level, std::uint32_t value,
+                      LogRing::Texts texts) noexcept;
 
     ProcessLog log_;
     char component_[sizeof LogRecord::component] = "GENERAL";
@@ -58,12 +59,13 @@ void CopyField(char (&field)[Size], const char* text) noexcept {
     std::memset(field + length, 0, Size - length);
 }
 
-// "0x" and hexadecimal digits.
+// "0x" and hexadecimal digits, filled up with NUL.
 template <std::size_t Size>
 void WriteIdentifier(char (&field)[Size], DWORD identifier) noexcept {
     field[0] = '0';
     field[1] = 'x';
-    std::to_chars(field + 2, field + Size - 1, identifier, 16);
+    char* const end = std::to_chars(field + 2, field + Size, identifier, 16).ptr;
+    std::memset(end, 0, static_cast<std::size_t>(field + Size - end));
 }
 
 } // namespace
@@ -145,28 +147,50 @@ bool WIN32_Logger::IsValid() const {
     return log_.IsValid();
 }
 
+void WIN32_Logger::Log(const char* function, LogLevel level, const LogTexts& texts) {
+    if (texts.Count() == 0) {
+        return;
+    }
+    std::string_view views[LogTexts::kMost];
+    for (std::size_t index = 0; index < texts.Count(); ++index) {
+        views[index] = texts[index];
+    }
+    WriteRecords(function, level, value_, {views, texts.Count()});
+}
+
 template <std::size_t TextSize>
 void WIN32_Logger::WriteFormatted(const char* function, LogLevel level, std::uint32_t value,
                                   const char* format, va_list arguments) noexcept {
     char text[TextSize];
     FormatLogText(text, format, arguments);
-    WriteRecord(function, level, value, text);
+    const std::string_view view(text, strnlen(text, kLogTextSize - 1));
+    WriteRecords(function, level, value, {&view, 1});
 }
 
-void WIN32_Logger::WriteRecord(const char* function, LogLevel level, std::uint32_t value,
-                               const char* text) noexcept {
+void WIN32_Logger::WriteRecords(const char* function, LogLevel level, std::uint32_t value,
+                                LogRing::Texts texts) noexcept {
     // Callers log a failure before they look at its code.
     const DWORD lastError = GetLastError();
-    LogRecord record = {};
-    CopyField(record.component, component_);
-    CopyField(record.function, function);
-    record.value = value;
-    record.level = static_cast<std::uint8_t>(level);
-    WriteIdentifier(record.process, GetCurrentProcessId());
-    WriteIdentifier(record.thread, GetCurrentThreadId());
-    CopyField(record.text, text);
-    log_.Write(record);
+    LogRecord head; // its text is of no use
+    std::memcpy(head.component, component_, sizeof component_);
+    CopyField(head.function, function);
+    head.time = 0;
+    head.value = value;
+    head.level = static_cast<std::uint8_t>(level);
+    WriteIdentifier(head.process, GetCurrentProcessId());
+    WriteIdentifier(head.thread, GetCurrentThreadId());
+    log_.Write(head, texts);
     SetLastError(lastError);
+}
+
+void LogTexts::Add(const char* format, ...) {
+    if (count_ == kMost) {
+        return;
+    }
+    va_list arguments;
+    va_start(arguments, format);
+    FormatLogText(texts_[count_++], format, arguments);
+    va_end(arguments);
 }
 
 std::unique_ptr<Logger> Logger::Create() {

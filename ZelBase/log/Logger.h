@@ -8,6 +8,9 @@
 // The most used form is Log(function, level, format, ...). Beware of giving a text as the first
 // argument after a lone format: Log("%s", "a") has `"%s"` as its function and `"a"` as its format.
 
+#include "ZelBase/log/LogText.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -30,6 +33,23 @@ enum class LogLevel : unsigned char {
     __attribute__((format(printf, formatIndex, firstIndex)))
 
 namespace ZelBase {
+
+// The texts of records that one thread writes one after another, with nothing called between them.
+// They are formatted when they are added, cut to what a record holds.
+class LogTexts {
+public:
+    static constexpr std::size_t kMost = 6;
+
+    // At most kMost; more are dropped.
+    void Add(const char* format, ...) ZELBASE_PRINTF(2, 3);
+    void Clear() noexcept { count_ = 0; }
+    std::size_t Count() const noexcept { return count_; }
+    const char* operator[](std::size_t index) const noexcept { return texts_[index]; }
+
+private:
+    std::size_t count_ = 0;
+    char texts_[kMost][kLogTextSize];
+};
 
 // Log may be called from any thread at once; the Set functions only before that. A record's text
 // holds 511 characters, longer ones are cut; function and component hold 63. Logging never fails
@@ -61,6 +81,11 @@ public:
     virtual void SetValue(std::uint32_t value) = 0;
     // Whether records reach the ring.
     virtual bool IsValid() const = 0;
+    // Writes one record for each text, at once: under one lock of the ring and with one pulse of
+    // its event, which is what a record costs. A viewer cannot tell: the records are the same, in
+    // the same order, the counter goes up by one for each, and a viewer that was woken for one has
+    // always read all that have come.
+    virtual void Log(const char* function, LogLevel level, const LogTexts& texts) = 0;
 
 protected:
     Logger() = default;

@@ -23,18 +23,21 @@ public:
     // For users only.
     void Open() noexcept;
     LogRing* Current() const noexcept;
-    void Write(LogRecord& record) noexcept;
+    void Write(const LogRecord& head, LogRing::Texts texts) noexcept;
 
 private:
     HANDLE Gate() noexcept;
     bool OpenShared(DWORD patienceMs) noexcept;
     bool MayTryAgain() noexcept;
 
-    // Guards the count. A mutex of the system, because a thread that is killed with it must not
-    // lock out the others; what it guards is right after every single step. It stays until the
-    // module goes.
+    // Changes the count, if it is at least `least`.
+    bool ChangeFrom(unsigned least, int step) noexcept;
+
+    // Held while the count leaves zero or comes back to it; between other numbers it just changes.
+    // A mutex of the system, because a thread that is killed with it must not lock out the others;
+    // what it guards is right after every single step. It stays until the module goes.
     std::atomic<HANDLE> gate_ = nullptr;
-    unsigned users_ = 0;
+    std::atomic<unsigned> users_ = 0;
     // Each is put in place once and taken out by the last user. The process's own stays when the
     // shared one has come at last, because somebody may be writing to it.
     std::atomic<LogRing*> shared_ = nullptr;
@@ -71,7 +74,20 @@ HANDLE Rings::Gate() noexcept {
     return gate;
 }
 
+bool Rings::ChangeFrom(unsigned least, int step) noexcept {
+    unsigned users = users_;
+    while (users >= least) {
+        if (users_.compare_exchange_weak(users, users + static_cast<unsigned>(step))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool Rings::AddUser() noexcept {
+    if (ChangeFrom(1, 1)) {
+        return true;
+    }
     const HANDLE gate = Gate();
     if (!gate) {
         return false;
@@ -83,6 +99,9 @@ bool Rings::AddUser() noexcept {
 }
 
 void Rings::RemoveUser() noexcept {
+    if (ChangeFrom(2, -1)) {
+        return;
+    }
     const HANDLE gate = gate_;
     if (!gate) {
         return; // the module is going
@@ -138,12 +157,12 @@ LogRing* Rings::Current() const noexcept {
     return shared ? shared : own_.load();
 }
 
-void Rings::Write(LogRecord& record) noexcept {
+void Rings::Write(const LogRecord& head, LogRing::Texts texts) noexcept {
     if (wasLocked_ && !shared_ && MayTryAgain()) {
         OpenShared(0);
     }
     if (LogRing* const ring = Current()) {
-        ring->Write(record, ModulePin::IsOwnThread() ? kPatienceMs : kHostPatienceMs);
+        ring->Write(head, texts, ModulePin::IsOwnThread() ? kPatienceMs : kHostPatienceMs);
     }
 }
 
@@ -165,9 +184,9 @@ bool ProcessLog::IsValid() const noexcept {
     return counted_ && rings.Current();
 }
 
-void ProcessLog::Write(LogRecord& record) noexcept {
+void ProcessLog::Write(const LogRecord& head, LogRing::Texts texts) noexcept {
     if (counted_) {
-        rings.Write(record);
+        rings.Write(head, texts);
     }
 }
 

@@ -26,8 +26,8 @@ public:
 
     // False when the system has not even room for a ring of this process.
     bool IsValid() const noexcept;
-    // Stamps the record with the time and writes it; see LogRing::Write.
-    void Write(LogRecord& record) noexcept;
+    // See LogRing::Write.
+    void Write(const LogRecord& head, LogRing::Texts texts) noexcept;
 
 private:
     const bool counted_;
