@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 namespace ZelBase {
 
@@ -184,6 +185,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     events_.clear();
     ResetEvent(queueEvent_.Get());
     ResetEvent(terminateEvent_.Get());
+    eventsSet_ = false;
     running_ = true;
     finished_ = suspended_ = false;
     phase_ = Phase::kStarting;
@@ -276,15 +278,18 @@ bool WIN32_Thread::End(bool hard, bool isTraced) {
 WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard, bool isTraced) {
     GuardObject guard(this);
     terminateRequested_ = true;
-    if (thread_) {
+    // Whoever has ended may be told so several times.
+    if (thread_ && (!finished_ || suspended_)) {
         ResumeFully(thread_->Get());
     }
     suspended_ = false;
     if (isTraced) {
         Trace("Terminate", LogLevel::kTrace, "Terminating thread.");
     }
-    SetEvent(terminateEvent_.Get());
-    SetEvent(queueEvent_.Get());
+    if (!std::exchange(eventsSet_, true)) {
+        SetEvent(terminateEvent_.Get());
+        SetEvent(queueEvent_.Get());
+    }
     return {thread_, hard ? kHardTerminateMs : terminateTimeoutMs_, IsCaller()};
 }
 

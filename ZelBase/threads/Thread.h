@@ -196,6 +196,8 @@ private:
     SharedHandle thread_ ZELBASE_GUARDED_BY(this);
     UniqueHandle terminateEvent_;
     UniqueHandle queueEvent_;
+    // Both are set for good: termination has been requested since the last Execute.
+    bool eventsSet_ ZELBASE_GUARDED_BY(this) = false;
     mutable CriticalSection section_;
     DWORD threadId_ ZELBASE_GUARDED_BY(this) = 0;
     std::atomic<Phase> phase_ = Phase::kEnding;

@@ -24,6 +24,8 @@ constexpr std::size_t kBufferGrowth = 1024;
 // Data is received and sent in pieces of this size.
 constexpr std::size_t kChunkSize = 512;
 
+constexpr char kLineEndFormat[] = "NL found at index %lu";
+
 const char kSourcePath[] = "ZelNet/SourceCode/ALineSocket";
 
 std::uint32_t Count(std::size_t size) {
@@ -71,7 +73,8 @@ private:
     // The socket may be closed in any call of the listener, and even be opened again there.
     bool IsOver(unsigned life) const { return closing_ || life_ != life; }
     bool ReceiveChunk(int error);
-    bool AnnounceLines(const char* chunk, std::size_t size, int error);
+    void TraceChunk(const char* chunk, std::size_t size, const char* lineEnd);
+    void AnnounceLines(const char* chunk, std::size_t size, const char* lineEnd, int error);
     void SendData(int error);
     bool SendChunk();
     // Calls the listener, unless the socket is closed.
@@ -256,37 +259,50 @@ bool ATcpNonBlockingLineSocket::InternalListener::ReceiveChunk(int error) {
         return false;
     }
     bytesReceived_ += size;
-    logger_->Log("ReceiveData", LogLevel::kTrace, "Size = %lu", static_cast<unsigned long>(size));
-    if (!receiveBuffer_.Append(chunk, size)) {
+    const bool isKept = receiveBuffer_.Append(chunk, size);
+    const char* const lineEnd =
+        isKept && lineMode_ ? std::find(chunk, chunk + size, '\n') : chunk + size;
+    TraceChunk(chunk, size, lineEnd);
+    if (!isKept) {
         logger_->Log("ReceiveData", LogLevel::kError, "Out of memory. Closing the socket.");
         BeginClosing();
         socket_->Close(true);
         return false;
     }
-    if (lineMode_ && !AnnounceLines(chunk, size, error)) {
-        return false;
-    }
+    AnnounceLines(chunk, size, lineEnd, error);
     if (!IsOver(life)) {
         Tell(&TcpNonBlockingLineSocketListener::OnReceive, error);
     }
     return !IsOver(life);
 }
 
-// False when the listener has closed the socket.
-bool ATcpNonBlockingLineSocket::InternalListener::AnnounceLines(const char* chunk, std::size_t size,
-                                                                int error) {
+// The first line's end is told together with the chunk: nothing is called between the two.
+void ATcpNonBlockingLineSocket::InternalListener::TraceChunk(const char* chunk, std::size_t size,
+                                                             const char* lineEnd) {
+    ZelBase::LogTexts texts;
+    texts.Add("Size = %lu", static_cast<unsigned long>(size));
+    if (lineEnd != chunk + size) {
+        texts.Add(kLineEndFormat, static_cast<unsigned long>(lineEnd - chunk));
+    }
+    logger_->Log("ReceiveData", LogLevel::kTrace, texts);
+}
+
+// Stops when the listener has closed the socket. The first line's end has been traced.
+void ATcpNonBlockingLineSocket::InternalListener::AnnounceLines(const char* chunk, std::size_t size,
+                                                                const char* lineEnd, int error) {
     const unsigned life = life_;
     const char* const end = chunk + size;
-    for (const char* position = chunk; position < end && !IsOver(life); ++position) {
-        position = std::find(position, end, '\n');
-        if (position == end) {
-            break;
-        }
-        logger_->Log("ReceiveData", LogLevel::kTrace, "NL found at index %lu",
-                     static_cast<unsigned long>(position - chunk));
+    while (lineEnd != end) {
         Tell(&TcpNonBlockingLineSocketListener::OnReceiveLine, error);
+        if (IsOver(life)) {
+            return;
+        }
+        lineEnd = std::find(lineEnd + 1, end, '\n');
+        if (lineEnd != end) {
+            logger_->Log("ReceiveData", LogLevel::kTrace, kLineEndFormat,
+                         static_cast<unsigned long>(lineEnd - chunk));
+        }
     }
-    return !IsOver(life);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::OnSend(void* /*context*/, int error) {

@@ -1,6 +1,7 @@
 #include "objects/connectivity/ConnectivityTester.h"
 
 #include "ZelBase/text/AnsiText.h"
+#include "ZelNet/SourceCode/IpHelper.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "component/ComEdge.h"
 #include "component/Worker.h"
@@ -25,7 +26,9 @@ HRESULT ConnectivityTester::DNSLookup(BSTR name, long timeout) {
     return Guarded([&] {
         const auto limit = static_cast<std::uint32_t>(timeout < 0 ? kDnsTimeoutMs : timeout);
         return StartTest(
-            [name = ZelBase::WideToAnsi(TextOf(name)), limit] { return CanResolve(name, limit); },
+            [this, name = ZelBase::WideToAnsi(TextOf(name)), limit] {
+                return CanResolve(name, limit, limit != 0 ? KeptIpHelper() : nullptr);
+            },
             &ConnectivityTester::Fire_OnDNSLookupComplete, WorkerEnd::GiveEverythingBack);
     });
 }
@@ -69,6 +72,14 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
         request.uninitializeCom = false;
     }
     return StartWorker(std::move(request)) ? S_OK : E_OUTOFMEMORY;
+}
+
+std::shared_ptr<const ZelNet::IpHelper> ConnectivityTester::KeptIpHelper() {
+    const ZelBase::LocalMutexLock lock(mutex_);
+    if (!ipHelper_) {
+        ipHelper_ = ZelNet::IpHelper::Load();
+    }
+    return ipHelper_;
 }
 
 HRESULT ConnectivityTester::Fire_OnDNSLookupComplete(bool success) const {

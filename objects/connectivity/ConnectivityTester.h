@@ -4,12 +4,18 @@
 // does this host answer a ping. Each call starts a worker of its own and returns; the answer is an
 // event with one flag, fired on the worker's thread.
 
+#include "ZelBase/threads/LocalMutex.h"
 #include "component/Automation.h"
 #include "component/ConnectionPoint.h"
 
 #include <TERVANELib.h>
 
 #include <functional>
+#include <memory>
+
+namespace ZelNet {
+class IpHelper;
+}
 
 namespace tervane {
 
@@ -29,6 +35,9 @@ private:
         KeepSocketLayerInUse,
     };
 
+    // For the first look-up and all later ones of this object. On a worker: loading takes its time.
+    std::shared_ptr<const ZelNet::IpHelper> KeptIpHelper();
+
     // Runs `test` on a worker and fires `event` with its result; false when it throws.
     HRESULT StartTest(std::function<bool()> test,
                       HRESULT (ConnectivityTester::*fire)(bool success) const, WorkerEnd end);
@@ -36,6 +45,9 @@ private:
     HRESULT Fire_OnDNSLookupComplete(bool success) const;
     HRESULT Fire_OnTCPPortTestComplete(bool success) const;
     HRESULT Fire_OnPingComplete(bool success) const;
+
+    ZelBase::LocalMutex mutex_;
+    std::shared_ptr<const ZelNet::IpHelper> ipHelper_ ZELBASE_GUARDED_BY(mutex_);
 };
 
 } // namespace tervane

@@ -79,14 +79,15 @@ std::optional<ZelNet::IpAddress> AddressOf(const std::string& name) {
 
 } // namespace
 
-bool CanResolve(const std::string& name, std::uint32_t timeoutMs) {
+bool CanResolve(const std::string& name, std::uint32_t timeoutMs,
+                std::shared_ptr<const ZelNet::IpHelper> ipHelper) {
     if (name.empty()) {
         return false;
     }
     if (timeoutMs == 0) {
         return gethostbyname(name.c_str()) != nullptr;
     }
-    const auto network = ZelNet::NetworkInfo::Create();
+    const auto network = ZelNet::NetworkInfo::Create(std::move(ipHelper));
     std::vector<ZelNet::IpAddress> addresses;
     return network && network->DNSLookup("", name, timeoutMs, addresses) && !addresses.empty();
 }

@@ -8,6 +8,10 @@
 #include <memory>
 #include <string>
 
+namespace ZelNet {
+class IpHelper;
+}
+
 namespace tervane {
 
 // Finds out whether a TCP connection to a host and port can be opened. One probe makes one attempt.
@@ -38,8 +42,10 @@ private:
 // page. The caller holds a use of the socket layer and may be on any thread that may wait.
 
 // Whether `name` has an address. With a time-out, in milliseconds, all configured name servers are
-// asked; without one (0) the system's resolver answers in its own time. The empty name has none.
-bool CanResolve(const std::string& name, std::uint32_t timeoutMs);
+// asked, for which `ipHelper` is needed; without one (0) the system's resolver answers in its own
+// time. The empty name has none.
+bool CanResolve(const std::string& name, std::uint32_t timeoutMs,
+                std::shared_ptr<const ZelNet::IpHelper> ipHelper);
 
 // Whether the host, a dotted address or a name, answers one of at most `attempts` echo requests;
 // none are sent when `attempts` is below 1. Each waits for `timeoutMs`.

@@ -52,7 +52,25 @@ void AMailClient::OnSend(void* context, int error) {
 }
 
 void AMailClient::OnReceiveLine(void* context, int error) {
-    React(&AMailClient::ReactToLine, context, error);
+    if (IsReceivingText()) {
+        TakeTextLine(context, error);
+    } else {
+        React(&AMailClient::ReactToLine, context, error);
+    }
+}
+
+void AMailClient::TakeTextLine(void* context, int error) noexcept {
+    Step step = &AMailClient::ReactToTextEnd;
+    try {
+        std::string line;
+        static_cast<ATcpNonBlockingLineSocket*>(context)->ReceiveLine(line);
+        if (AddTextLine(line)) {
+            return;
+        }
+    } catch (...) {
+        step = &AMailClient::ReactToTextFailure;
+    }
+    React(step, context, error);
 }
 
 // Takes `step` with the mutex held and then carries out what it leads to.
@@ -131,6 +149,16 @@ void AMailClient::ReactToLine(ATcpNonBlockingLineSocket* socket, int /*error*/,
     std::string line;
     socket->ReceiveLine(line);
     HandleLine(line, consequences);
+}
+
+void AMailClient::ReactToTextEnd(ATcpNonBlockingLineSocket* /*socket*/, int /*error*/,
+                                 Consequences& consequences) {
+    HandleTextEnd(consequences);
+}
+
+void AMailClient::ReactToTextFailure(ATcpNonBlockingLineSocket* /*socket*/, int /*error*/,
+                                     Consequences& consequences) {
+    Fail("Uncaught Exception.", consequences);
 }
 
 AMailClient::OpenResult AMailClient::Open(const std::string& server, std::uint32_t port,

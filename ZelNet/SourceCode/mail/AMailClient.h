@@ -98,6 +98,13 @@ protected:
     virtual void HandleLine(const std::string& line, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_) = 0;
     virtual void HandleClose(Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_) = 0;
+    // A text of many lines is taken without the mutex, which for each of them would cost as much as
+    // a trace record: while one is received, its lines go to AddTextLine, and only the event thread
+    // may begin and end that. AddTextLine returns false when the text ends with this line, which
+    // HandleTextEnd then does.
+    virtual bool IsReceivingText() const noexcept { return false; }
+    virtual bool AddTextLine(const std::string& /*line*/) { return false; }
+    virtual void HandleTextEnd(Consequences& /*consequences*/) ZELBASE_REQUIRES(mutex_) {}
     // Notes that what is under way has failed; the connection is closed afterwards.
     virtual void HandleFailure(Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_) = 0;
     // Notes the command that is due, if any. Called when commands may be sent for the first time.
@@ -119,6 +126,7 @@ private:
     void CarryOut(Consequences& consequences, ATcpNonBlockingLineSocket& socket) noexcept;
     static void SendAndTell(Consequences& consequences, ATcpNonBlockingLineSocket& socket);
     void React(Step step, void* context, int error) noexcept;
+    void TakeTextLine(void* context, int error) noexcept;
     void Take(Step step, ATcpNonBlockingLineSocket* socket, int error,
               Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
     void Fail(const char* reason, Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);
@@ -134,6 +142,10 @@ private:
         ZELBASE_REQUIRES(mutex_);
     void ReactToLine(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
         ZELBASE_REQUIRES(mutex_);
+    void ReactToTextEnd(ATcpNonBlockingLineSocket* socket, int error, Consequences& consequences)
+        ZELBASE_REQUIRES(mutex_);
+    void ReactToTextFailure(ATcpNonBlockingLineSocket* socket, int error,
+                            Consequences& consequences) ZELBASE_REQUIRES(mutex_);
 
     // Shared, so that it can be used without the mutex.
     std::shared_ptr<ATcpNonBlockingLineSocket> socket_ ZELBASE_GUARDED_BY(mutex_);

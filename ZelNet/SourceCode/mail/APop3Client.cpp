@@ -145,22 +145,22 @@ void APop3Client::HandleConnect(bool success, Consequences& consequences) {
 }
 
 void APop3Client::HandleLine(const std::string& line, Consequences& consequences) {
-    logger_->Log("OnReceiveLine", LogLevel::kTrace, "rc = %lu",
-                 static_cast<unsigned long>(line.size()));
-    if (state_ == PopClientState::kReceiveMessage) {
-        TraceLine("WAIT_FOR_RETR_DATA", line);
-        HandleMessageLine(line, consequences);
-    } else if (const PopReplyRule* rule = FindPopReplyRule(state_)) {
-        TraceLine(rule->traceName, line);
+    const PopReplyRule* rule = FindPopReplyRule(state_);
+    TraceLine(rule ? rule->traceName : nullptr, line);
+    if (rule) {
         HandleStatusLine(*rule, line, consequences);
     }
 }
 
+// Both records at once: nothing is called between them.
 void APop3Client::TraceLine(const char* stateName, const std::string& line) {
-    const bool repeatsPassword = passwordMark_.IsIn(line);
-    logger_->Log("OnReceiveLine", LogLevel::kTrace, "%s, Size = %lu, Line = %s", stateName,
-                 static_cast<unsigned long>(line.size()),
-                 repeatsPassword ? "(repeats the password)" : line.c_str());
+    ZelBase::LogTexts texts;
+    texts.Add("rc = %lu", static_cast<unsigned long>(line.size()));
+    if (stateName) {
+        texts.Add("%s, Size = %lu, Line = %s", stateName, static_cast<unsigned long>(line.size()),
+                  passwordMark_.IsIn(line) ? "(repeats the password)" : line.c_str());
+    }
+    logger_->Log("OnReceiveLine", LogLevel::kTrace, texts);
 }
 
 void APop3Client::HandleStatusLine(const PopReplyRule& rule, const std::string& line,
@@ -175,26 +175,34 @@ void APop3Client::HandleStatusLine(const PopReplyRule& rule, const std::string& 
     if (state_ == PopClientState::kReceiveMessage) {
         messageLines_.clear();
         messageSize_ = 0;
+        receiving_ = true;
         return; // the message is still to come
     }
     Notify(rule.notification, PopStatus::kSuccess, consequences, line);
     RunSendStep(consequences);
 }
 
-void APop3Client::HandleMessageLine(const std::string& line, Consequences& consequences) {
+bool APop3Client::AddTextLine(const std::string& line) {
+    TraceLine("WAIT_FOR_RETR_DATA", line);
     if (line == ".") {
-        state_ = PopClientState::kReady;
-        Notify(PopNotification::kRetrieved, PopStatus::kSuccess, consequences);
-        return;
+        return false;
     }
     // Lines that begin with a dot keep the one that the server has put before it, unlike in RFC
     // 1939 section 3: deliberate, scripts get what was received.
     messageLines_.push_back(line);
     messageSize_ += static_cast<std::uint32_t>(kLineOverhead + line.size());
+    return messageSize_ <= kLongestMessage;
+}
+
+void APop3Client::HandleTextEnd(Consequences& consequences) {
     if (messageSize_ > kLongestMessage) {
         logger_->Log("OnReceiveLine", LogLevel::kTrace, "Message too long.  Closing the socket.");
         consequences.close = true;
+        return;
     }
+    receiving_ = false;
+    state_ = PopClientState::kReady;
+    Notify(PopNotification::kRetrieved, PopStatus::kSuccess, consequences);
 }
 
 void APop3Client::Notify(PopNotification notification, PopStatus status, Consequences& consequences,
@@ -230,6 +238,7 @@ void APop3Client::Notify(PopNotification notification, PopStatus status, Consequ
 
 // An idle connection that closes has ended itself: Connected tells so.
 void APop3Client::HandleClose(Consequences& consequences) noexcept {
+    receiving_ = false;
     messageLines_.clear(); // a message that has not come whole is none
     const PopReplyRule* rule = FindPopRuleUnderWay(state_);
     const PopStatus status =
@@ -240,6 +249,7 @@ void APop3Client::HandleClose(Consequences& consequences) noexcept {
 }
 
 void APop3Client::HandleFailure(Consequences& consequences) noexcept {
+    receiving_ = false;
     messageLines_.clear();
     if (const PopReplyRule* rule = FindPopRuleUnderWay(state_)) {
         Notify(rule->notification, rule->refusal, consequences);

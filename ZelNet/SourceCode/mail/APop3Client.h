@@ -12,6 +12,7 @@
 #include "ZelNet/SourceCode/mail/PopStates.h"
 #include "ZelNet/SourceCode/mail/TextMark.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -77,17 +78,19 @@ private:
     PopStatus CheckSettings(const Pop3ClientListener* listener) const ZELBASE_REQUIRES(mutex_);
     bool FailConnect(const char* format, unsigned long systemError) ZELBASE_EXCLUDES(mutex_);
     bool Begin(const char* operation, PopClientState state, int index) ZELBASE_EXCLUDES(mutex_);
-    void TraceLine(const char* stateName, const std::string& line) ZELBASE_REQUIRES(mutex_);
+    // Without the name of a state, for a line that is not awaited, only its length is told.
+    void TraceLine(const char* stateName, const std::string& line);
     void HandleStatusLine(const PopReplyRule& rule, const std::string& line,
                           Consequences& consequences) ZELBASE_REQUIRES(mutex_);
-    void HandleMessageLine(const std::string& line, Consequences& consequences)
-        ZELBASE_REQUIRES(mutex_);
     void Notify(PopNotification notification, PopStatus status, Consequences& consequences,
                 std::string_view statusLine = {}) noexcept ZELBASE_REQUIRES(mutex_);
 
     void HandleConnect(bool success, Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     void HandleLine(const std::string& line, Consequences& consequences) override
         ZELBASE_REQUIRES(mutex_);
+    bool IsReceivingText() const noexcept override { return receiving_; }
+    bool AddTextLine(const std::string& line) override;
+    void HandleTextEnd(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
     void HandleClose(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
     void HandleFailure(Consequences& consequences) noexcept override ZELBASE_REQUIRES(mutex_);
     void RunSendStep(Consequences& consequences) override ZELBASE_REQUIRES(mutex_);
@@ -97,13 +100,15 @@ private:
     std::uint32_t port_ ZELBASE_GUARDED_BY(mutex_) = 0;
     std::string login_ ZELBASE_GUARDED_BY(mutex_);
     ZelBase::SecretText password_ ZELBASE_GUARDED_BY(mutex_);
-    // Of the password of the connection.
-    TextMark passwordMark_ ZELBASE_GUARDED_BY(mutex_);
+    // Of the password of the connection; it changes only while there is none.
+    TextMark passwordMark_;
     PopClientState state_ ZELBASE_GUARDED_BY(mutex_) = PopClientState::kClosed;
     int index_ ZELBASE_GUARDED_BY(mutex_) = 0;
-    // The message that is being received, and what its lines take.
-    std::vector<std::string> messageLines_ ZELBASE_GUARDED_BY(mutex_);
-    std::uint32_t messageSize_ ZELBASE_GUARDED_BY(mutex_) = 0;
+    // A message is being received: the state says so too. Until that ends, the message and what its
+    // lines take are the event thread's, which alone sets this and takes it back.
+    std::atomic<bool> receiving_ = false;
+    std::vector<std::string> messageLines_;
+    std::uint32_t messageSize_ = 0;
     // Set from Connect until the connection has closed.
     Pop3ClientListener* listener_ ZELBASE_GUARDED_BY(mutex_) = nullptr;
     PopStatus lastError_ ZELBASE_GUARDED_BY(mutex_) = PopStatus::kSuccess;

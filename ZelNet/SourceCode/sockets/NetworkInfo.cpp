@@ -42,7 +42,11 @@ struct WIN32_NetworkInfo::LookUp {
 };
 
 std::unique_ptr<NetworkInfo> NetworkInfo::Create() {
-    auto network = std::make_unique<WIN32_NetworkInfo>();
+    return Create(IpHelper::Load());
+}
+
+std::unique_ptr<NetworkInfo> NetworkInfo::Create(std::shared_ptr<const IpHelper> ipHelper) {
+    auto network = std::make_unique<WIN32_NetworkInfo>(std::move(ipHelper));
     return network->IsValid() ? std::move(network) : nullptr;
 }
 

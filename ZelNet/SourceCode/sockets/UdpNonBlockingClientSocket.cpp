@@ -79,7 +79,7 @@ bool WIN32_UdpNonBlockingClientSocket::Bind(std::uint16_t port, const IpAddress&
 std::uint32_t WIN32_UdpNonBlockingClientSocket::SendTo(const std::string& address,
                                                        std::uint16_t port, const void* data,
                                                        std::uint32_t size) {
-    MutexLock lock(&mutex_);
+    const HandleUse use(*this);
     TraceCall("SendTo");
     const IpAddress target(address);
     if (!target.IsValid()) {
@@ -102,7 +102,7 @@ std::uint32_t WIN32_UdpNonBlockingClientSocket::SendTo(const std::string& addres
 std::uint32_t WIN32_UdpNonBlockingClientSocket::ReceiveFrom(void* buffer, std::uint32_t size,
                                                             IpAddress& address,
                                                             std::uint16_t& port) {
-    MutexLock lock(&mutex_);
+    const HandleUse use(*this);
     TraceCall("ReceiveFrom");
     sockaddr_in remote{};
     int length = sizeof remote;
@@ -129,10 +129,9 @@ void WIN32_UdpNonBlockingClientSocket::SetContext(void* context) {
 }
 
 void WIN32_UdpNonBlockingClientSocket::OnClose(int error) {
-    unsigned life = 0;
-    if (EnterClose(life)) {
-        Notify(std::exchange(listener_, nullptr), &UdpNonBlockingSocketListener::OnClose, error);
-        FinishClose(life);
+    if (EnterClose()) {
+        DeliverClose(CallOf(std::exchange(listener_, nullptr),
+                            &UdpNonBlockingSocketListener::OnClose, error));
     }
 }
 

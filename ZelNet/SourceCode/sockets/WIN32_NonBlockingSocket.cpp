@@ -45,9 +45,12 @@ void WIN32_NonBlockingSocket::Abandon() noexcept {
 }
 
 void WIN32_NonBlockingSocket::AwaitClosing() {
+    if (!closing_) {
+        return;
+    }
     {
         MutexLock lock(&mutex_);
-        const auto isInThatClose = [life = life_](const Delivery& delivery) {
+        const auto isInThatClose = [life = Life()](const Delivery& delivery) {
             return delivery.life == life && delivery.thread == GetCurrentThreadId();
         };
         if (!closing_ || AnyDelivery(isInThatClose)) {
@@ -64,14 +67,16 @@ bool WIN32_NonBlockingSocket::Open(int type, std::uint16_t localPort, const IpAd
         logger_->Log("Create", LogLevel::kError, "Socket already created.");
         return false;
     }
-    handle_ = socket(AF_INET, type, 0);
-    if (handle_ == INVALID_SOCKET) {
+    const SOCKET handle = socket(AF_INET, type, 0);
+    if (handle == INVALID_SOCKET) {
         LogError("Create", "Socket creation failed with error code: %d", WSAGetLastError());
         return false;
     }
     logger_->Log("Create", LogLevel::kTrace, "Socket creation succeeded.  handle: %lu",
-                 LogNumber(handle_));
-    life = ++life_;
+                 LogNumber(handle));
+    life = ++life_; // first, so that nobody takes the new handle for one of the life before
+    deliveringThread_ = 0;
+    handle_ = handle;
     closing_ = closeRequested_ = false;
     closeError_ = 0;
     closed_.Reset();
@@ -116,7 +121,7 @@ bool WIN32_NonBlockingSocket::BindHandle(std::uint16_t port, const IpAddress& ad
         logger_->Log("Bind", LogLevel::kError, "Invalid IP address.");
         return false;
     }
-    if (bind(handle_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
+    if (::bind(handle_, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
         LogError("Bind", "Bind failed with code: %d", WSAGetLastError());
         return false;
     }
@@ -133,18 +138,26 @@ bool WIN32_NonBlockingSocket::ShutdownHandle(int how) {
 }
 
 bool WIN32_NonBlockingSocket::CloseSocket(bool fromEvent) {
+    // Every socket is closed once more when it is released. That is no call worth a trace when
+    // there is nothing to close.
+    if (handle_ == INVALID_SOCKET) {
+        return false;
+    }
     unsigned life = kNoLife;
+    SocketPlace place;
     {
         MutexLock lock(&mutex_);
-        // Every socket is closed once more when it is released. That is no call worth a trace when
-        // there is nothing to close.
         if (handle_ == INVALID_SOCKET) {
             return false;
         }
         TraceCall("Close");
         life = life_;
+        if (BeginClose(fromEvent, place)) {
+            return true;
+        }
     }
-    return CloseLife(life, fromEvent);
+    CarryOutClose(place, life);
+    return true;
 }
 
 bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
@@ -154,24 +167,36 @@ bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
         if (!IsLiving(life)) {
             return false;
         }
-        logger_->Log("Close", LogLevel::kTrace, "Calling Shutdown() on socket %d.",
-                     static_cast<int>(handle_));
-        ShutdownHandle(SD_BOTH);
-        const bool onEventThread = place_.thread && place_.thread->IsCurrentThread();
-        if (place_.thread && !(fromEvent && onEventThread)) {
-            closeRequested_ = true;
-            if (IsDelivered(life)) {
-                return true; // the delivery closes the socket at its end
-            }
-            place = place_;
+        if (BeginClose(fromEvent, place)) {
+            return true;
         }
     }
+    CarryOutClose(place, life);
+    return true;
+}
+
+bool WIN32_NonBlockingSocket::BeginClose(bool fromEvent, SocketPlace& place) {
+    logger_->Log("Close", LogLevel::kTrace, "Calling Shutdown() on socket %d.",
+                 static_cast<int>(handle_));
+    ShutdownHandle(SD_BOTH);
+    const bool onEventThread = place_.thread && place_.thread->IsCurrentThread();
+    if (!place_.thread || (fromEvent && onEventThread)) {
+        return false;
+    }
+    closeRequested_ = true;
+    if (IsDelivered(life_)) {
+        return true; // the delivery closes the socket at its end
+    }
+    place = place_;
+    return false;
+}
+
+void WIN32_NonBlockingSocket::CarryOutClose(const SocketPlace& place, unsigned life) {
     if (place.thread) {
         place.thread->PostOnClose(place);
     } else {
         CloseNow(life, 0);
     }
-    return true;
 }
 
 // Calls the close handler until it could do its work; it drops the call when the mutex is busy.
@@ -179,12 +204,7 @@ bool WIN32_NonBlockingSocket::CloseLife(unsigned life, bool fromEvent) {
 void WIN32_NonBlockingSocket::CloseNow(unsigned life, int error) {
     do {
         OnClose(error);
-    } while (!IsOver(life) && !closed_.Wait(kCloseTimeoutMs, nullptr));
-}
-
-bool WIN32_NonBlockingSocket::IsOver(unsigned life) {
-    MutexLock lock(&mutex_);
-    return !IsLiving(life);
+    } while (IsLiving(life) && !closed_.Wait(kCloseTimeoutMs, nullptr));
 }
 
 bool WIN32_NonBlockingSocket::Enter() {
@@ -202,7 +222,7 @@ bool WIN32_NonBlockingSocket::Enter(unsigned life) {
     return true;
 }
 
-bool WIN32_NonBlockingSocket::EnterClose(unsigned& life) {
+bool WIN32_NonBlockingSocket::EnterClose() {
     if (!Enter()) {
         return false;
     }
@@ -213,11 +233,9 @@ bool WIN32_NonBlockingSocket::EnterClose(unsigned& life) {
     logger_->Log("OnClose", LogLevel::kTrace, "OnClose Begin");
     closing_ = true;
     closeRequested_ = false;
-    life = life_;
     return true;
 }
 
-// The listener may have closed the socket in its OnClose, and even have opened it again.
 void WIN32_NonBlockingSocket::FinishClose(unsigned life) {
     SocketPlace place;
     {
@@ -227,6 +245,10 @@ void WIN32_NonBlockingSocket::FinishClose(unsigned life) {
         }
         place = Discard();
     }
+    LeavePlace(place, life);
+}
+
+void WIN32_NonBlockingSocket::LeavePlace(const SocketPlace& place, unsigned life) {
     if (place.thread) {
         place.thread->RemoveSocket(place);
     }
@@ -250,6 +272,7 @@ SocketPlace WIN32_NonBlockingSocket::Discard() {
         }
     }
     handle_ = INVALID_SOCKET;
+    deliveringThread_ = 0;
     created_ = false;
     ForgetListener();
     return std::exchange(place_, SocketPlace());
@@ -258,31 +281,48 @@ SocketPlace WIN32_NonBlockingSocket::Discard() {
 void WIN32_NonBlockingSocket::BeginDelivery(Delivery& delivery) {
     delivery.life = life_;
     delivery.next = std::exchange(deliveries_, &delivery);
+    deliveringThread_ = delivery.thread;
 }
 
-void WIN32_NonBlockingSocket::EndDelivery(const Delivery& delivery) {
+void WIN32_NonBlockingSocket::EndDelivery(const Delivery& delivery, bool isClose) {
     const unsigned life = delivery.life;
-    bool close = false;
+    bool closeAgain = false;
+    bool discarded = false;
     int error = 0;
+    SocketPlace place;
     {
         MutexLock lock(&mutex_);
-        Delivery** link = &deliveries_;
-        while (*link != &delivery) {
-            link = &(*link)->next;
-        }
-        *link = delivery.next;
-        if (awaitingThread_ != 0 && !IsDeliveredBesides(awaitingThread_)) {
-            alone_.Set();
-        }
+        Unlink(delivery);
         if (delivery.failed && IsLiving(life)) {
             closeRequested_ = true;
             closeError_ = WSAENOBUFS;
         }
-        close = closeRequested_ && IsLiving(life) && !IsDelivered(life);
+        closeAgain = closeRequested_ && IsLiving(life) && !IsDelivered(life);
         error = closeError_;
+        // The listener may have closed the socket in its OnClose, and even have opened it again.
+        discarded = isClose && !closeAgain && IsLiving(life);
+        if (discarded) {
+            place = Discard();
+        }
     }
-    if (close) {
+    if (closeAgain) {
         CloseNow(life, error);
+    } else if (discarded) {
+        LeavePlace(place, life);
+    }
+}
+
+void WIN32_NonBlockingSocket::Unlink(const Delivery& delivery) {
+    Delivery** link = &deliveries_;
+    while (*link != &delivery) {
+        link = &(*link)->next;
+    }
+    *link = delivery.next;
+    if (delivery.life == life_ && !IsDelivered(life_)) {
+        deliveringThread_ = 0;
+    }
+    if (awaitingThread_ != 0 && !IsDeliveredBesides(awaitingThread_)) {
+        alone_.Set();
     }
 }
 

@@ -11,6 +11,7 @@ namespace {
 
 using ZelBase::CriticalSectionLock;
 using ZelBase::LogLevel;
+using ZelBase::LogTexts;
 using ZelBase::MutexLock;
 
 // How long adding and posting wait for a slot.
@@ -73,6 +74,45 @@ struct WIN32_SocketEventThread::WaitList {
     }
 };
 
+// A slot with which the loop is at work: its lock is held.
+class ZELBASE_SCOPED_LOCKABLE WIN32_SocketEventThread::ServedSlot {
+public:
+    // The analysis does not see the lock in the member.
+    ServedSlot(WIN32_SocketEventThread& thread, Slot& slot)
+        ZELBASE_ACQUIRE(slot.mutex) ZELBASE_NO_LOCK_ANALYSIS : thread_(thread),
+                                                               slot_(slot),
+                                                               lock_(&slot.mutex) {
+        thread_.served_ = &slot;
+    }
+    ~ServedSlot() ZELBASE_RELEASE() ZELBASE_NO_LOCK_ANALYSIS { thread_.served_ = nullptr; }
+    ServedSlot(const ServedSlot&) = delete;
+    ServedSlot& operator=(const ServedSlot&) = delete;
+
+    // Calls the listener, unless the socket has left.
+    template <typename Call>
+    void Deliver(std::uint64_t id, Call call) ZELBASE_NO_LOCK_ANALYSIS {
+        if (!slot_.inUse || slot_.id != id) {
+            return;
+        }
+        listener_ = slot_.listener;
+        try {
+            call(*listener_);
+        } catch (...) {
+            thread_.logger_->Log("Run", LogLevel::kError,
+                                 "Uncaught exception in a socket callback. Closing the socket.");
+            listener_->OnClose(WSAENOBUFS);
+        }
+    }
+
+private:
+    WIN32_SocketEventThread& thread_;
+    Slot& slot_;
+    // Kept until the lock is released: the callback may remove the socket, and the listener's end
+    // may wait for threads that want to post here.
+    std::shared_ptr<WIN32_SocketEventThreadListener> listener_;
+    MutexLock lock_;
+};
+
 struct WIN32_SocketEventThread::Signalled {
     WSANETWORKEVENTS events{};
     std::uint64_t id = 0;
@@ -122,9 +162,7 @@ WIN32_SocketEventThread::~WIN32_SocketEventThread() {
 }
 
 bool WIN32_SocketEventThread::IsValid() const {
-    return logger_ && stopEvent_ && changeEvent_ && thread_ &&
-           std::all_of(slots_.begin(), slots_.end(),
-                       [](const Slot& slot) { return slot.mutex.IsValid(); });
+    return logger_ && stopEvent_ && changeEvent_ && thread_;
 }
 
 bool WIN32_SocketEventThread::IsCurrentThread() const {
@@ -149,18 +187,31 @@ bool WIN32_SocketEventThread::AddSocket(
     if (IsCurrentThread()) {
         return false;
     }
-    for (std::size_t index = 0; index < kSlots; ++index) {
-        if (!slots_[index].inUse && FillSlot(index, listener, socket, place)) {
+    for (std::size_t index = 0; index < slotsMade_ || MakeSlot(); ++index) {
+        if (!slots_[index]->inUse && FillSlot(index, listener, socket, place)) {
             return true;
         }
     }
     return false;
 }
 
+bool WIN32_SocketEventThread::MakeSlot() {
+    if (slotsMade_ == kSlots) {
+        return false;
+    }
+    auto slot = std::make_unique<Slot>();
+    if (!slot->mutex.IsValid()) {
+        return false;
+    }
+    slots_[slotsMade_] = std::move(slot);
+    ++slotsMade_;
+    return true;
+}
+
 bool WIN32_SocketEventThread::FillSlot(
     std::size_t index, const std::shared_ptr<WIN32_SocketEventThreadListener>& listener,
     SOCKET socket, SocketPlace& place) {
-    Slot& slot = slots_[index];
+    Slot& slot = *slots_[index];
     if (!slot.mutex.Lock(kSlotTimeoutMs, nullptr)) {
         return false;
     }
@@ -177,6 +228,7 @@ bool WIN32_SocketEventThread::FillSlot(
     slot.event = std::move(event);
     slot.socket = socket;
     slot.id = ++lastPlaceId;
+    slot.waitedFor = slot.event.Get();
     slot.inUse = true;
     place = {shared_from_this(), index, slot.id, slot.event.Get()};
     const std::size_t count = ++socketCount_;
@@ -189,29 +241,13 @@ bool WIN32_SocketEventThread::FillSlot(
 }
 
 void WIN32_SocketEventThread::RemoveSocket(const SocketPlace& place) {
-    Slot& slot = slots_[place.slot];
     // The last reference must not go while the slot is locked.
     std::shared_ptr<WIN32_SocketEventThreadListener> listener;
-    std::size_t left = 0;
-    {
-        MutexLock lock(&slot.mutex);
-        if (!slot.inUse || slot.id != place.id) {
-            return;
-        }
-        logger_->Log("RemoveSocket", LogLevel::kTrace,
-                     "removing socket #%d from listener: %lu with event: %lu from thread: %0x",
-                     static_cast<int>(place.slot), LogNumber(slot.listener.get()),
-                     LogNumber(slot.event.Get()), LogName());
-        {
-            CriticalSectionLock guard(removedEventsLock_);
-            removedEvents_.push_back(std::move(slot.event));
-        }
-        listener = std::move(slot.listener);
-        slot.socket = INVALID_SOCKET;
-        slot.posted.count = 0;
-        slot.inUse = false;
-        left = --socketCount_;
+    if (!LeaveSlot(*slots_[place.slot], place, listener)) {
+        return;
     }
+    // Counted last: whoever finds that the last socket has left finds its slot free.
+    const std::size_t left = --socketCount_;
     SetEvent(changeEvent_.Get());
     if (left != 0) {
         return;
@@ -226,11 +262,44 @@ void WIN32_SocketEventThread::RemoveSocket(const SocketPlace& place) {
     }
 }
 
+// False when the place is no longer the socket's. In a callback the event thread has the lock.
+bool WIN32_SocketEventThread::LeaveSlot(Slot& slot, const SocketPlace& place,
+                                        std::shared_ptr<WIN32_SocketEventThreadListener>& listener)
+    ZELBASE_NO_LOCK_ANALYSIS {
+    if (IsCurrentThread() && served_ == &slot) {
+        return Vacate(slot, place, listener);
+    }
+    MutexLock lock(&slot.mutex);
+    return Vacate(slot, place, listener);
+}
+
+bool WIN32_SocketEventThread::Vacate(Slot& slot, const SocketPlace& place,
+                                     std::shared_ptr<WIN32_SocketEventThreadListener>& listener) {
+    if (!slot.inUse || slot.id != place.id) {
+        return false;
+    }
+    logger_->Log("RemoveSocket", LogLevel::kTrace,
+                 "removing socket #%d from listener: %lu with event: %lu from thread: %0x",
+                 static_cast<int>(place.slot), LogNumber(slot.listener.get()),
+                 LogNumber(slot.event.Get()), LogName());
+    slot.waitedFor = nullptr;
+    {
+        CriticalSectionLock guard(removedEventsLock_);
+        removedEvents_.push_back(std::move(slot.event));
+    }
+    listener = std::move(slot.listener);
+    slot.socket = INVALID_SOCKET;
+    slot.posted.count = 0;
+    slot.hasPosts = false;
+    slot.inUse = false;
+    return true;
+}
+
 void WIN32_SocketEventThread::PostOnClose(const SocketPlace& place) {
     if (Post(place, {PostedType::kClose, kNoValue})) {
         return;
     }
-    auto& late = slots_[place.slot].lateClose;
+    auto& late = slots_[place.slot]->lateClose;
     std::uint64_t newest = late;
     while (newest < place.id && !late.compare_exchange_weak(newest, place.id)) {
     }
@@ -250,7 +319,7 @@ bool WIN32_SocketEventThread::PostFinishConnect(const SocketPlace& place, std::u
 }
 
 bool WIN32_SocketEventThread::Post(const SocketPlace& place, PostedEvent event) {
-    Slot& slot = slots_[place.slot];
+    Slot& slot = *slots_[place.slot];
     if (!slot.mutex.Lock(kSlotTimeoutMs, nullptr)) {
         return false;
     }
@@ -260,6 +329,7 @@ bool WIN32_SocketEventThread::Post(const SocketPlace& place, PostedEvent event) 
         return false;
     }
     posted.events[posted.count++] = event;
+    slot.hasPosts = true;
     SetEvent(changeEvent_.Get());
     return true;
 }
@@ -310,74 +380,75 @@ bool WIN32_SocketEventThread::ServeOneWait() {
     return ServeSocket(list, position);
 }
 
+// Without any slot's lock: only this thread closes an event, and whoever takes or leaves a slot
+// after it was looked at sets the change event.
 void WIN32_SocketEventThread::BuildWaitList(WaitList& list) {
     list.Add(stopEvent_.Get());
     list.Add(changeEvent_.Get());
-    for (std::size_t index = 0; index < kSlots; ++index) {
-        Slot& slot = slots_[index];
-        if (!slot.inUse) {
-            continue;
-        }
-        MutexLock lock(&slot.mutex);
-        if (slot.inUse) {
-            list.Add(slot.event.Get(), &slot);
-            logger_->Log("Run", LogLevel::kTrace, "Socket #%lu, event = %lu alive.",
-                         static_cast<unsigned long>(index), LogNumber(slot.event.Get()));
+    LogTexts texts;
+    for (std::size_t index = 0; index < slotsMade_; ++index) {
+        Slot& slot = *slots_[index];
+        if (const WSAEVENT event = slot.waitedFor) {
+            list.Add(event, &slot);
+            texts.Add("Socket #%lu, event = %lu alive.", static_cast<unsigned long>(index),
+                      LogNumber(event));
         }
     }
-    logger_->Log("Run", LogLevel::kTrace, "Waiting for socket events with %d sockets",
-                 static_cast<int>(list.count - kFirstSocketPosition));
+    texts.Add("Waiting for socket events with %d sockets",
+              static_cast<int>(list.count - kFirstSocketPosition));
+    logger_->Log("Run", LogLevel::kTrace, texts);
 }
 
 void WIN32_SocketEventThread::DeliverPosted() {
-    for (Slot& slot : slots_) {
-        if (slot.inUse) {
+    for (std::size_t index = 0; index < slotsMade_; ++index) {
+        Slot& slot = *slots_[index];
+        if (slot.inUse && (slot.hasPosts || slot.lateClose == slot.id)) {
             DeliverPosted(slot);
         }
     }
 }
 
+// A socket whose lock is busy for long drops the event, as it does with all others. A close is
+// delivered again until the socket has left.
 void WIN32_SocketEventThread::DeliverPosted(Slot& slot) {
-    PostedQueue posted;
-    std::uint64_t id = 0;
-    {
-        MutexLock lock(&slot.mutex);
-        posted = std::exchange(slot.posted, PostedQueue());
-        id = slot.id;
-    }
+    ServedSlot served(*this, slot);
+    const PostedQueue posted = std::exchange(slot.posted, PostedQueue());
+    slot.hasPosts = false;
+    const std::uint64_t id = slot.id;
     bool close = slot.lateClose == id;
     for (std::size_t index = 0; index < posted.count && !close; ++index) {
-        const PostedEvent event = posted.events[index];
-        logger_->Log("Run", LogLevel::kTrace, "Processing post event for event: %lu",
-                     static_cast<unsigned long>(event.type));
-        CallListener(slot, id, [&](WIN32_SocketEventThreadListener& listener) {
-            switch (event.type) {
-            case PostedType::kClose:
-                close = true; // see below
-                return;
-            case PostedType::kConnect:
-                return listener.OnConnect(0);
-            case PostedType::kSend:
-                return listener.OnSend(0);
-            case PostedType::kFinishConnect:
-                return listener.FinishConnect(event.value);
-            }
-        });
+        close = DeliverPosted(served, id, posted.events[index]);
     }
-    if (close) {
-        DeliverClose(slot, id);
+    if (!close) {
+        return;
     }
-}
-
-// A socket whose lock is busy for long drops the event, as it does with all others. This one is
-// delivered again until the socket has left.
-void WIN32_SocketEventThread::DeliverClose(Slot& slot, std::uint64_t id) {
-    CallListener(slot, id, [](WIN32_SocketEventThreadListener& listener) { listener.OnClose(0); });
-    MutexLock lock(&slot.mutex);
+    served.Deliver(id, [](WIN32_SocketEventThreadListener& listener) { listener.OnClose(0); });
     if (slot.inUse && slot.id == id) {
         slot.lateClose = id;
         SetEvent(changeEvent_.Get());
     }
+}
+
+// True when it was the close, which remains to be delivered.
+bool WIN32_SocketEventThread::DeliverPosted(ServedSlot& served, std::uint64_t id,
+                                            PostedEvent event) {
+    logger_->Log("Run", LogLevel::kTrace, "Processing post event for event: %lu",
+                 static_cast<unsigned long>(event.type));
+    bool close = false;
+    served.Deliver(id, [&](WIN32_SocketEventThreadListener& listener) {
+        switch (event.type) {
+        case PostedType::kClose:
+            close = true;
+            return;
+        case PostedType::kConnect:
+            return listener.OnConnect(0);
+        case PostedType::kSend:
+            return listener.OnSend(0);
+        case PostedType::kFinishConnect:
+            return listener.FinishConnect(event.value);
+        }
+    });
+    return close;
 }
 
 // False when the thread shall end.
@@ -396,13 +467,11 @@ bool WIN32_SocketEventThread::ServeSocket(const WaitList& list, DWORD position) 
         return true;
     }
     bool goOn = true;
-    if (!EnumerateEvents(*slot, signalled, goOn)) {
-        return goOn;
+    ServedSlot served(*this, *slot);
+    if (EnumerateEvents(*slot, signalled, goOn)) {
+        DispatchEvents(served, signalled);
     }
-    for (std::size_t index = 0; index < std::size(kNetworkEvents); ++index) {
-        DispatchEvent(*slot, signalled, index);
-    }
-    return true;
+    return goOn;
 }
 
 void WIN32_SocketEventThread::LogUnmatchedEvent() {
@@ -413,7 +482,6 @@ void WIN32_SocketEventThread::LogUnmatchedEvent() {
 // Finds out what has happened to the slot's socket. False when there is nothing to dispatch; then
 // `goOn` tells whether the thread can go on.
 bool WIN32_SocketEventThread::EnumerateEvents(Slot& slot, Signalled& signalled, bool& goOn) {
-    MutexLock lock(&slot.mutex);
     if (!slot.inUse || slot.event.Get() != signalled.event) {
         LogUnmatchedEvent();
         return false;
@@ -439,54 +507,46 @@ bool WIN32_SocketEventThread::EnumerateEvents(Slot& slot, Signalled& signalled, 
         goOn = false;
         return false;
     }
-    logger_->Log("Run", LogLevel::kTrace, "Network events: %lu on event: %lu",
-                 static_cast<unsigned long>(signalled.events.lNetworkEvents),
-                 LogNumber(signalled.event));
     return true;
 }
 
-void WIN32_SocketEventThread::DispatchEvent(Slot& slot, const Signalled& signalled,
-                                            std::size_t index) {
-    const NetworkEvent& event = kNetworkEvents[index];
-    if ((signalled.events.lNetworkEvents & event.bit) == 0) {
-        logger_->Log("Run", LogLevel::kTrace,
-                     "Processing events that do no belong to this socket.");
-        return;
+// What follows each other without a callback between is written at once, before the callback.
+void WIN32_SocketEventThread::DispatchEvents(ServedSlot& served, const Signalled& signalled) {
+    LogTexts texts;
+    texts.Add("Network events: %lu on event: %lu",
+              static_cast<unsigned long>(signalled.events.lNetworkEvents),
+              LogNumber(signalled.event));
+    for (std::size_t index = 0; index < std::size(kNetworkEvents); ++index) {
+        if (!IsPassedOn(signalled, index, texts)) {
+            continue;
+        }
+        logger_->Log("Run", LogLevel::kTrace, texts);
+        texts.Clear();
+        const NetworkEvent& event = kNetworkEvents[index];
+        served.Deliver(signalled.id, [&](WIN32_SocketEventThreadListener& listener) {
+            (listener.*event.callback)(signalled.events.iErrorCode[event.errorIndex]);
+        });
     }
-    const int error = signalled.events.iErrorCode[event.errorIndex];
-    if (event.bit == FD_CONNECT && error == WSAEINTR) {
-        logger_->Log("Run", LogLevel::kTrace, "Ingoring interrupted call on event: %lu",
-                     LogNumber(signalled.event));
-        return;
-    }
-    if (event.bit == FD_CLOSE) {
-        logger_->Log("Run", LogLevel::kTrace, "Events(%u) for socket(%u), closing.",
-                     static_cast<unsigned>(signalled.events.lNetworkEvents),
-                     static_cast<unsigned>(signalled.socket));
-    }
-    CallListener(slot, signalled.id, [&](WIN32_SocketEventThreadListener& listener) {
-        (listener.*event.callback)(error);
-    });
+    logger_->Log("Run", LogLevel::kTrace, texts);
 }
 
-// Calls the listener with the slot locked, unless the socket has left.
-template <typename Call>
-void WIN32_SocketEventThread::CallListener(Slot& slot, std::uint64_t id, Call call) {
-    // Kept until the lock is released: the callback may remove the socket, and the listener's end
-    // may wait for threads that want to post here.
-    std::shared_ptr<WIN32_SocketEventThreadListener> listener;
-    MutexLock lock(&slot.mutex);
-    if (!slot.inUse || slot.id != id) {
-        return;
+bool WIN32_SocketEventThread::IsPassedOn(const Signalled& signalled, std::size_t index,
+                                         LogTexts& texts) {
+    const NetworkEvent& event = kNetworkEvents[index];
+    if ((signalled.events.lNetworkEvents & event.bit) == 0) {
+        texts.Add("Processing events that do no belong to this socket.");
+        return false;
     }
-    listener = slot.listener;
-    try {
-        call(*listener);
-    } catch (...) {
-        logger_->Log("Run", LogLevel::kError,
-                     "Uncaught exception in a socket callback. Closing the socket.");
-        listener->OnClose(WSAENOBUFS);
+    if (event.bit == FD_CONNECT && signalled.events.iErrorCode[event.errorIndex] == WSAEINTR) {
+        texts.Add("Ingoring interrupted call on event: %lu", LogNumber(signalled.event));
+        return false;
     }
+    if (event.bit == FD_CLOSE) {
+        texts.Add("Events(%u) for socket(%u), closing.",
+                  static_cast<unsigned>(signalled.events.lNetworkEvents),
+                  static_cast<unsigned>(signalled.socket));
+    }
+    return true;
 }
 
 void WIN32_SocketEventThread::ReleaseIfUnused() {
@@ -503,30 +563,35 @@ void WIN32_SocketEventThread::CloseRemovedEvents() {
     if (removedEvents_.empty()) {
         return;
     }
-    logger_->Log("Run", LogLevel::kTrace, "Clearing events");
+    LogTexts texts;
+    texts.Add("Clearing events");
     for (const UniqueWsaEvent& event : removedEvents_) {
-        logger_->Log("Run", LogLevel::kTrace, "Clearing event: %u",
-                     static_cast<unsigned>(LogNumber(event.Get())));
+        if (texts.Count() == LogTexts::kMost) {
+            logger_->Log("Run", LogLevel::kTrace, texts);
+            texts.Clear();
+        }
+        texts.Add("Clearing event: %u", static_cast<unsigned>(LogNumber(event.Get())));
     }
+    logger_->Log("Run", LogLevel::kTrace, texts);
     removedEvents_.clear();
 }
 
 // The manager no longer knows this thread, so no more sockets come.
 void WIN32_SocketEventThread::CloseRemainingSockets() {
-    for (std::size_t index = 0; index < kSlots; ++index) {
-        Slot& slot = slots_[index];
+    for (std::size_t index = 0; index < slotsMade_; ++index) {
+        Slot& slot = *slots_[index];
         SocketPlace place;
-        {
-            MutexLock lock(&slot.mutex);
-            place.slot = index;
-            place.id = slot.id;
-        }
+        place.slot = index;
+        place.id = slot.id;
         for (int attempt = 0; slot.inUse && attempt < kCloseAttempts; ++attempt) {
-            CallListener(slot, place.id, [&](WIN32_SocketEventThreadListener& listener) {
+            ServedSlot served(*this, slot);
+            served.Deliver(place.id, [&](WIN32_SocketEventThreadListener& listener) {
                 listener.OnClose(endError_);
             });
         }
-        RemoveSocket(place);
+        if (slot.inUse) {
+            RemoveSocket(place);
+        }
     }
 }
 

@@ -135,25 +135,37 @@ private:
         std::array<PostedEvent, 8> events;
         std::size_t count = 0;
     };
+    // Each round of a lock of the system costs as much as a call of the system, so the loop takes a
+    // slot's once for all that there is to do with the slot, and not to see that there is nothing.
     struct Slot {
         ZelBase::WIN32_Mutex mutex;
-        // Written with the mutex held, read without it to pass by.
+        // These are written with the mutex held, and read without it to pass by. The event is the
+        // one to wait for, null when the slot is free.
         std::atomic<bool> inUse = false;
+        std::atomic<WSAEVENT> waitedFor = nullptr;
+        std::atomic<std::uint64_t> id = 0;
+        std::atomic<bool> hasPosts = false;
         std::shared_ptr<WIN32_SocketEventThreadListener> listener ZELBASE_GUARDED_BY(mutex);
         UniqueWsaEvent event ZELBASE_GUARDED_BY(mutex);
         SOCKET socket ZELBASE_GUARDED_BY(mutex) = INVALID_SOCKET;
-        std::uint64_t id ZELBASE_GUARDED_BY(mutex) = 0;
         PostedQueue posted ZELBASE_GUARDED_BY(mutex);
         // The newest place whose close could not be queued.
         std::atomic<std::uint64_t> lateClose = 0;
     };
     struct WaitList;
     struct Signalled;
+    class ServedSlot;
 
     bool IsValid() const;
+    bool MakeSlot();
     bool FillSlot(std::size_t index,
                   const std::shared_ptr<WIN32_SocketEventThreadListener>& listener, SOCKET socket,
                   SocketPlace& place);
+    bool Vacate(Slot& slot, const SocketPlace& place,
+                std::shared_ptr<WIN32_SocketEventThreadListener>& listener)
+        ZELBASE_REQUIRES(slot.mutex);
+    bool LeaveSlot(Slot& slot, const SocketPlace& place,
+                   std::shared_ptr<WIN32_SocketEventThreadListener>& listener);
     bool Post(const SocketPlace& place, PostedEvent event);
 
     std::uint32_t Run();
@@ -161,13 +173,12 @@ private:
     void BuildWaitList(WaitList& list);
     void DeliverPosted();
     void DeliverPosted(Slot& slot);
-    void DeliverClose(Slot& slot, std::uint64_t id);
+    bool DeliverPosted(ServedSlot& served, std::uint64_t id, PostedEvent event);
     bool ServeSocket(const WaitList& list, DWORD position);
     void LogUnmatchedEvent();
-    bool EnumerateEvents(Slot& slot, Signalled& signalled, bool& goOn);
-    void DispatchEvent(Slot& slot, const Signalled& signalled, std::size_t index);
-    template <typename Call>
-    void CallListener(Slot& slot, std::uint64_t id, Call call);
+    bool EnumerateEvents(Slot& slot, Signalled& signalled, bool& goOn) ZELBASE_REQUIRES(slot.mutex);
+    void DispatchEvents(ServedSlot& served, const Signalled& signalled);
+    bool IsPassedOn(const Signalled& signalled, std::size_t index, ZelBase::LogTexts& texts);
     void ReleaseIfUnused();
     void CloseRemovedEvents();
     void CloseRemainingSockets();
@@ -182,7 +193,11 @@ private:
     std::shared_ptr<WIN32_SocketEventThread> self_;
     std::atomic<DWORD> threadId_ = 0;
     std::atomic<std::size_t> socketCount_ = 0;
-    std::array<Slot, kSlots> slots_;
+    // Made one after another as sockets come: most threads never have a second one.
+    std::array<std::unique_ptr<Slot>, kSlots> slots_;
+    std::atomic<std::size_t> slotsMade_ = 0;
+    // Of the event thread alone: the slot whose lock it holds.
+    Slot* served_ = nullptr;
     ZelBase::CriticalSection removedEventsLock_;
     // Only the loop closes them, so that none is closed while it is waited for. There is always
     // room for those of all slots.

@@ -68,7 +68,8 @@ bool WIN32_TcpNonBlockingClientSocket::Create(TcpNonBlockingSocketListener* list
         if (Open(SOCK_STREAM, localPort, localAddress, life)) {
             listener_ = listener;
             secure_ = secure;
-            connecting_ = connected_ = receivedWhileConnecting_ = sendPending_ = false;
+            connecting_ = connected_ = receivedWhileConnecting_ = false;
+            sendPending_ = false;
             return true;
         }
     }
@@ -120,7 +121,8 @@ bool WIN32_TcpNonBlockingClientSocket::BeginConnecting(std::uint16_t port, unsig
     }
     remotePort_ = port;
     connecting_ = true;
-    receivedWhileConnecting_ = sendPending_ = false;
+    receivedWhileConnecting_ = false;
+    sendPending_ = false;
     life = Life();
     return true;
 }
@@ -142,7 +144,7 @@ int WIN32_TcpNonBlockingClientSocket::StartConnect(std::uint32_t address, unsign
         remote.sin_family = AF_INET;
         remote.sin_port = htons(remotePort_);
         remote.sin_addr.s_addr = address;
-        const SOCKET handle = IsLiving(life) ? handle_ : INVALID_SOCKET;
+        const SOCKET handle = IsLiving(life) ? handle_.load() : INVALID_SOCKET;
         if (connect(handle, reinterpret_cast<const sockaddr*>(&remote), sizeof remote) != 0) {
             const int error = WSAGetLastError();
             if (error == WSAEWOULDBLOCK) {
@@ -251,7 +253,7 @@ std::uint32_t WIN32_TcpNonBlockingClientSocket::Peek(void* buffer, std::uint32_t
 
 std::uint32_t WIN32_TcpNonBlockingClientSocket::ReceiveWith(const char* operation, int flags,
                                                             void* buffer, std::uint32_t size) {
-    MutexLock lock(&mutex_);
+    const HandleUse use(*this);
     TraceCall(operation);
     if (secure_) {
         return 0;
@@ -265,7 +267,7 @@ std::uint32_t WIN32_TcpNonBlockingClientSocket::ReceiveWith(const char* operatio
 }
 
 std::uint32_t WIN32_TcpNonBlockingClientSocket::Send(const void* data, std::uint32_t size) {
-    MutexLock lock(&mutex_);
+    const HandleUse use(*this);
     TraceCall("Send");
     if (secure_) {
         return 0;
@@ -273,7 +275,9 @@ std::uint32_t WIN32_TcpNonBlockingClientSocket::Send(const void* data, std::uint
     const int sent = send(handle_, static_cast<const char*>(data), Length(size), 0);
     if (sent == SOCKET_ERROR) {
         const int error = WSAGetLastError();
-        sendPending_ = sendPending_ || error == WSAEWOULDBLOCK;
+        if (error == WSAEWOULDBLOCK) {
+            sendPending_ = true;
+        }
         LogError("Send", "send() failed with error code: %d.", error);
         return 0;
     }
@@ -315,7 +319,6 @@ bool WIN32_TcpNonBlockingClientSocket::IsConnected() {
 }
 
 bool WIN32_TcpNonBlockingClientSocket::IsSendPending() {
-    MutexLock lock(&mutex_);
     return sendPending_;
 }
 
@@ -326,13 +329,12 @@ void WIN32_TcpNonBlockingClientSocket::OnAccept(int error) {
 }
 
 void WIN32_TcpNonBlockingClientSocket::OnClose(int error) {
-    unsigned life = 0;
-    if (!EnterClose(life)) {
+    if (!EnterClose()) {
         return;
     }
     connecting_ = connected_ = false;
-    Deliver([resolver = std::move(resolver_), listener = std::exchange(listener_, nullptr),
-             context = context_, error] {
+    DeliverClose([resolver = std::move(resolver_), listener = std::exchange(listener_, nullptr),
+                  context = context_, error] {
         if (resolver) {
             resolver->Abort();
         }
@@ -340,7 +342,6 @@ void WIN32_TcpNonBlockingClientSocket::OnClose(int error) {
             listener->OnClose(context, GenericErrorOf(error));
         }
     });
-    FinishClose(life);
 }
 
 void WIN32_TcpNonBlockingClientSocket::OnConnect(int error) {

@@ -54,8 +54,9 @@ private:
     bool connecting_ ZELBASE_GUARDED_BY(mutex_) = false;
     bool connected_ ZELBASE_GUARDED_BY(mutex_) = false;
     bool receivedWhileConnecting_ ZELBASE_GUARDED_BY(mutex_) = false;
-    bool sendPending_ ZELBASE_GUARDED_BY(mutex_) = false;
-    bool secure_ ZELBASE_GUARDED_BY(mutex_) = false;
+    // These two are used by what moves data, see HandleUse.
+    std::atomic<bool> sendPending_ = false;
+    std::atomic<bool> secure_ = false;
     // While a name is looked up.
     std::shared_ptr<ADns> resolver_ ZELBASE_GUARDED_BY(mutex_);
 };
