@@ -75,6 +75,7 @@ public:
         while (byte != '\n' && recv(socket_, &byte, 1, 0) == 1) {
         }
     }
+    void EndSending() { shutdown(socket_, SD_SEND); }
     void AwaitEnd() {
         while (Receive()) {
         }
@@ -186,6 +187,8 @@ void ScriptedServer::Play(Session& session, const Script& script) {
             texts_.push_back(text.value_or("(incomplete)"));
         } else if (const auto pause = Behind(step, "WAIT:")) {
             Sleep(static_cast<DWORD>(std::stoi(*pause)));
+        } else if (step == "END") {
+            session.EndSending();
         } else if (step == "RESET") {
             session.Reset();
             return;

@@ -9,6 +9,7 @@
 //   "TEXT"         expect a mail's text up to its final dot, and keep it
 //   "DRIP:text"    send it one byte at a time
 //   "WAIT:ms"      do nothing for that long
+//   "END"          send no more
 //   "CLOSE"        close at once
 //   "RESET"        end the connection with a reset
 //   "SILENCE"      say nothing more and wait until the client closes
@@ -36,7 +37,7 @@ public:
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
-    int Port() const { return port_; }
+    std::uint16_t Port() const { return port_; }
     // Waits until the scripts have been played; what did not go by them, "" if all did.
     std::string Problems();
     // The mail texts received so far, without the final dot and unchanged otherwise.
@@ -53,7 +54,7 @@ private:
 
     WSADATA winsock_;
     SOCKET listening_ = INVALID_SOCKET;
-    int port_ = 0;
+    std::uint16_t port_ = 0;
     TestMutex mutex_;
     SOCKET session_ = INVALID_SOCKET;
     bool ending_ = false;

@@ -3,6 +3,7 @@
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
 #include "tests/support/FakeIpHelper.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/zelnet/SocketTesting.h"
 
 #include <sstream>
@@ -11,6 +12,8 @@ namespace ZelNet {
 namespace {
 
 using tervane::test::FakeIpHelper;
+using tervane::test::ScriptedServer;
+using Script = ScriptedServer::Script;
 
 void ExpectRecords(LogReader& log, const std::string& component, const std::string& patterns) {
     std::istringstream lines(patterns);
@@ -23,10 +26,7 @@ TEST(LogText, OfTheSocketLayerAndTcp) {
     LogReader log;
     {
         SocketLayerScope layer;
-        TcpServer server([](Connection& connection) {
-            connection.Send("data");
-            connection.AwaitEnd();
-        });
+        ScriptedServer server({Script{"S:data"}});
         RecordingListener listener;
         const auto socket = TcpNonBlockingClientSocket::Create();
         EXPECT_FALSE(socket->Create(&listener, 0, IpAddress("255.255.255.255"), false));

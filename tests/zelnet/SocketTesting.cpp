@@ -12,14 +12,6 @@
 namespace ZelNet {
 namespace {
 
-sockaddr_in LoopbackPort(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port);
-    return address;
-}
-
 // "*" takes everything but blanks.
 bool Matches(const char* pattern, const char* text) {
     if (*pattern != '*') {
@@ -73,66 +65,13 @@ std::string LogReader::Text() {
 }
 
 std::uint16_t BindToLoopback(SOCKET socket) {
-    sockaddr_in address = LoopbackPort(0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     int length = sizeof address;
     EXPECT_EQ(bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     EXPECT_EQ(getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length), 0);
     return ntohs(address.sin_port);
-}
-
-void Connection::Send(const std::string& data) const {
-    for (std::size_t sent = 0; sent < data.size();) {
-        const int count =
-            send(socket_.Get(), data.data() + sent, static_cast<int>(data.size() - sent), 0);
-        if (count <= 0) {
-            return; // the client has closed, which some tests want
-        }
-        sent += static_cast<std::size_t>(count);
-    }
-}
-
-std::string Connection::Receive(std::size_t size) const {
-    std::string data;
-    char buffer[4096];
-    while (data.size() < size) {
-        const int wanted = static_cast<int>(std::min(sizeof buffer, size - data.size()));
-        const int count = recv(socket_.Get(), buffer, wanted, 0);
-        if (count <= 0) {
-            break;
-        }
-        data.append(buffer, static_cast<std::size_t>(count));
-    }
-    return data;
-}
-
-void Connection::Reset() {
-    const linger hard{1, 0};
-    setsockopt(socket_.Get(), SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&hard),
-               sizeof hard);
-    socket_.Reset();
-}
-
-void Connection::AwaitEnd() const {
-    Receive(static_cast<std::size_t>(-1));
-}
-
-TcpServer::TcpServer(Script script, int connections, int receiveBuffer)
-    : listening_(socket(AF_INET, SOCK_STREAM, 0)), port_(BindToLoopback(listening_.Get())) {
-    if (receiveBuffer != 0) {
-        setsockopt(listening_.Get(), SOL_SOCKET, SO_RCVBUF,
-                   reinterpret_cast<const char*>(&receiveBuffer), sizeof receiveBuffer);
-    }
-    EXPECT_EQ(listen(listening_.Get(), SOMAXCONN), 0);
-    thread_ = ZelBase::ModulePin::StartThread([this, script, connections] {
-        for (int index = 0; index < connections; ++index) {
-            Connection connection(accept(listening_.Get(), nullptr, nullptr));
-            script(connection);
-        }
-    });
-}
-
-TcpServer::~TcpServer() {
-    EXPECT_EQ(WaitForSingleObject(thread_.Get(), kPatienceMs), WAIT_OBJECT_0);
 }
 
 std::uint16_t UnusedPort() {
@@ -140,17 +79,12 @@ std::uint16_t UnusedPort() {
     return BindToLoopback(probe.Get());
 }
 
-int RecordingListener::State::Count(const std::string& word) const {
-    return static_cast<int>(std::count_if(
-        words.begin(), words.end(), [&](const std::string& next) { return next.find(word) == 0; }));
+int WordRecorder::State::Count(const std::string& word) const {
+    return static_cast<int>(
+        std::ranges::count_if(words, [&](const auto& next) { return next.starts_with(word); }));
 }
 
-void RecordingListener::On(const std::string& callback, Hook hook) {
-    std::lock_guard lock(state_->mutex);
-    state_->hooks.emplace_back(callback, std::move(hook));
-}
-
-std::string RecordingListener::Await(const std::string& word, int count) {
+std::string WordRecorder::Await(const std::string& word, int count) {
     {
         std::unique_lock lock(state_->mutex);
         state_->changed.wait_for(lock, std::chrono::milliseconds(kPatienceMs),
@@ -159,7 +93,7 @@ std::string RecordingListener::Await(const std::string& word, int count) {
     return Words();
 }
 
-std::string RecordingListener::Words() {
+std::string WordRecorder::Words() {
     std::lock_guard lock(state_->mutex);
     std::string text;
     for (const std::string& word : state_->words) {
@@ -168,9 +102,28 @@ std::string RecordingListener::Words() {
     return text;
 }
 
-int RecordingListener::Count(const std::string& word) {
+int WordRecorder::Count(const std::string& word) {
     std::lock_guard lock(state_->mutex);
     return state_->Count(word);
+}
+
+std::string WordRecorder::Next() {
+    std::unique_lock lock(state_->mutex);
+    const bool came =
+        state_->changed.wait_for(lock, std::chrono::milliseconds(kPatienceMs),
+                                 [this] { return state_->next < state_->words.size(); });
+    return came ? state_->words[state_->next++] : "nothing";
+}
+
+void WordRecorder::Add(State& state, const std::string& word) {
+    std::lock_guard lock(state.mutex);
+    state.words.push_back(word);
+    state.changed.notify_all();
+}
+
+void RecordingListener::On(const std::string& callback, Hook hook) {
+    std::lock_guard lock(state_->mutex);
+    hooks_.emplace(callback, std::move(hook)); // the first one stays
 }
 
 void RecordingListener::Note(const std::string& callback, void* context, int error) {
@@ -178,17 +131,13 @@ void RecordingListener::Note(const std::string& callback, void* context, int err
     Hook hook;
     {
         std::lock_guard lock(state->mutex);
-        const auto found =
-            std::find_if(state->hooks.begin(), state->hooks.end(),
-                         [&](const auto& candidate) { return candidate.first == callback; });
-        hook = found == state->hooks.end() ? nullptr : found->second;
+        const auto found = hooks_.find(callback);
+        hook = found == hooks_.end() ? nullptr : found->second;
     }
     if (hook) {
         hook(context);
     }
-    std::lock_guard lock(state->mutex);
-    state->words.push_back(callback + ":" + std::to_string(error));
-    state->changed.notify_all();
+    Add(*state, callback + ":" + std::to_string(error));
 }
 
 unsigned ThreadCount() {

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the socket tests share: servers on the loopback whose behaviour each test scripts, and a
-// listener that writes down what it is told.
+// What the socket tests share, a listener that writes down what it is told in particular.
 
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelNet/SourceCode/ALineSocket.h"
@@ -76,61 +75,48 @@ private:
     std::set<std::string> records_;
 };
 
-// One accepted connection, used with blocking calls from the server's script.
-class Connection {
-public:
-    explicit Connection(SOCKET socket) : socket_(socket) {}
-    void Send(const std::string& data) const;
-    // What arrives until `size` bytes are there or the client closes.
-    std::string Receive(std::size_t size) const;
-    void HalfClose() const { shutdown(socket_.Get(), SD_SEND); }
-    // Ends the connection with a reset.
-    void Reset();
-    // Waits until the client closes.
-    void AwaitEnd() const;
-
-private:
-    UniqueSocket socket_;
-};
-
-// Listens on an ephemeral port and runs the script, on a thread of its own, for each of the
-// expected connections in turn.
-class TcpServer {
-public:
-    using Script = std::function<void(Connection&)>;
-
-    // `receiveBuffer` makes the system's buffer for what clients send that small.
-    explicit TcpServer(Script script, int connections = 1, int receiveBuffer = 0);
-    // Waits for the script's end.
-    ~TcpServer();
-
-    std::uint16_t Port() const { return port_; }
-
-private:
-    UniqueSocket listening_;
-    std::uint16_t port_ = 0;
-    ZelBase::UniqueHandle thread_;
-};
-
 // Binds to an ephemeral port of the loopback and returns it.
 std::uint16_t BindToLoopback(SOCKET socket);
 
 // A port of the loopback that nobody listens on.
 std::uint16_t UnusedPort();
 
+// Words in the order in which they come, from any thread.
+class WordRecorder {
+public:
+    // Waits for words that begin with `word` to have come `count` times; the words so far.
+    std::string Await(const std::string& word, int count = 1);
+    std::string Words();
+    int Count(const std::string& word);
+    // The next word; "nothing" when none comes in time.
+    std::string Next();
+
+protected:
+    struct State {
+        int Count(const std::string& word) const;
+
+        tervane::test::TestMutex mutex;
+        tervane::test::TestCondition changed;
+        std::vector<std::string> words;
+        std::size_t next = 0;
+    };
+    static void Add(State& state, const std::string& word);
+
+    // Shared with callbacks that are still running when the recorder goes, as happens to a test
+    // that releases its socket in a callback.
+    const std::shared_ptr<State> state_ = std::make_shared<State>();
+};
+
 // Writes down each callback as a word, "connect:0" for instance, after running the test's hook for
-// it, and lets the test wait until certain words have come.
-class RecordingListener : public TcpNonBlockingLineSocketListener,
+// it.
+class RecordingListener : public WordRecorder,
+                          public TcpNonBlockingLineSocketListener,
                           public UdpNonBlockingSocketListener {
 public:
     using Hook = std::function<void(void* context)>;
 
     // Runs in the callback with that name ("connect", "receive", "send", "close", "line").
     void On(const std::string& callback, Hook hook);
-    // Waits for words that begin with `word` to have come `count` times; the words so far.
-    std::string Await(const std::string& word, int count = 1);
-    std::string Words();
-    int Count(const std::string& word);
 
     void OnClose(void* context, int error) override { Note("close", context, error); }
     void OnConnect(void* context, int error) override { Note("connect", context, error); }
@@ -139,20 +125,9 @@ public:
     void OnReceiveLine(void* context, int error) override { Note("line", context, error); }
 
 private:
-    struct State {
-        int Count(const std::string& word) const;
-
-        tervane::test::TestMutex mutex;
-        tervane::test::TestCondition changed;
-        std::vector<std::pair<std::string, Hook>> hooks;
-        std::vector<std::string> words;
-    };
-
     void Note(const std::string& callback, void* context, int error);
 
-    // Shared with callbacks that are still running when the listener goes, as happens to a test
-    // that releases its socket in a callback.
-    std::shared_ptr<State> state_ = std::make_shared<State>();
+    std::map<std::string, Hook> hooks_;
 };
 
 unsigned HandleCount();

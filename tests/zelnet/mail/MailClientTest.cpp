@@ -8,7 +8,6 @@
 #include "ZelNet/SourceCode/mail/SmtpStates.h"
 #include "ZelNet/SourceCode/sockets/NetworkInfo.h"
 #include "support/ScriptedServer.h"
-#include "support/TestThreads.h"
 #include "tests/zelnet/SocketTesting.h"
 
 namespace ZelNet {
@@ -18,7 +17,9 @@ using tervane::test::ScriptedServer;
 using Script = ScriptedServer::Script;
 
 // Writes down each notification as a word, "greeted:0" for instance.
-class MailRecorder final : public SmtpClientListener, public Pop3ClientListener {
+class MailRecorder final : public WordRecorder,
+                           public SmtpClientListener,
+                           public Pop3ClientListener {
 public:
     void Connected(SmtpStatus status) override { Note("connected", status); }
     void Greeted(SmtpStatus status) override { Note("greeted", status); }
@@ -46,15 +47,8 @@ public:
     }
     void QuitDone(PopStatus status) override { Note("quitDone", status); }
 
-    // The next word; "nothing" when none comes in time.
-    std::string Next() {
-        std::unique_lock lock(mutex_);
-        const bool came = changed_.wait_for(lock, std::chrono::milliseconds(kPatienceMs),
-                                            [this] { return next_ < words_.size(); });
-        return came ? words_[next_++] : "nothing";
-    }
     // Skips what comes before that word.
-    bool Await(const std::string& word) {
+    bool SkipTo(const std::string& word) {
         std::string next;
         while (next != word && next != "nothing") {
             next = Next();
@@ -65,15 +59,8 @@ public:
 private:
     template <typename Status>
     void Note(const std::string& what, Status status) {
-        const std::lock_guard lock(mutex_);
-        words_.push_back(what + ":" + std::to_string(static_cast<int>(status)));
-        changed_.notify_all();
+        Add(*state_, what + ":" + std::to_string(static_cast<int>(status)));
     }
-
-    tervane::test::TestMutex mutex_;
-    tervane::test::TestCondition changed_;
-    std::vector<std::string> words_;
-    std::size_t next_ = 0;
 };
 
 enum Protocol { kSmtp, kPlainSmtp, kPop };
@@ -299,7 +286,7 @@ TEST_F(MailClientTest, KnowsTheOddConversations) {
                   protocol == kPop ? "connected:3" : "connected:2");
     }
     EXPECT_FALSE(smtp->Quit()); // closes what is left of the connection
-    EXPECT_TRUE(recorder.Await("closed:3"));
+    EXPECT_TRUE(recorder.SkipTo("closed:3"));
 }
 
 TEST_F(MailClientTest, SendsTheTextWithItsLoneDotsDoubled) {
@@ -318,7 +305,7 @@ TEST_F(MailClientTest, IgnoresRepliesThatNothingAsksFor) {
     script[8] = "S:235 ok\r\n500 what\r\n";
     ScriptedServer server({script});
     EXPECT_TRUE(Connect(kSmtp, server.Port()));
-    EXPECT_TRUE(recorder.Await("loggedIn:0"));
+    EXPECT_TRUE(recorder.SkipTo("loggedIn:0"));
     for (int waited = 0; smtp->LastResponse() != "what" && waited < kPatienceMs; waited += 10) {
         Sleep(10);
     }
@@ -341,9 +328,9 @@ TEST_F(MailClientTest, FailsWhenALineCannotBeKept) {
     ScriptedServer server(
         {WithFault(kPopSteps, 4, "S:+OK\r\nA: b\r\n\r\n" + line + "\r\n.\r\n", 99)});
     EXPECT_TRUE(Connect(kPop, server.Port()));
-    EXPECT_TRUE(recorder.Await("pass:0"));
+    EXPECT_TRUE(recorder.SkipTo("pass:0"));
     EXPECT_TRUE(pop->GetMailCount());
-    EXPECT_TRUE(recorder.Await("count=3/1200:0"));
+    EXPECT_TRUE(recorder.SkipTo("count=3/1200:0"));
     RefuseMemory(line.size() + 2);
     EXPECT_TRUE(pop->RetrieveMessage(2));
     EXPECT_EQ(recorder.Next(), "retrieved2=:8");
@@ -368,10 +355,10 @@ TEST_F(MailClientTest, TracesItsStatesButNoPassword) {
           "S:+OK you said 7Zgv-unheard\r\n", "C:STAT", "S:+OK 3 1200\r\n", "C:RETR*",
           "S:+OK\r\n\r\nYours is 7Zgv-unheard.\r\n.\r\n", "SILENCE"}});
     EXPECT_TRUE(Connect(kPop, fetching.Port()));
-    EXPECT_TRUE(recorder.Await("pass:0"));
+    EXPECT_TRUE(recorder.SkipTo("pass:0"));
     pop->ForgetPassword(); // and is still known
     EXPECT_TRUE(pop->GetMailCount());
-    EXPECT_TRUE(recorder.Await("count=3/1200:0"));
+    EXPECT_TRUE(recorder.SkipTo("count=3/1200:0"));
     EXPECT_TRUE(pop->RetrieveMessage(1));
     EXPECT_EQ(recorder.Next(), "retrieved1=|Yours is 7Zgv-unheard.|:0");
     const std::string ring = log.Text();
@@ -410,7 +397,7 @@ TEST_F(MailClientTest, RefusesToSendWhatCannotBe) {
     ScriptedServer server({{"S:220 hi\r\n", "C:HELO*", "S:250 ok\r\n", "SILENCE"}});
     EXPECT_TRUE(Connect(kPlainSmtp, server.Port()));
     expect(kBusy, smtp->SetServer("x") || smtp->SetPort(26) || smtp->SetBody("x"));
-    EXPECT_TRUE(recorder.Await("loggedIn:0"));
+    EXPECT_TRUE(recorder.SkipTo("loggedIn:0"));
     expect(kInvalidState, smtp->Connect(&recorder, false));
     expect(kInvalidState, smtp->SendMail("x", nullptr));
 }

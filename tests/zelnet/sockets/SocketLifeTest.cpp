@@ -3,10 +3,14 @@
 
 #include "ZelNet/SourceCode/ALineSocket.h"
 #include "ZelNet/SourceCode/sockets/UdpNonBlockingClientSocket.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/zelnet/SocketTesting.h"
 
 namespace ZelNet {
 namespace {
+
+using tervane::test::ScriptedServer;
+using Script = ScriptedServer::Script;
 
 struct Tcp {
     using Socket = std::shared_ptr<TcpNonBlockingClientSocket>;
@@ -16,7 +20,8 @@ struct Tcp {
     static bool Open(const Socket& socket, RecordingListener& listener, std::uint16_t) {
         return socket->Create(&listener, 0, IpAddress(), false);
     }
-    static void Begin(const Socket& socket, std::uint16_t port) {
+    template <typename AnySocket>
+    static void Begin(const AnySocket& socket, std::uint16_t port) {
         EXPECT_TRUE(socket->Connect("127.0.0.1", port));
     }
     static void Read(const Socket& socket) {
@@ -25,16 +30,12 @@ struct Tcp {
     }
 };
 
-struct Line {
+struct Line : Tcp {
     using Socket = std::unique_ptr<ATcpNonBlockingLineSocket>;
-    static constexpr bool kConnects = true;
     static constexpr int kLines = 3;
     static constexpr const char* kCallbacks[] = {"connect", "send", "line", "receive", "close"};
     static bool Open(const Socket& socket, RecordingListener& listener, std::uint16_t) {
         return socket->Create(&listener, 0, IpAddress(), false) != nullptr;
-    }
-    static void Begin(const Socket& socket, std::uint16_t port) {
-        EXPECT_TRUE(socket->Connect("127.0.0.1", port));
     }
     static void Read(const Socket&) {}
 };
@@ -78,13 +79,8 @@ protected:
     }
     void Play(const std::string& callback, const std::string& how) {
         const bool again = how.starts_with("open again");
-        TcpServer server(
-            [](Connection& connection) {
-                connection.Send("one\r\ntwo\r\nthree\r\n");
-                connection.HalfClose();
-                connection.AwaitEnd();
-            },
-            Kind::kConnects + (Kind::kConnects && again));
+        ScriptedServer server(std::vector(Kind::kConnects * (again ? 2u : 1u),
+                                          Script{"S:one\r\ntwo\r\nthree\r\n", "END"}));
         RecordingListener first;
         first.On(callback, [&](void*) {
             while (!hasBegun) { // datagrams can be sent before they are
@@ -156,7 +152,7 @@ std::shared_ptr<TcpNonBlockingClientSocket> OpenSocket(RecordingListener& listen
 // A callback of the first life goes on while the second one is closed, and must not hold that up.
 // The second one's end is told once, the third life is not hurt by what is left of the others.
 TEST_F(TcpLife, LivesEndIndependently) {
-    TcpServer server([](Connection& connection) { connection.AwaitEnd(); }, 3);
+    ScriptedServer server({Script{}, Script{}, Script{}});
     RecordingListener first;
     RecordingListener second;
     RecordingListener third;
@@ -184,7 +180,7 @@ TEST_F(TcpLife, LivesEndIndependently) {
 }
 
 TEST_F(TcpLife, ReleaseWaitsForACallbackOnTheEventThread) {
-    TcpServer server([](Connection& connection) { connection.AwaitEnd(); });
+    ScriptedServer server({Script{}});
     RecordingListener listener;
     const ZelBase::UniqueHandle inside(CreateEventA(nullptr, TRUE, FALSE, nullptr));
     std::atomic<bool> over = false;
