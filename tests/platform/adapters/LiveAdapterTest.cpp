@@ -16,28 +16,26 @@ namespace tervane {
 
 namespace {
 
-// One line of text, for comparisons.
-std::string Describe(const LiveAdapter& adapter) {
-    std::wstring text;
-    for (const std::wstring& part :
-         {adapter.name, adapter.cookie, adapter.serviceName, adapter.hardwareAddress,
-          adapter.ipAddress, adapter.subnetMask, adapter.defaultGateway, adapter.dhcpServer,
-          std::wstring(adapter.isDhcp ? L"dhcp " : L"") + (adapter.isEthernet ? L"ethernet" : L"") +
-              (adapter.isPpp ? L"ppp" : L"")}) {
-        text += (text.empty() ? L"" : L" | ") + part;
-    }
-    return std::string(text.begin(), text.end());
-}
-
 using test::FakeAdapter;
 using test::FakeIpHelper;
 using ZelNet::Oid;
 using ZelNet::VarBind;
 
+// A line of text for each.
 std::vector<std::string> Describe(const std::optional<std::vector<LiveAdapter>>& adapters) {
     std::vector<std::string> lines;
     for (const LiveAdapter& adapter : adapters.value_or(std::vector<LiveAdapter>())) {
-        lines.push_back(Describe(adapter));
+        std::wstring text = adapter.name;
+        for (const std::wstring& part :
+             {adapter.cookie, adapter.serviceName, adapter.hardwareAddress, adapter.ipAddress,
+              adapter.subnetMask, adapter.defaultGateway, adapter.dhcpServer}) {
+            text += L" | " + part;
+        }
+        text += L" |";
+        text += adapter.isDhcp ? L" dhcp" : L"";
+        text += adapter.isEthernet ? L" ethernet" : L"";
+        text += adapter.isPpp ? L" ppp" : L"";
+        lines.emplace_back(text.begin(), text.end());
     }
     return lines;
 }
@@ -159,10 +157,10 @@ TEST_F(LiveAdapterTest, IsTheSameByTheLibraryAndByTheTables) {
         "Wireless |  |  | FE-DC-BA-98-76-54 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | ethernet",
         "Dial-up |  |  | 00-00-00-00-00-00 | 172.16.0.9 | 255.255.255.255 | 0.0.0.0 | 0.0.0.0 | "
         "ppp",
-        "9x dial-up |  |  | 44-45-53-54-12-34 | 172.16.0.8 | 255.0.0.0 | 0.0.0.0 | 0.0.0.0 | ",
+        "9x dial-up |  |  | 44-45-53-54-12-34 | 172.16.0.8 | 255.0.0.0 | 0.0.0.0 | 0.0.0.0 |",
         "USB Cable Modem | {6} | service of {6} | 00-10-5A-00-00-01 | 172.16.0.7 | 255.0.0.0 | "
-        "0.0.0.0 | 0.0.0.0 | ",
-        "Token ring |  |  | 00-00-00-00-00-00 | 172.16.0.5 | 255.0.0.0 | 0.0.0.0 | 0.0.0.0 | ",
+        "0.0.0.0 | 0.0.0.0 |",
+        "Token ring |  |  | 00-00-00-00-00-00 | 172.16.0.5 | 255.0.0.0 | 0.0.0.0 | 0.0.0.0 |",
         "First Card | {1} | service of {1} | 00-10-5A-00-00-01 | 10.0.0.2 | 255.255.255.0 | "
         "10.0.0.1 | 10.0.0.9 | dhcp ethernet"};
     EXPECT_EQ(expected, Describe(ListLiveAdapters(sources_)));
@@ -274,14 +272,13 @@ protected:
         }
     }
     static std::vector<std::string> Addresses(bool byTables) {
-        std::vector<std::string> lines;
-        auto adapters = List(byTables).value();
-        for (LiveAdapter& adapter : adapters) {
+        auto adapters = List(byTables);
+        for (LiveAdapter& adapter : *adapters) {
             EXPECT_EQ(adapter.cookie, adapter.interfaceName);
             EXPECT_EQ(adapter.cookie, adapter.serviceName);
             adapter.cookie = adapter.serviceName = L"";
-            lines.push_back(Describe(adapter));
         }
+        std::vector<std::string> lines = Describe(adapters);
         std::ranges::sort(lines);
         return lines;
     }
@@ -299,7 +296,7 @@ TEST_F(FullNetworkAdapterTest, ShowsEveryCardAsItIs) {
     const std::vector<std::string> expected = {
         "first |  |  | 02-10-5A-00-00-01 | 10.55.1.1 | 255.255.255.0 | 10.55.1.254 | 0.0.0.0 | "
         "ethernet",
-        "fourth |  |  | 44-45-53-54-00-04 | 172.20.0.1 | 255.255.240.0 | 0.0.0.0 | 0.0.0.0 | ",
+        "fourth |  |  | 44-45-53-54-00-04 | 172.20.0.1 | 255.255.240.0 | 0.0.0.0 | 0.0.0.0 |",
         "second |  |  | 02-10-5A-00-00-02 | 10.56.2.1 | 255.255.0.0 | 0.0.0.0 | 0.0.0.0 | ethernet",
         "third |  |  | 02-10-5A-00-00-03 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | 0.0.0.0 | ethernet"};
     EXPECT_EQ(expected, Addresses(false));

@@ -57,12 +57,6 @@ protected:
     static RegistryKey Create(const std::wstring& path = kRoot) {
         return RegistryKey::Create(kHive, path, KEY_READ | KEY_WRITE, Api());
     }
-    // Stores what no well-behaved program would.
-    static void WriteRaw(const wchar_t* name, DWORD type, std::wstring_view characters,
-                         size_t bytes) {
-        RegSetKeyValueW(HKEY_CURRENT_USER, kRoot.c_str(), name, type, characters.data(),
-                        static_cast<DWORD>(bytes));
-    }
 };
 
 INSTANTIATE_TEST_SUITE_P(Forms, RegistryKeyTest, testing::Values(false, true),
@@ -103,34 +97,26 @@ TEST_P(RegistryKeyTest, WritesAndReadsEveryType) {
 }
 
 TEST_P(RegistryKeyTest, ReadsWhatBadProgramsStored) {
-    const RegistryKey key = Create();
-    WriteRaw(L"unterminated", REG_SZ, L"abc", 6);
-    WriteRaw(L"half", REG_SZ, L"abc", 5);
-    WriteRaw(L"empty", REG_SZ, L"", 0);
-    WriteRaw(L"tail", REG_SZ, std::wstring_view(L"ab\0cd", 6), 12);
-    EXPECT_EQ(key.ReadText(L"unterminated"), L"abc");
+    using namespace std::string_literals;
+    using Texts = std::vector<std::wstring>;
+    Create();
+    const auto store = [&](DWORD type, const std::wstring& characters, size_t bytes) {
+        RegSetKeyValueW(HKEY_CURRENT_USER, kRoot.c_str(), L"x", type, characters.data(),
+                        static_cast<DWORD>(bytes));
+        return Open();
+    };
+    EXPECT_EQ(store(REG_SZ, L"abc", 6).ReadText(L"x"), L"abc"); // without an end
+    EXPECT_EQ(store(REG_SZ, L"", 0).ReadText(L"x"), L"");
+    EXPECT_EQ(store(REG_SZ, L"ab\0cd"s, 12).ReadText(L"x"), L"ab");
     // What half a character becomes, the narrow functions decide for themselves.
-    ASSERT_TRUE(key.ReadText(L"half"));
-    EXPECT_EQ(key.ReadText(L"half")->substr(0, 2), L"ab");
-    EXPECT_EQ(key.ReadText(L"empty"), L"");
-    EXPECT_EQ(key.ReadText(L"tail"), L"ab");
-
-    const std::vector<std::wstring> ab = {L"a", L"b"};
-    WriteRaw(L"no end", REG_MULTI_SZ, std::wstring_view(L"a\0b", 3), 6);
-    WriteRaw(L"one end", REG_MULTI_SZ, std::wstring_view(L"a\0b\0", 4), 8);
-    WriteRaw(L"gap", REG_MULTI_SZ, std::wstring_view(L"a\0\0b\0\0", 6), 12);
-    WriteRaw(L"ends", REG_MULTI_SZ, std::wstring_view(L"\0\0", 2), 4);
-    EXPECT_EQ(key.ReadTexts(L"no end"), ab);
-    EXPECT_EQ(key.ReadTexts(L"one end"), ab);
-    EXPECT_EQ(key.ReadTexts(L"gap"), (std::vector<std::wstring>{L"a", L"", L"b"}));
-    EXPECT_EQ(key.ReadTexts(L"ends"), std::vector<std::wstring>());
-
-    WriteRaw(L"short number", REG_DWORD, L"\x0201", 2);
-    WriteRaw(L"long number", REG_DWORD, L"12345", 10);
-    WriteRaw(L"binary number", REG_BINARY, L"\x0201\x0403", 4);
-    EXPECT_EQ(key.ReadNumber(L"short number"), 0x0201u);
-    EXPECT_EQ(key.ReadNumber(L"long number"), std::nullopt);
-    EXPECT_EQ(key.ReadNumber(L"binary number"), 0x04030201u);
+    EXPECT_EQ(store(REG_SZ, L"abc", 5).ReadText(L"x").value_or(L"").substr(0, 2), L"ab");
+    EXPECT_EQ(store(REG_MULTI_SZ, L"a\0b"s, 6).ReadTexts(L"x"), (Texts{L"a", L"b"}));
+    EXPECT_EQ(store(REG_MULTI_SZ, L"a\0b\0"s, 8).ReadTexts(L"x"), (Texts{L"a", L"b"}));
+    EXPECT_EQ(store(REG_MULTI_SZ, L"a\0\0b\0\0"s, 12).ReadTexts(L"x"), (Texts{L"a", L"", L"b"}));
+    EXPECT_EQ(store(REG_MULTI_SZ, L"\0\0"s, 4).ReadTexts(L"x"), Texts());
+    EXPECT_EQ(store(REG_DWORD, L"\x0201", 2).ReadNumber(L"x"), 0x0201u);
+    EXPECT_EQ(store(REG_DWORD, L"12345", 10).ReadNumber(L"x"), std::nullopt);
+    EXPECT_EQ(store(REG_BINARY, L"\x0201\x0403", 4).ReadNumber(L"x"), 0x04030201u);
 }
 
 TEST_P(RegistryKeyTest, RefusesWhatCouldNotBeReadBack) {
