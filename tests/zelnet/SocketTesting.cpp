@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <sstream>
 
 #include <tlhelp32.h>
 
@@ -40,19 +41,24 @@ void LogReader::Collect() {
     ReleaseMutex(ring->Mutex());
 }
 
-bool LogReader::Has(const std::string& pattern, int patienceMs) {
-    for (int waited = 0;; waited += 20) {
-        Collect();
-        if (std::ranges::any_of(records_, [&](const std::string& record) {
-                return Matches(pattern.c_str(), record.c_str());
-            })) {
-            return true;
+void LogReader::Expect(const std::string& component, const std::string& patterns) {
+    std::istringstream lines(patterns);
+    for (std::string line; std::getline(lines >> std::ws, line);) {
+        const std::string pattern = component + "|" + line;
+        bool found = Has(pattern);
+        for (int waited = 0; !found && waited < kPatienceMs; waited += 20) {
+            Sleep(20);
+            found = Has(pattern);
         }
-        if (waited >= patienceMs) {
-            return false;
-        }
-        Sleep(20);
+        EXPECT_TRUE(found) << pattern;
     }
+}
+
+bool LogReader::Has(const std::string& pattern) {
+    Collect();
+    return std::ranges::any_of(records_, [&](const std::string& record) {
+        return Matches(pattern.c_str(), record.c_str());
+    });
 }
 
 std::string LogReader::Text() {

@@ -65,13 +65,15 @@ class LogReader {
 public:
     // Keeps what the log holds now, which is not much; for use in the midst of a long conversation.
     void Collect();
-    // Whether a record like the pattern has come, waiting a while for it; "*" stands for anything
-    // but blanks.
-    bool Has(const std::string& pattern, int patienceMs = 5000);
+    // Expects records of a component like these patterns, one each line, waiting a while for them;
+    // "*" stands for anything but blanks.
+    void Expect(const std::string& component, const std::string& patterns);
     // All of them.
     std::string Text();
 
 private:
+    bool Has(const std::string& pattern);
+
     std::set<std::string> records_;
 };
 

@@ -104,36 +104,25 @@ TEST_F(LoggerTest, SharesOneRingWhoseLastSlotStaysEmpty) {
     EXPECT_EQ(view_->Header(0), RingView::kSize);
     EXPECT_EQ(view_->Header(12), RingView::kSlots);
     logger_->Log("kept");
-    view_->Lock();
     const std::uint32_t slot = view_->Header(4);
     const std::uint32_t counter = view_->Header(8);
-    view_->Unlock();
-
     const auto second = Logger::Create();
     EXPECT_EQ(Newest().text, "kept");
     for (int i = 0; i < 450; ++i) {
         second->Log("turn %d", i);
     }
-    view_->Lock();
-    const std::uint32_t written = view_->Header(8) - counter;
-    EXPECT_GE(written, 450u);
-    EXPECT_EQ(view_->Header(4), (slot + written) % RingView::kSlots);
-    EXPECT_EQ(view_->Slot(RingView::kSlots)[0], 0);
-    EXPECT_EQ(view_->Slot(RingView::kSlots)[201], 0);
-    view_->Unlock();
+    EXPECT_EQ(view_->Header(8) - counter, 450u);
+    EXPECT_EQ(view_->Header(4), (slot + 450) % RingView::kSlots);
+    EXPECT_EQ(view_->Slot(RingView::kSlots)[0] + view_->Slot(RingView::kSlots)[201], 0);
 }
 
 TEST_F(LoggerTest, SurvivesADamagedHeader) {
     for (const std::uint32_t damage : {199u, 200u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-        view_->Lock();
         view_->Header(4) = damage;
         view_->Header(12) = 0;
-        view_->Unlock();
         logger_->Log("damage %lu", static_cast<unsigned long>(damage));
-        view_->Lock();
         EXPECT_LT(view_->Header(4), RingView::kSlots);
         view_->Header(12) = RingView::kSlots;
-        view_->Unlock();
         EXPECT_EQ(Newest().text, "damage " + std::to_string(damage));
     }
 }
@@ -149,22 +138,20 @@ TEST_F(LoggerTest, GoesOnAfterAProcessDiedWithTheMutex) {
     EXPECT_EQ(Newest().text, "opened after death");
 }
 
-DWORD WINAPI LogManyRecords(void* logger) {
-    for (int i = 0; i < 20; ++i) {
-        static_cast<Logger*>(logger)->Log("dropped");
-    }
-    return 0;
-}
-
 // Only the first of many records is waited for, and by a thread of the host hardly at all.
 TEST_F(LoggerTest, DropsRecordsWhileTheRingStaysLocked) {
-    Logger* const logger = logger_.get();
+    const LPTHREAD_START_ROUTINE logMany = [](void* logger) WINAPI -> DWORD {
+        for (int i = 0; i < 20; ++i) {
+            static_cast<Logger*>(logger)->Log("dropped");
+        }
+        return 0;
+    };
     for (const bool isOwn : {true, false}) {
         view_->Lock();
         const DWORD start = GetTickCount();
         const UniqueHandle writer =
-            isOwn ? ModulePin::StartThread(&LogManyRecords, logger)
-                  : UniqueHandle(CreateThread(nullptr, 0, &LogManyRecords, logger, 0, nullptr));
+            isOwn ? ModulePin::StartThread(logMany, logger_.get())
+                  : UniqueHandle(CreateThread(nullptr, 0, logMany, logger_.get(), 0, nullptr));
         ASSERT_EQ(WaitForSingleObject(writer.Get(), 60000), WAIT_OBJECT_0);
         const DWORD took = GetTickCount() - start;
         EXPECT_TRUE(isOwn ? took >= 950 && took < 5000 : took < 900) << took;
@@ -232,25 +219,17 @@ const std::string kMutex = "ZelKit::WIN32_Logger::Mutex2";
 const std::string kSection = "ZelKit::WIN32_Logger::Mapping2";
 const std::string kGlobal = "Global\\";
 
-HANDLE MakeEvent(const std::string& name) {
-    return CreateEventA(nullptr, TRUE, FALSE, name.c_str());
-}
+using Maker = HANDLE (*)(const char* name);
+const Maker kMakeEvent = [](const char* name) { return CreateEventA(nullptr, TRUE, FALSE, name); };
+const Maker kMakeMutex = [](const char* name) { return CreateMutexA(nullptr, FALSE, name); };
 
-HANDLE MakeMutex(const std::string& name) {
-    return CreateMutexA(nullptr, FALSE, name.c_str());
-}
-
-HANDLE MakeSmall(const std::string& name) {
-    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, 4096, name.c_str());
-}
-
-HANDLE MakeReserved(const std::string& name) {
-    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE | SEC_RESERVE, 0,
-                              RingView::kSize, name.c_str());
+template <DWORD protection, DWORD size = RingView::kSize>
+HANDLE MakeSection(const char* name) {
+    return CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, protection, 0, size, name);
 }
 
 // As it should be, but nobody is let in.
-HANDLE MakeForbidden(const std::string& name) {
+HANDLE MakeForbidden(const char* name) {
     ACL nobody;
     InitializeAcl(&nobody, sizeof nobody, ACL_REVISION);
     SECURITY_DESCRIPTOR descriptor;
@@ -258,7 +237,7 @@ HANDLE MakeForbidden(const std::string& name) {
     SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE);
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
     return CreateFileMappingA(INVALID_HANDLE_VALUE, &attributes, PAGE_READWRITE, 0, RingView::kSize,
-                              name.c_str());
+                              name);
 }
 
 // Nobody may have the log open when these tests begin, so those of all obstacles leave the logging
@@ -269,35 +248,35 @@ protected:
 };
 
 TEST_F(RingChoice, IsTheNextWhereOneIsNotWhatItShouldBe) {
+    constexpr Maker kSmall = MakeSection<PAGE_READWRITE, 4096>;
     const struct {
-        const char* what;
-        HANDLE (*make)(const std::string& name);
+        Maker make;
         std::vector<std::string> names;
         DWORD ring;
     } rows[] = {
-        {"nothing", MakeEvent, {}, kMachine},
-        {"no section", MakeEvent, {kGlobal + kSection}, kSession},
-        {"no mutex", MakeEvent, {kGlobal + kMutex}, kSession},
-        {"no event", MakeMutex, {kGlobal + kEvent}, kSession},
-        {"small", MakeSmall, {kGlobal + kSection}, kSession},
-        {"reserved", MakeReserved, {kGlobal + kSection}, kSession},
-        {"forbidden", MakeForbidden, {kGlobal + kSection}, kSession},
-        {"both small", MakeSmall, {kGlobal + kSection, kSection}, kOwn},
-        {"no mutexes", MakeEvent, {kGlobal + kMutex, kMutex}, kOwn},
+        {kMakeEvent, {}, kMachine},
+        {kMakeEvent, {kGlobal + kSection}, kSession},
+        {kMakeEvent, {kGlobal + kMutex}, kSession},
+        {kMakeMutex, {kGlobal + kEvent}, kSession},
+        {kSmall, {kGlobal + kSection}, kSession},
+        {MakeSection<PAGE_READWRITE | SEC_RESERVE>, {kGlobal + kSection}, kSession},
+        {MakeForbidden, {kGlobal + kSection}, kSession},
+        {kSmall, {kGlobal + kSection, kSection}, kOwn},
+        {kMakeEvent, {kGlobal + kMutex, kMutex}, kOwn},
     };
     // What the viewer says then, in the order of the numbers above.
     const char* const shown[] = {"", "showing the log of this session",
                                  "showing the machine-wide log", "neither"};
     for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
         std::vector<UniqueHandle> obstacles;
         for (const std::string& name : row.names) {
-            obstacles.emplace_back(row.make(name));
-            ASSERT_TRUE(obstacles.back()) << row.what;
+            obstacles.emplace_back(row.make(name.c_str()));
+            ASSERT_TRUE(obstacles.back());
         }
-        EXPECT_EQ(ChildProcess::Self("name-ring").Wait(), row.ring) << row.what;
+        EXPECT_EQ(ChildProcess::Self("name-ring").Wait(), row.ring);
         auto viewer = ChildProcess::Program("..\\tools\\log_viewer.exe", "dump");
-        EXPECT_NE(viewer.ReadLine().value_or("").find(shown[row.ring]), std::string::npos)
-            << row.what;
+        EXPECT_NE(viewer.ReadLine().value_or("").find(shown[row.ring]), std::string::npos);
     }
 }
 

@@ -183,6 +183,19 @@ TEST_F(NamespaceConnectTest, CanBeClosedAndReleasedWhileResolving) {
     EXPECT_EQ(Settled(ThreadCount, idle_), idle_);
 }
 
+TEST(NetworkInfo, AsksTheSystemWhenThereIsNoServer) {
+    SocketLayerScope layer;
+    LogReader log;
+    for (const auto& servers : {std::vector<std::string>(), {"0.0.0.0"}}) {
+        EXPECT_EQ(LookUp(servers, "", "localhost", 1234 + servers.size()), "ok 127.0.0.1");
+    }
+    log.Expect("WIN32_NetworkInfo", R"(DNSLookup|3|Server = , TimeOut = 1234ms
+                                       DNSLookup|3|Server = , TimeOut = 1235ms
+                                       DNSLookup|1|Failed to find servers.
+                                       DNSLookup|3|System Call is being performed.
+                                       DNSLookup|3|Found 127.0.0.1)");
+}
+
 TEST(NetworkInfo, ReadsTheNetworkParameters) {
     WIN32_NetworkInfo network = NetworkWith({"10.0.0.1", "", "10.0.0.2"});
     EXPECT_EQ(network.DnsServers(), (std::vector<std::string>{"10.0.0.1", "10.0.0.2"}));
