@@ -16,8 +16,8 @@ struct MailPorts {
 // with the trace records that the design sets.
 void CompareMail(const MailPorts& ports);
 
-// How much memory it takes to send, or to fetch, a message, as a multiple of its size. Each needs a
-// process of its own.
+// How much memory it takes to send, or to fetch, a message, beyond what is in use while it lies in
+// its EmailData, as a multiple of its size. Each needs a process of its own.
 void MeasureSendingMemory(const MailPorts& ports);
 void MeasureFetchingMemory(const MailPorts& ports);
 

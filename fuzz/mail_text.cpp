@@ -1,6 +1,7 @@
 // Sources: ZelNet/SourceCode/mail/SmtpStates.cpp ZelNet/SourceCode/mail/PopStates.cpp
-// Sources: ZelNet/SourceCode/mail/AMIME.cpp ZelNet/SourceCode/mail/TextMark.cpp
-// Sources: ZelBase/text/Base64.cpp
+// Sources: ZelNet/SourceCode/mail/AMIME.cpp ZelNet/SourceCode/mail/MimeText.cpp
+// Sources: ZelNet/SourceCode/mail/TextMark.cpp
+// Sources: ZelBase/text/Base64.cpp ZelBase/text/TextConversion.cpp
 //
 // Any bytes as the line of a mail server and as headers and body of a message: replies are read
 // inside the line, no header makes another one, and no body can end the text before its time.

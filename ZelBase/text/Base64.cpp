@@ -11,8 +11,13 @@ constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwx
 } // namespace
 
 std::string Base64Encode(std::string_view data) {
-    std::string out;
-    out.reserve((data.size() + 2) / 3 * 4);
+    std::string out(Base64Size(data.size()), '\0');
+    Base64Encode(data, out.data());
+    return out;
+}
+
+std::size_t Base64Encode(std::string_view data, char* out) noexcept {
+    const char* const start = out;
     while (!data.empty()) {
         // Three bytes make four characters of six bits; missing bytes count as zero, and the
         // characters that come from them alone are written as padding.
@@ -22,11 +27,11 @@ std::string Base64Encode(std::string_view data) {
             bits = (bits << 8) | (i < count ? static_cast<unsigned char>(data[i]) : 0u);
         }
         for (std::size_t i = 0; i < 4; ++i) {
-            out += i <= count ? kAlphabet[(bits >> (18 - 6 * i)) & 0x3F] : '=';
+            *out++ = i <= count ? kAlphabet[(bits >> (18 - 6 * i)) & 0x3F] : '=';
         }
         data.remove_prefix(count);
     }
-    return out;
+    return static_cast<std::size_t>(out - start);
 }
 
 } // namespace ZelBase

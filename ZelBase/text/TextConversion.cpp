@@ -30,23 +30,23 @@ char ContinuationByte(char32_t codePoint, int shift) noexcept {
     return static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F));
 }
 
-// RFC 3629, section 3.
-void AppendUtf8(std::string& out, char32_t codePoint) {
-    if (codePoint < 0x80) {
-        out += static_cast<char>(codePoint);
-    } else if (codePoint < 0x800) {
-        out += static_cast<char>(0xC0 | (codePoint >> 6));
-        out += ContinuationByte(codePoint, 0);
-    } else if (codePoint < 0x10000) {
-        out += static_cast<char>(0xE0 | (codePoint >> 12));
-        out += ContinuationByte(codePoint, 6);
-        out += ContinuationByte(codePoint, 0);
-    } else {
-        out += static_cast<char>(0xF0 | (codePoint >> 18));
-        out += ContinuationByte(codePoint, 12);
-        out += ContinuationByte(codePoint, 6);
-        out += ContinuationByte(codePoint, 0);
+constexpr std::size_t kLongestSequence = 4;
+
+std::size_t SequenceSize(char32_t codePoint) noexcept {
+    return codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
+}
+
+// RFC 3629, section 3. Returns the number of bytes.
+std::size_t WriteUtf8(char32_t codePoint, char* out) noexcept {
+    constexpr unsigned kLeads[] = {0x00, 0xC0, 0xE0, 0xF0};
+    const std::size_t size = SequenceSize(codePoint);
+    int shift = 6 * static_cast<int>(size - 1);
+    *out++ = static_cast<char>(kLeads[size - 1] | (codePoint >> shift));
+    while (shift > 0) {
+        shift -= 6;
+        *out++ = ContinuationByte(codePoint, shift);
     }
+    return size;
 }
 
 char ToByte(char32_t codePoint) noexcept {
@@ -62,9 +62,26 @@ std::string Utf16ToUtf8(std::wstring_view text) {
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
-        AppendUtf8(out, TakeCodePoint(text));
+        char bytes[kLongestSequence];
+        out.append(bytes, WriteUtf8(TakeCodePoint(text), bytes));
     }
     return out;
+}
+
+std::size_t Utf8Size(std::wstring_view text) noexcept {
+    std::size_t size = 0;
+    while (!text.empty()) {
+        size += SequenceSize(TakeCodePoint(text));
+    }
+    return size;
+}
+
+std::size_t TakeUtf8(std::wstring_view& text, char* out, std::size_t room) noexcept {
+    std::size_t size = 0;
+    while (!text.empty() && size + kLongestSequence <= room) {
+        size += WriteUtf8(TakeCodePoint(text), out + size);
+    }
+    return size;
 }
 
 std::string Utf16ToBytes(std::wstring_view text) {

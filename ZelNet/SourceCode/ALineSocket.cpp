@@ -5,6 +5,7 @@
 #include "ZelBase/threads/Thread.h"
 #include "ZelNet/SourceCode/ComponentLogger.h"
 #include "ZelNet/SourceCode/LineReading.h"
+#include "ZelNet/SourceCode/SendQueue.h"
 
 #include <algorithm>
 #include <array>
@@ -50,6 +51,7 @@ public:
     std::uint32_t Receive(void* dest, std::uint32_t size);
     std::uint32_t Peek(void* dest, std::uint32_t size);
     std::uint32_t Send(const void* data, std::uint32_t size);
+    bool Send(std::unique_ptr<SendSource> source);
     std::uint32_t Available();
     std::uint32_t BytesReceived();
     std::uint32_t Unsent();
@@ -92,7 +94,7 @@ private:
     // Counts how often the socket was opened.
     unsigned life_ = 0;
     ADynaByteBuffer receiveBuffer_{kBufferSize, kBufferGrowth};
-    ADynaByteBuffer sendBuffer_{kBufferSize, kBufferGrowth};
+    SendQueue sendQueue_{kBufferSize, kBufferGrowth};
     std::array<char, kChunkSize> staging_;
     std::uint32_t bytesReceived_ = 0;
     bool lineMode_ = true;
@@ -136,7 +138,7 @@ bool ATcpNonBlockingLineSocket::InternalListener::Create(TcpNonBlockingLineSocke
             }
             ++life_;
             receiveBuffer_.Clear();
-            sendBuffer_.Clear();
+            sendQueue_.Clear();
             lineMode_ = true;
             closing_ = false;
             return true;
@@ -187,13 +189,25 @@ std::uint32_t ATcpNonBlockingLineSocket::InternalListener::Send(const void* data
     }
     return WithLock(
         [&] {
-            if (!sendBuffer_.Append(data, size)) {
+            if (!sendQueue_.Append(data, size)) {
                 return 0u;
             }
             SendData(0);
             return size;
         },
         0u);
+}
+
+bool ATcpNonBlockingLineSocket::InternalListener::Send(std::unique_ptr<SendSource> source) {
+    return WithLock(
+        [&] {
+            if (!sendQueue_.Append(std::move(source))) {
+                return false;
+            }
+            SendData(0);
+            return true;
+        },
+        false);
 }
 
 std::uint32_t ATcpNonBlockingLineSocket::InternalListener::Available() {
@@ -205,7 +219,7 @@ std::uint32_t ATcpNonBlockingLineSocket::InternalListener::BytesReceived() {
 }
 
 std::uint32_t ATcpNonBlockingLineSocket::InternalListener::Unsent() {
-    return WithLock([&] { return Count(sendBuffer_.Size()); }, 0u);
+    return WithLock([&] { return Count(sendQueue_.Size()); }, 0u);
 }
 
 void ATcpNonBlockingLineSocket::InternalListener::ClearReceiveBuffer() {
@@ -320,20 +334,20 @@ void ATcpNonBlockingLineSocket::InternalListener::SendData(int error) {
     if (closing_) {
         return;
     }
-    if (sendBuffer_.Size() == 0) {
+    if (sendQueue_.Size() == 0) {
         logger_->Log("SendData", LogLevel::kTrace,
                      "No data in the send buffer.  Passing OnSend to caller.");
         Tell(&TcpNonBlockingLineSocketListener::OnSend, error);
         return;
     }
-    while (sendBuffer_.Size() != 0 && SendChunk() && !closing_) {
+    while (sendQueue_.Size() != 0 && SendChunk() && !closing_) {
     }
 }
 
 // False when no more can be sent now.
 bool ATcpNonBlockingLineSocket::InternalListener::SendChunk() {
-    const std::size_t staged = std::min(staging_.size(), sendBuffer_.Size());
-    if (!sendBuffer_.Read(staging_.data(), staged, true)) {
+    const std::size_t staged = std::min(staging_.size(), sendQueue_.Size());
+    if (!sendQueue_.Peek(staging_.data(), staged)) {
         logger_->Log("SendData", LogLevel::kError,
                      "Could not acquire data from the send buffer.  Aborting send.");
         return false;
@@ -347,7 +361,7 @@ bool ATcpNonBlockingLineSocket::InternalListener::SendChunk() {
     }
     logger_->Log("SendData", LogLevel::kTrace, "Sent %lu bytes of data from the send queue",
                  static_cast<unsigned long>(sent));
-    if (sendBuffer_.Skip(sent) != sent) {
+    if (sendQueue_.Skip(sent) != sent) {
         logger_->Log("SendData", LogLevel::kError,
                      "Could not remove data from the send buffer that was actually sent.  "
                      "Aborting send.");
@@ -409,6 +423,10 @@ std::uint32_t ATcpNonBlockingLineSocket::Peek(void* dest, std::uint32_t size) {
 
 std::uint32_t ATcpNonBlockingLineSocket::Send(const void* data, std::uint32_t size) {
     return internal_->Send(data, size);
+}
+
+bool ATcpNonBlockingLineSocket::Send(std::unique_ptr<SendSource> source) {
+    return source && source->Remaining() > 0 && internal_->Send(std::move(source));
 }
 
 std::uint32_t ATcpNonBlockingLineSocket::Available() {

@@ -6,6 +6,7 @@
 // All operations may be called from any thread, callbacks included. The listener is called with the
 // lock of the buffers held while data is received, except for Close, which never waits for that.
 
+#include "ZelNet/SourceCode/SendSource.h"
 #include "ZelNet/SourceCode/sockets/TcpNonBlockingClientSocket.h"
 
 namespace ZelNet {
@@ -52,6 +53,9 @@ public:
     // Queues the data and starts to send it. Returns `size`; 0 for a null or empty request, and
     // without memory.
     std::uint32_t Send(const void* data, std::uint32_t size);
+    // The same for what the source gives, which is read as it is sent, on either thread, and counts
+    // as queued until then. False for a null or empty source, and without memory.
+    bool Send(std::unique_ptr<SendSource> source);
     // The number of bytes that can be received, and that were received since the object was made.
     std::uint32_t Available();
     std::uint32_t BytesReceived();

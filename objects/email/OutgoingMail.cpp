@@ -71,22 +71,22 @@ bool AddHeaders(IEmailData& emailData, AMIME& message) {
     return true;
 }
 
-void SetContent(AMIME& message, MimeContentType type, std::string body) {
+void SetContent(AMIME& message, MimeContentType type, ZelNet::WideMailText body) {
     message.SetContentType(type, kCharset);
     message.SetTransferEncoding(MimeTransferEncoding::kBase64);
-    message.SetBody(std::move(body), true);
+    message.SetBody(std::move(body));
 }
 
-void AddPart(AMIME& message, MimeContentType type, std::string body) {
+void AddPart(AMIME& message, MimeContentType type, ZelNet::WideMailText body) {
     auto part = std::make_unique<AMIME>(AMIME::Level::kPart);
     SetContent(*part, type, std::move(body));
     message.AddPart(std::move(part));
 }
 
-void SetContents(AMIME& message, std::string text, std::string html) {
-    if (html.empty()) {
+void SetContents(AMIME& message, ZelNet::WideMailText text, ZelNet::WideMailText html) {
+    if (html.text.empty()) {
         SetContent(message, MimeContentType::kPlainText, std::move(text));
-    } else if (text.empty()) {
+    } else if (text.text.empty()) {
         SetContent(message, MimeContentType::kHtml, std::move(html));
     } else {
         // Deliberate: the HTML comes first, although RFC 2046 section 5.1.4 wants the plainest
@@ -98,9 +98,15 @@ void SetContents(AMIME& message, std::string text, std::string html) {
     }
 }
 
-std::optional<std::string> ReadBody(IEmailData& emailData, Getter property) {
-    const auto body = Read(emailData, property);
-    return body ? std::optional(Utf16ToUtf8(TextOf(body->Get()))) : std::nullopt;
+// What the property gives is kept as it is until it is sent: a large body in another form as well
+// would be a lot.
+std::optional<ZelNet::WideMailText> ReadBody(IEmailData& emailData, Getter property) {
+    auto body = Read(emailData, property);
+    if (!body) {
+        return std::nullopt;
+    }
+    const auto text = TextOf(body->Get());
+    return ZelNet::WideMailText{std::make_shared<UniqueBstr>(std::move(*body)), text};
 }
 
 std::optional<std::string> ReadAddress(IEmailData& emailData, Getter property) {

@@ -76,7 +76,7 @@ HRESULT PopCtl::RetrieveMessage(long index, VARIANT_BOOL* result) {
     return Answer(result, [&] {
         return StartOperation(
             [index, timeout = timeoutSeconds_](PopSession& session, Outcome& outcome) {
-                outcome.status = session.Retrieve(index, timeout, outcome.lines);
+                outcome.status = session.Retrieve(index, timeout, outcome.text);
             },
             [this, index](Outcome& outcome) {
                 KeepMessage(outcome, index);
@@ -151,7 +151,7 @@ void PopCtl::KeepMessage(Outcome& outcome, long index) {
     }
     ComPtr<IEmailData> emailData;
     Guarded([&] {
-        emailData = MakeReceivedMail(std::move(outcome.lines));
+        emailData = MakeReceivedMail(std::move(outcome.text));
         return S_OK;
     });
     if (emailData) {

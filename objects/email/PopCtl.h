@@ -47,7 +47,7 @@ private:
     struct Outcome {
         Status status = Status::kInternalError;
         std::uint32_t count = 0;
-        std::vector<std::string> lines;
+        std::string text;
     };
     using Work = std::function<void(PopSession& session, Outcome& outcome)>;
     // Tells the script; the outcome's status has become LastError.

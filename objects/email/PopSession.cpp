@@ -60,11 +60,11 @@ PopStatus PopSession::CountMails(long timeoutSeconds, std::uint32_t& count) {
     return status;
 }
 
-PopStatus PopSession::Retrieve(int index, long timeoutSeconds, std::vector<std::string>& lines) {
+PopStatus PopSession::Retrieve(int index, long timeoutSeconds, std::string& text) {
     client_->RetrieveMessage(index);
     Notification notification;
     const PopStatus status = Finish(Await(Kind::kRetrieved, timeoutSeconds, notification));
-    lines = std::move(notification.lines);
+    text = std::move(notification.text);
     return status;
 }
 
@@ -109,12 +109,11 @@ PopStatus PopSession::Finish(PopStatus status) noexcept {
     return status;
 }
 
-void PopSession::Put(Kind kind, PopStatus status, std::uint32_t count,
-                     std::vector<std::string> lines) noexcept {
+void PopSession::Put(Kind kind, PopStatus status, std::uint32_t count, std::string text) noexcept {
     if (status == PopStatus::kTerminated) {
         loggedIn_ = false;
     }
-    notifications_.Put({kind, status, count, std::move(lines)});
+    notifications_.Put({kind, status, count, std::move(text)});
 }
 
 void PopSession::Connected(PopStatus status) {
@@ -136,8 +135,8 @@ void PopSession::MailCount(PopStatus status, std::uint32_t count, std::uint32_t 
     Put(Kind::kMailCount, status, count);
 }
 
-void PopSession::Retrieved(PopStatus status, int /*index*/, std::vector<std::string>& lines) {
-    Put(Kind::kRetrieved, status, 0, std::move(lines));
+void PopSession::Retrieved(PopStatus status, int /*index*/, std::string& text) {
+    Put(Kind::kRetrieved, status, 0, std::move(text));
 }
 
 void PopSession::Deleted(int /*index*/, PopStatus status) {

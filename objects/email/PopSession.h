@@ -14,7 +14,6 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tervane {
 
@@ -44,7 +43,7 @@ public:
     // so must whoever catches an exception out of one.
     ZelNet::PopStatus Connect(const PopSettings& settings, long timeoutSeconds);
     ZelNet::PopStatus CountMails(long timeoutSeconds, std::uint32_t& count);
-    ZelNet::PopStatus Retrieve(int index, long timeoutSeconds, std::vector<std::string>& lines);
+    ZelNet::PopStatus Retrieve(int index, long timeoutSeconds, std::string& text);
     ZelNet::PopStatus Delete(int index, long timeoutSeconds);
     // Closes the connection in any case.
     ZelNet::PopStatus Disconnect(long timeoutSeconds);
@@ -56,20 +55,19 @@ private:
         Kind kind = Kind::kConnected;
         Status status = Status::kSuccess;
         std::uint32_t count = 0;
-        std::vector<std::string> lines;
+        std::string text;
     };
 
     Status LogIn(const PopSettings& settings, long timeoutSeconds);
     Status Await(Kind kind, long timeoutSeconds, Notification& notification);
     Status Finish(Status status) noexcept;
-    void Put(Kind kind, Status status, std::uint32_t count = 0,
-             std::vector<std::string> lines = {}) noexcept;
+    void Put(Kind kind, Status status, std::uint32_t count = 0, std::string text = {}) noexcept;
 
     void Connected(Status status) override;
     void Greeted(Status status) override;
     void LoginStep(bool isPassword, Status status) override;
     void MailCount(Status status, std::uint32_t count, std::uint32_t totalSize) override;
-    void Retrieved(Status status, int index, std::vector<std::string>& lines) override;
+    void Retrieved(Status status, int index, std::string& text) override;
     void Deleted(int index, Status status) override;
     void QuitDone(Status status) override;
 

@@ -3,75 +3,101 @@
 #include "objects/Classes.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 namespace tervane {
 namespace {
 
-using Lines = std::vector<std::string>;
+// Takes the first line off `text`.
+std::string_view TakeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    return line;
+}
 
 bool IsSeparator(std::string_view line) {
-    return line.empty() || line == "\r\n" || line == "\r" || line == "\n";
+    return line.empty() || line == "\r";
 }
 
 // Mail says little about what its bytes mean without being decoded: they are taken as UTF-8 where
-// they are, and else as the characters of the same number.
-void AppendWide(std::wstring& out, std::string_view line) {
-    const std::size_t start = out.size();
+// they are, and else as the characters of the same number. Returns how many there are, at most as
+// many as bytes.
+std::size_t Widen(std::string_view line, wchar_t* out) {
     const int size = static_cast<int>(line.size());
     const int length =
-        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(), size, nullptr, 0);
-    if (length <= 0) {
-        std::transform(line.begin(), line.end(), std::back_inserter(out), [](char byte) {
-            return static_cast<wchar_t>(static_cast<unsigned char>(byte));
-        });
-        return;
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(), size, out, size);
+    if (length > 0) {
+        return static_cast<std::size_t>(length);
     }
-    out.resize(start + static_cast<std::size_t>(length));
-    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(), size, out.data() + start,
-                        length);
+    std::transform(line.begin(), line.end(), out, [](char byte) {
+        return static_cast<wchar_t>(static_cast<unsigned char>(byte));
+    });
+    return line.size();
 }
 
-// The lines' memory is given back as they are taken over.
-UniqueBstr JoinLines(Lines::iterator first, Lines::iterator last) {
-    std::size_t size = 0;
-    std::for_each(first, last, [&size](const std::string& line) { size += line.size() + 2; });
-    std::wstring body;
-    body.reserve(size);
-    for (auto line = first; line != last; ++line) {
-        if (line != first) {
-            body.append(L"\r\n");
-        }
-        AppendWide(body, *line);
-        *line = std::string();
+UniqueBstr AllocateBstr(std::size_t length) {
+    const bool fits = length <= std::numeric_limits<UINT>::max() / sizeof(wchar_t) - 2;
+    return UniqueBstr(fits ? SysAllocStringLen(nullptr, static_cast<UINT>(length)) : nullptr);
+}
+
+bool Shorten(UniqueBstr& text, std::size_t length) {
+    if (SysStringLen(text.Get()) != length) {
+        text = MakeBstr({text.Get(), length});
     }
-    return MakeBstr(body);
+    return static_cast<bool>(text);
+}
+
+// The lines, joined by CR LF, are written where they are to stay: a message may be large.
+UniqueBstr JoinLines(std::string_view lines) {
+    const auto count = static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
+    UniqueBstr joined = AllocateBstr(lines.size() + count);
+    if (!joined) {
+        return joined;
+    }
+    std::size_t length = 0;
+    while (!lines.empty()) {
+        wchar_t* const out = joined.Get() + length;
+        const std::size_t size = Widen(TakeLine(lines), out);
+        length += size;
+        if (!lines.empty()) {
+            out[size] = L'\r';
+            out[size + 1] = L'\n';
+            length += 2;
+        }
+    }
+    return Shorten(joined, length) ? std::move(joined) : UniqueBstr();
 }
 
 bool AddHeader(IEmailData& emailData, std::string_view line) {
-    std::wstring wide;
-    AppendWide(wide, line);
-    const UniqueBstr text = MakeBstr(wide);
+    UniqueBstr text = AllocateBstr(line.size());
     VARIANT_BOOL result = VARIANT_FALSE;
-    return text && SUCCEEDED(emailData.AddHeader(text.Get(), &result));
+    return text && Shorten(text, Widen(line, text.Get())) &&
+           SUCCEEDED(emailData.AddHeader(text.Get(), &result));
 }
 
 } // namespace
 
-ComPtr<IEmailData> MakeReceivedMail(std::vector<std::string> lines) {
+ComPtr<IEmailData> MakeReceivedMail(std::string text) {
     ComPtr<IEmailData> emailData;
     const ClassRow* row = FindClass(__uuidof(::EmailData));
     if (FAILED(create::EmailData(*row, nullptr, __uuidof(IEmailData),
                                  reinterpret_cast<void**>(emailData.Put())))) {
         return {};
     }
-    const auto separator = std::find_if(lines.begin(), lines.end(), IsSeparator);
-    const auto body = separator == lines.end() ? separator : separator + 1;
-    const bool complete = std::all_of(lines.begin(), separator, [&](const std::string& line) {
-        return AddHeader(*emailData.Get(), line);
-    });
-    const UniqueBstr text = JoinLines(body, lines.end());
-    if (!complete || !text || FAILED(emailData->put_TextMessage(text.Get()))) {
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const std::string_view line = TakeLine(rest);
+        if (IsSeparator(line)) {
+            break;
+        }
+        if (!AddHeader(*emailData.Get(), line)) {
+            return {};
+        }
+    }
+    const UniqueBstr body = JoinLines(rest);
+    text = std::string(); // the property keeps a copy of the body, and memory is not endless
+    if (!body || FAILED(emailData->put_TextMessage(body.Get()))) {
         return {};
     }
     return emailData;

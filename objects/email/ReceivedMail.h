@@ -8,12 +8,11 @@
 #include <TERVANELib.h>
 
 #include <string>
-#include <vector>
 
 namespace tervane {
 
-// A new EmailData with the lines up to the first empty one as headers and the others, joined by
-// CR LF, as TextMessage. Null when it cannot be made.
-ComPtr<IEmailData> MakeReceivedMail(std::vector<std::string> lines);
+// A new EmailData of a text each of whose lines ends with LF: the lines up to the first empty one
+// are the headers, the others, joined by CR LF, TextMessage. Null when it cannot be made.
+ComPtr<IEmailData> MakeReceivedMail(std::string text);
 
 } // namespace tervane

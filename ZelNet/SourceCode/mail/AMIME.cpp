@@ -1,7 +1,5 @@
 #include "ZelNet/SourceCode/mail/AMIME.h"
 
-#include "ZelBase/text/Base64.h"
-
 #include <algorithm>
 
 namespace ZelNet {
@@ -77,7 +75,19 @@ void AMIME::SetTransferEncoding(MimeTransferEncoding encoding) {
 }
 
 void AMIME::SetBody(std::string body, bool encode) {
-    body_ = encode ? ZelBase::Base64Encode(body) : std::move(body);
+    auto text = std::make_shared<MimeText>();
+    if (encode) {
+        text->AppendEncoded(std::move(body));
+    } else {
+        text->Append(std::move(body));
+    }
+    body_ = std::move(text);
+}
+
+void AMIME::SetBody(WideMailText body) {
+    auto text = std::make_shared<MimeText>();
+    text->AppendEncoded(std::move(body));
+    body_ = std::move(text);
 }
 
 void AMIME::SetMultipart(MimeMultipartMode mode) {
@@ -109,32 +119,41 @@ std::string AMIME::HeaderBlock() const {
     return out;
 }
 
-std::string& AMIME::Body() {
-    if (!parts_.empty()) {
-        ComposeParts();
-    }
+std::string AMIME::Body() {
+    return Composed().All();
+}
+
+std::shared_ptr<const MimeText> AMIME::TextToSend() {
+    Composed().DoubleLoneDots();
     return body_;
 }
 
-// Moves the parts into the body, RFC 2046 section 5.1.1: a delimiter stands at the beginning of a
-// line, and the line end before it belongs to it, not to the part.
-void AMIME::ComposeParts() {
-    std::vector<std::string> headerBlocks;
-    std::size_t size = 2 * MIME_BOUNDARY.size();
+// Moves the parts, if there are any, into the body, RFC 2046 section 5.1.1: a delimiter stands at
+// the beginning of a line, and the line end before it belongs to it, not to the part.
+MimeText& AMIME::Composed() {
+    if (parts_.empty()) {
+        return *body_;
+    }
+    // What needs memory comes first, as far as it can: a part whose text has been moved is lost.
+    std::vector<std::string> starts;
     for (const auto& part : parts_) {
-        headerBlocks.push_back(part->HeaderBlock());
-        size += MIME_BOUNDARY.size() + headerBlocks.back().size() + part->Body().size() + 8;
+        std::string& start = starts.emplace_back(starts.empty() ? "" : kLineEnd);
+        AppendLine(start, "--", MIME_BOUNDARY);
+        start.append(part->HeaderBlock());
+        part->Composed();
     }
-    body_.clear();
-    body_.reserve(size);
+    std::string end(kLineEnd);
+    end.append("--").append(MIME_BOUNDARY).append("--");
+    auto text = std::make_shared<MimeText>();
+    text->ReservePieces(2 * parts_.size() + 1);
     for (std::size_t i = 0; i < parts_.size(); ++i) {
-        AppendLine(body_, "--", MIME_BOUNDARY);
-        body_.append(headerBlocks[i]);
-        AppendLine(body_, parts_[i]->Body(), {});
-        parts_[i].reset();
+        text->Append(std::move(starts[i]));
+        text->Append(std::move(*parts_[i]->body_));
     }
+    text->Append(std::move(end));
     parts_.clear();
-    body_.append("--").append(MIME_BOUNDARY).append("--");
+    body_ = std::move(text);
+    return *body_;
 }
 
 } // namespace ZelNet

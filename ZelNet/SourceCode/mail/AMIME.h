@@ -8,6 +8,8 @@
 // semicolon without a blank and without quotes, and an encoded body is one line however long
 // (section 6.8 has lines of 76).
 
+#include "ZelNet/SourceCode/mail/MimeText.h"
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -61,6 +63,8 @@ public:
     void SetExtraHeaders(std::string_view lines) { extraHeaders_ = lines; }
     // The body as it stands, or its base64 text. The transfer encoding is the caller's to set.
     void SetBody(std::string body, bool encode);
+    // The base64 text of the body's UTF-8 form.
+    void SetBody(WideMailText body);
     // Makes this a multipart message, whose body is composed of its parts.
     void SetMultipart(MimeMultipartMode mode);
     // Appends a part; it must be one of Level::kPart.
@@ -68,15 +72,18 @@ public:
 
     // The message's own header lines, then those that describe the content, then the empty line.
     std::string HeaderBlock() const;
-    // The body as it is sent. Senders may change it in place.
-    std::string& Body();
+    // The body as it is sent: the dot of each lone dot between other lines is doubled in it for
+    // good (see DoubleLoneDots). Whoever reads it may outlive this message.
+    std::shared_ptr<const MimeText> TextToSend();
+    // The body as one text, as it is now.
+    std::string Body();
 
 protected:
     // What an empty content type stands for.
     virtual std::string_view DefaultContentType() const { return "text/plain"; }
 
 private:
-    void ComposeParts();
+    MimeText& Composed();
 
     std::vector<std::pair<std::string, std::string>> headers_;
     // Whether the last header that has a name was dropped.
@@ -86,7 +93,7 @@ private:
     std::string description_;
     std::string contentId_;
     std::string extraHeaders_;
-    std::string body_;
+    std::shared_ptr<MimeText> body_ = std::make_shared<MimeText>();
     std::vector<std::unique_ptr<AMIME>> parts_;
     bool isTopLevel_;
 };

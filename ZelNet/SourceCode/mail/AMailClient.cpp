@@ -15,6 +15,10 @@ constexpr std::uint32_t kPatienceMs = 250;
 // The beginning of a line that is never too long.
 constexpr std::uint32_t kShortLine = 1 << 16;
 
+bool Send(ATcpNonBlockingLineSocket& socket, std::unique_ptr<SendSource> source) {
+    return !source || source->Remaining() == 0 || socket.Send(std::move(source));
+}
+
 bool Send(ATcpNonBlockingLineSocket& socket, std::string_view data) {
     const auto size = static_cast<std::uint32_t>(data.size());
     return size == 0 || socket.Send(data.data(), size) == size;
@@ -108,7 +112,8 @@ void AMailClient::Fail(const char* reason, Consequences& consequences) noexcept 
     logger_->Log("React", LogLevel::kError, "%s", reason);
     consequences.command.Clear();
     consequences.header.clear();
-    consequences.body = consequences.end = {};
+    consequences.body.reset();
+    consequences.end = {};
     consequences.noticeCount = 0;
     HandleFailure(consequences);
     consequences.close = true;
@@ -235,7 +240,7 @@ void AMailClient::SendAndTell(Consequences& consequences, ATcpNonBlockingLineSoc
     // A command that cannot be sent whole ends the connection: the server would take what comes
     // next for the rest of it.
     if (!Send(socket, consequences.command.Text()) || !Send(socket, consequences.header) ||
-        !Send(socket, consequences.body) || !Send(socket, consequences.end)) {
+        !Send(socket, std::move(consequences.body)) || !Send(socket, consequences.end)) {
         consequences.close = true;
     }
     consequences.command.Clear();

@@ -23,7 +23,6 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <vector>
 
 namespace ZelNet {
 
@@ -64,15 +63,15 @@ protected:
 
         void Add(Notice notice) noexcept { notices[noticeCount++] = notice; }
 
-        // Sent together; the two views must stay valid until the next notification.
+        // Sent one after another; the view must stay valid until then.
         ZelBase::SecretText command;
         std::string header;
-        std::string_view body;
+        std::unique_ptr<SendSource> body;
         std::string_view end;
-        // No step has more of them. They may point to `lines`.
+        // No step has more of them. They may point to `text`.
         std::array<Notice, 2> notices;
         std::size_t noticeCount = 0;
-        std::vector<std::string> lines;
+        std::string text;
         bool close = false;
     };
 

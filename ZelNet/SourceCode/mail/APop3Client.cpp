@@ -13,7 +13,7 @@ using ZelBase::MutexLock;
 // RFC 1939 section 3 knows status lines of 512 bytes; some servers are more talkative.
 constexpr std::uint32_t kLongestStatusLine = 1 << 20;
 constexpr std::uint32_t kHighestPort = 65535;
-// What it takes to keep a line, besides its text.
+// What a line counts besides its text: whoever splits the message may need that much for each.
 constexpr std::size_t kLineOverhead = sizeof(std::string);
 
 } // namespace
@@ -173,7 +173,7 @@ void APop3Client::HandleStatusLine(const PopReplyRule& rule, const std::string& 
     }
     state_ = rule.next;
     if (state_ == PopClientState::kReceiveMessage) {
-        messageLines_.clear();
+        messageText_.clear();
         messageSize_ = 0;
         receiving_ = true;
         return; // the message is still to come
@@ -189,7 +189,7 @@ bool APop3Client::AddTextLine(const std::string& line) {
     }
     // Lines that begin with a dot keep the one that the server has put before it, unlike in RFC
     // 1939 section 3: deliberate, scripts get what was received.
-    messageLines_.push_back(line);
+    messageText_.append(line).push_back('\n');
     messageSize_ += static_cast<std::uint32_t>(kLineOverhead + line.size());
     return messageSize_ <= kLongestMessage;
 }
@@ -225,9 +225,9 @@ void APop3Client::Notify(PopNotification notification, PopStatus status, Consequ
             listener->MailCount(status, listing.count, listing.totalSize);
         }));
     case PopNotification::kRetrieved:
-        consequences.lines = std::exchange(messageLines_, {});
-        return consequences.Add(Notice([=, index = index_, lines = &consequences.lines] {
-            listener->Retrieved(status, index, *lines);
+        consequences.text = std::exchange(messageText_, {});
+        return consequences.Add(Notice([=, index = index_, text = &consequences.text] {
+            listener->Retrieved(status, index, *text);
         }));
     case PopNotification::kDeleted:
         return consequences.Add(Notice([=, index = index_] { listener->Deleted(index, status); }));
@@ -239,7 +239,7 @@ void APop3Client::Notify(PopNotification notification, PopStatus status, Consequ
 // An idle connection that closes has ended itself: Connected tells so.
 void APop3Client::HandleClose(Consequences& consequences) noexcept {
     receiving_ = false;
-    messageLines_.clear(); // a message that has not come whole is none
+    messageText_.clear(); // a message that has not come whole is none
     const PopReplyRule* rule = FindPopRuleUnderWay(state_);
     const PopStatus status =
         state_ == PopClientState::kClosed ? PopStatus::kConnectError : PopStatus::kTerminated;
@@ -250,7 +250,7 @@ void APop3Client::HandleClose(Consequences& consequences) noexcept {
 
 void APop3Client::HandleFailure(Consequences& consequences) noexcept {
     receiving_ = false;
-    messageLines_.clear();
+    messageText_.clear();
     if (const PopReplyRule* rule = FindPopRuleUnderWay(state_)) {
         Notify(rule->notification, rule->refusal, consequences);
     }

@@ -15,7 +15,6 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace ZelNet {
 
@@ -30,9 +29,9 @@ public:
     virtual void LoginStep(bool isPassword, PopStatus status) = 0;
     // Number of messages and their total size in bytes, 0 on failure.
     virtual void MailCount(PopStatus status, std::uint32_t count, std::uint32_t totalSize) = 0;
-    // The message's lines without their ends, as they were received: those that begin with a dot
-    // have one more. The listener may take them; there are none on failure.
-    virtual void Retrieved(PopStatus status, int index, std::vector<std::string>& lines) = 0;
+    // The message as it was received, each line with LF in place of its end: those that begin with
+    // a dot have one more. The listener may take the text; it is empty on failure.
+    virtual void Retrieved(PopStatus status, int index, std::string& text) = 0;
     virtual void Deleted(int index, PopStatus status) = 0;
     virtual void QuitDone(PopStatus status) = 0;
 
@@ -107,7 +106,7 @@ private:
     // A message is being received: the state says so too. Until that ends, the message and what its
     // lines take are the event thread's, which alone sets this and takes it back.
     std::atomic<bool> receiving_ = false;
-    std::vector<std::string> messageLines_;
+    std::string messageText_;
     std::uint32_t messageSize_ = 0;
     // Set from Connect until the connection has closed.
     Pop3ClientListener* listener_ ZELBASE_GUARDED_BY(mutex_) = nullptr;

@@ -309,8 +309,7 @@ void ASmtpClient::ComposeText(Consequences& consequences) {
     AMIME& message = message_ ? *message_ : *ownMessage_;
     consequences.header = message.HeaderBlock();
     DoubleLoneDots(consequences.header, true);
-    DoubleLoneDots(message.Body(), false);
-    consequences.body = message.Body();
+    consequences.body = MimeText::Read(message.TextToSend());
 }
 
 std::uint32_t ASmtpClient::LongestLine() const {

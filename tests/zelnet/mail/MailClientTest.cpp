@@ -35,11 +35,8 @@ public:
     void MailCount(PopStatus status, std::uint32_t count, std::uint32_t totalSize) override {
         Note("count=" + std::to_string(count) + "/" + std::to_string(totalSize), status);
     }
-    void Retrieved(PopStatus status, int index, std::vector<std::string>& lines) override {
-        std::string text;
-        for (const std::string& line : lines) {
-            text += line + "|";
-        }
+    void Retrieved(PopStatus status, int index, std::string& text) override {
+        std::replace(text.begin(), text.end(), '\n', '|');
         Note("retrieved" + std::to_string(index) + "=" + text, status);
     }
     void Deleted(int index, PopStatus status) override {

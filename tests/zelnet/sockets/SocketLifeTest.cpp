@@ -306,7 +306,9 @@ TEST(SocketLayer, SurvivesManySocketsAtOnce) {
     const unsigned handles = HandleCount();
     OpenAndReleaseOnManyThreads(port);
     EXPECT_LE(Settled(ThreadCount, idle), idle);
-    EXPECT_LE(Settled(HandleCount, handles), handles);
+    // The thread that ended last is still there, and has a lock for each slot that it ever used.
+    const unsigned settled = handles + WIN32_SocketEventThread::kSlots - 1;
+    EXPECT_LE(Settled(HandleCount, settled), settled);
 }
 
 } // namespace
