@@ -138,7 +138,11 @@ char Drives::SystemLetter() const noexcept {
 }
 
 UINT Drives::TypeOf(char letter) const noexcept {
-    return api_.getDriveType(RootPath(letter).Get());
+    UINT& type = types_[static_cast<size_t>(letter - 'A')];
+    if (type == kNotAsked) {
+        type = api_.getDriveType(RootPath(letter).Get());
+    }
+    return type;
 }
 
 bool Drives::IsFirstRemovable(char letter) const noexcept {

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -87,11 +88,13 @@ struct DriveSpace {
     std::uint64_t free = 0;
 };
 
-// Letters are capitals. All functions may be called on any thread; one that asks a drive about its
-// space waits as long as the drive does.
+// Letters are capitals. What type a drive has is asked once. One thread at a time; a function that
+// asks a drive about its space waits as long as the drive does.
 class Drives {
 public:
-    explicit Drives(const DriveApi& api = DriveApi::System()) noexcept : api_(api) {}
+    explicit Drives(const DriveApi& api = DriveApi::System()) noexcept : api_(api) {
+        types_.fill(kNotAsked);
+    }
 
     DriveClass ClassOf(char letter) const noexcept;
     DriveSpace SpaceOf(char letter) const noexcept;
@@ -104,7 +107,10 @@ private:
     UINT TypeOf(char letter) const noexcept;
     bool IsFirstRemovable(char letter) const noexcept;
 
+    static constexpr UINT kNotAsked = ~0u;
+
     const DriveApi& api_;
+    mutable std::array<UINT, 'Z' - 'A' + 1> types_;
 };
 
 // The figures of the drives in a snapshot.

@@ -7,6 +7,7 @@
 
 #include <setupapi.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <unordered_set>
@@ -93,15 +94,22 @@ public:
         const bool isTold = api_.getInstanceId(list_, &device_, text, sizeof(text) - 1, nullptr);
         return isTold ? FromNarrow(text) : std::wstring();
     }
-    // Empty when there is no such property.
+    // Empty when there is no such property. One question is enough for most.
     std::vector<char> Property(DWORD property) {
+        std::vector<char> bytes(kUsualProperty);
         DWORD size = 0;
-        api_.getProperty(list_, &device_, property, nullptr, nullptr, 0, &size);
-        std::vector<char> bytes(size);
-        const bool isTold =
-            size != 0 && api_.getProperty(list_, &device_, property, nullptr,
-                                          reinterpret_cast<BYTE*>(bytes.data()), size, nullptr);
-        return isTold ? bytes : std::vector<char>();
+        const auto ask = [&] {
+            return api_.getProperty(list_, &device_, property, nullptr,
+                                    reinterpret_cast<BYTE*>(bytes.data()),
+                                    static_cast<DWORD>(bytes.size()), &size) != FALSE;
+        };
+        bool isTold = ask();
+        if (!isTold && size > bytes.size()) {
+            bytes.resize(size);
+            isTold = ask();
+        }
+        bytes.resize(isTold ? std::min<size_t>(size, bytes.size()) : 0);
+        return bytes;
     }
     std::wstring Text(DWORD property) {
         const std::vector<char> bytes = Property(property);
@@ -130,6 +138,8 @@ public:
     }
 
 private:
+    static constexpr size_t kUsualProperty = 256; // bytes
+
     const SetupApi& api_;
     HDEVINFO list_;
     SP_DEVINFO_DATA device_ = {};
@@ -152,18 +162,25 @@ NetworkDevices NetworkDevices::Read(const DeviceApi& deviceApi) {
     if (!api.IsComplete()) {
         return found;
     }
-    const std::unordered_set<std::wstring> present = PresentInstances(api);
+    // The list of those that are present costs as much as the list of all.
+    bool isStateMissing = false;
     for (DeviceList devices(api, 0); devices.MoveNext();) {
         NetworkDevice device;
         device.instance = devices.Instance();
         device.description = devices.Text(SPDRP_DEVICEDESC);
         device.service = devices.Text(SPDRP_SERVICE);
         device.configFlags = devices.Number(SPDRP_CONFIGFLAGS);
-        device.isPresent = present.contains(device.instance);
         device.state = devices.State();
+        isStateMissing = isStateMissing || !device.state;
         found.byDriverKey_.try_emplace(LowerAscii(devices.Text(SPDRP_DRIVER)), std::move(device));
     }
     found.byDriverKey_.erase(L"");
+    if (isStateMissing) {
+        const std::unordered_set<std::wstring> present = PresentInstances(api);
+        for (auto& [key, device] : found.byDriverKey_) {
+            device.isPresent = present.contains(device.instance);
+        }
+    }
     return found;
 }
 

@@ -43,10 +43,10 @@ struct NetworkDevice {
     std::wstring service;
     // CONFIGFLAG_ constants of the registry.
     DWORD configFlags = 0;
-    // Whether the device is plugged in, as far as the installation can tell.
-    bool isPresent = false;
     // Nothing where the system cannot be asked or does not know the device.
     std::optional<DeviceState> state;
+    // Whether a device without a state is plugged in, as far as the installation can tell.
+    bool isPresent = false;
 };
 
 class NetworkDevices {

@@ -17,8 +17,13 @@ namespace {
 
 // The names of devices in a "Bind" value, without "\Device\" and in lower case.
 std::vector<std::wstring> ReadBind(const RegistryKey& linkage) {
-    std::optional<std::vector<std::wstring>> list = linkage.ReadTexts(L"Bind");
-    std::vector<std::wstring> devices = list ? std::move(*list) : ReadList(linkage, L"Bind");
+    const std::optional<RegistryValue> bind = linkage.ReadSetting(L"Bind");
+    std::vector<std::wstring> devices;
+    if (auto texts = bind ? bind->Texts() : std::nullopt) {
+        devices = std::move(*texts);
+    } else if (const auto text = bind ? bind->Text() : std::nullopt) {
+        devices = SplitList(*text);
+    }
     for (std::wstring& device : devices) {
         device = LowerAscii(std::wstring_view(device).substr(device.find_last_of(L'\\') + 1));
     }
@@ -194,7 +199,8 @@ private:
             adapter.serviceName = ReadTextOr(card, L"ServiceName");
             adapter.cookie =
                 adapter.serviceName.empty() ? L"NetworkCards\\" + name : adapter.serviceName;
-            adapter.name = ReadTextOr(card, L"Description", ReadTextOr(card, L"Title"));
+            adapter.name = ReadTextOr(card, L"Description");
+            adapter.name = adapter.name.empty() ? ReadTextOr(card, L"Title") : adapter.name;
             const auto entry = byInstance_.find(LowerAscii(adapter.serviceName));
             const bool isKnown = !adapter.serviceName.empty() && entry != byInstance_.end();
             Add(std::move(adapter), isKnown ? entry->second : nullptr);
