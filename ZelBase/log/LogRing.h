@@ -1,9 +1,10 @@
 #pragma once
 
-// A log ring: a section with the records, a mutex around it and an event that is pulsed for each
-// record. Whoever opens it first makes it; it lives as long as anyone holds it open. What lies in
-// the section was written by other processes, some of which may have died half-way, and the objects
-// themselves may have been made by anybody: nothing is trusted further than that it is memory.
+// A log ring: a section with the records, a mutex around it and an event that is pulsed for
+// records that have come. Whoever opens it first makes it; it lives as long as anyone holds it
+// open. What lies in the section was written by other processes, some of which may have died
+// half-way, and the objects themselves may have been made by anybody: nothing is trusted further
+// than that it is memory.
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/log/LogLayout.h"

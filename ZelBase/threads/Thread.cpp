@@ -187,7 +187,7 @@ WIN32_Thread::StartResult WIN32_Thread::Start() {
     ResetEvent(terminateEvent_.Get());
     eventsSet_ = false;
     running_ = true;
-    finished_ = suspended_ = false;
+    finished_ = suspended_ = wasSuspended_ = false;
     phase_ = Phase::kStarting;
     *thread = ModulePin::StartThread(&ThreadWrapper, this, &threadId_);
     if (!*thread) {
@@ -234,7 +234,7 @@ std::uint32_t WIN32_Thread::RunRoutine() {
 bool WIN32_Thread::Suspend() {
     {
         GuardObject guard(this);
-        suspended_ = true;
+        suspended_ = wasSuspended_ = true;
         if (!IsCaller()) {
             if (thread_) {
                 SuspendThread(thread_->Get());
@@ -279,7 +279,7 @@ WIN32_Thread::Run WIN32_Thread::RequestTermination(bool hard, bool isTraced) {
     GuardObject guard(this);
     terminateRequested_ = true;
     // Whoever has ended may be told so several times.
-    if (thread_ && (!finished_ || suspended_)) {
+    if (thread_ && (!finished_ || wasSuspended_)) {
         ResumeFully(thread_->Get());
     }
     suspended_ = false;

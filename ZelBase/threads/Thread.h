@@ -124,6 +124,8 @@ protected:
     Function function_;
     bool terminateRequested_ ZELBASE_GUARDED_BY(this) = false;
     bool suspended_ ZELBASE_GUARDED_BY(this) = false;
+    // In this run, so that it may still be halted at its last steps.
+    bool wasSuspended_ ZELBASE_GUARDED_BY(this) = false;
     std::uint32_t argument_ = 0;
     bool running_ ZELBASE_GUARDED_BY(this) = false;
     bool finished_ ZELBASE_GUARDED_BY(this) = false;

@@ -275,7 +275,7 @@ bool ATcpNonBlockingLineSocket::InternalListener::ReceiveChunk(int error) {
     bytesReceived_ += size;
     const bool isKept = receiveBuffer_.Append(chunk, size);
     const char* const lineEnd =
-        isKept && lineMode_ ? std::find(chunk, chunk + size, '\n') : chunk + size;
+        isKept && lineMode_ && !IsOver(life) ? std::find(chunk, chunk + size, '\n') : chunk + size;
     TraceChunk(chunk, size, lineEnd);
     if (!isKept) {
         logger_->Log("ReceiveData", LogLevel::kError, "Out of memory. Closing the socket.");

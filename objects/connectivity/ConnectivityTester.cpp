@@ -76,10 +76,14 @@ HRESULT ConnectivityTester::StartTest(std::function<bool()> test,
 
 std::shared_ptr<const ZelNet::IpHelper> ConnectivityTester::KeptIpHelper() {
     const ZelBase::LocalMutexLock lock(mutex_);
-    if (!ipHelper_) {
-        ipHelper_ = ZelNet::IpHelper::Load();
+    if (ipHelper_) {
+        return ipHelper_;
     }
-    return ipHelper_;
+    const std::shared_ptr<const ZelNet::IpHelper> loaded = ZelNet::IpHelper::Load();
+    if (loaded->IsAvailable()) { // what could not be loaded may be the next time
+        ipHelper_ = loaded;
+    }
+    return loaded;
 }
 
 HRESULT ConnectivityTester::Fire_OnDNSLookupComplete(bool success) const {

@@ -64,27 +64,33 @@ void AMailClient::OnReceiveLine(void* context, int error) {
 }
 
 void AMailClient::TakeTextLine(void* context, int error) noexcept {
+    auto& socket = *static_cast<ATcpNonBlockingLineSocket*>(context);
     Step step = &AMailClient::ReactToTextEnd;
+    bool isComplete = true;
     try {
         std::string line;
-        static_cast<ATcpNonBlockingLineSocket*>(context)->ReceiveLine(line);
+        socket.ReceiveLine(line);
         if (AddTextLine(line)) {
             return;
         }
     } catch (...) {
         step = &AMailClient::ReactToTextFailure;
+        isComplete = false;
     }
-    React(step, context, error);
+    if (!React(step, context, error) && !isComplete) {
+        Close(socket); // the lines that follow must not pass for the whole
+    }
 }
 
-// Takes `step` with the mutex held and then carries out what it leads to.
-void AMailClient::React(Step step, void* context, int error) noexcept {
+// Takes `step` with the mutex held and then carries out what it leads to. False, and nothing done,
+// when the mutex is held for too long.
+bool AMailClient::React(Step step, void* context, int error) noexcept {
     auto& socket = *static_cast<ATcpNonBlockingLineSocket*>(context);
     Consequences consequences;
     try {
         if (!mutex_.Lock(kPatienceMs, nullptr)) {
             logger_->Log("React", LogLevel::kWarning, "Notification dropped.");
-            return;
+            return false;
         }
         ZelBase::MutexReleaser releaser(mutex_);
         Take(step, &socket, error, consequences);
@@ -94,6 +100,7 @@ void AMailClient::React(Step step, void* context, int error) noexcept {
         consequences.close = true;
     }
     CarryOut(consequences, socket);
+    return true;
 }
 
 void AMailClient::Take(Step step, ATcpNonBlockingLineSocket* socket, int error,

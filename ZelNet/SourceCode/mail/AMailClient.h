@@ -124,7 +124,7 @@ private:
         ZELBASE_EXCLUDES(mutex_);
     void CarryOut(Consequences& consequences, ATcpNonBlockingLineSocket& socket) noexcept;
     static void SendAndTell(Consequences& consequences, ATcpNonBlockingLineSocket& socket);
-    void React(Step step, void* context, int error) noexcept;
+    bool React(Step step, void* context, int error) noexcept;
     void TakeTextLine(void* context, int error) noexcept;
     void Take(Step step, ATcpNonBlockingLineSocket* socket, int error,
               Consequences& consequences) noexcept ZELBASE_REQUIRES(mutex_);

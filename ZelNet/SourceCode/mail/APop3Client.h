@@ -104,7 +104,8 @@ private:
     PopClientState state_ ZELBASE_GUARDED_BY(mutex_) = PopClientState::kClosed;
     int index_ ZELBASE_GUARDED_BY(mutex_) = 0;
     // A message is being received: the state says so too. Until that ends, the message and what its
-    // lines take are the event thread's, which alone sets this and takes it back.
+    // lines take are the event thread's, which alone sets this; a failure before that only says
+    // again that there is none.
     std::atomic<bool> receiving_ = false;
     std::string messageText_;
     std::uint32_t messageSize_ = 0;

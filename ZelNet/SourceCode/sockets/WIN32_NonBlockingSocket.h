@@ -4,7 +4,8 @@
 // and the passage of that thread's events to the user's listener.
 //
 // Locks and lifetime:
-// 1. The mutex guards all fields. It is never held while the listener is called, while posting to
+// 1. The mutex guards all fields but those that rule 6 and its readers need, which are atomic; they
+//    change with it held. It is never held while the listener is called, while posting to
 //    the slot or while leaving it, so it comes last in the order slot, user's locks, mutex.
 // 2. From its opening to its close a socket has one life. A listener may close the socket and open
 //    it again, so deliveries of several lives can run at once, each life on its own event thread.

@@ -228,7 +228,6 @@ bool WIN32_SocketEventThread::FillSlot(
     slot.event = std::move(event);
     slot.socket = socket;
     slot.id = ++lastPlaceId;
-    slot.waitedFor = slot.event.Get();
     slot.inUse = true;
     place = {shared_from_this(), index, slot.id, slot.event.Get()};
     const std::size_t count = ++socketCount_;
@@ -236,6 +235,8 @@ bool WIN32_SocketEventThread::FillSlot(
                  "Adding socket #%d from listener: %lu with event: %lu to thread: %0x count: %lu",
                  static_cast<int>(index), LogNumber(listener.get()), LogNumber(slot.event.Get()),
                  LogName(), static_cast<unsigned long>(count));
+    // Last: the loop looks without the lock, and tells of the socket.
+    slot.waitedFor = slot.event.Get();
     SetEvent(changeEvent_.Get());
     return true;
 }
@@ -278,11 +279,11 @@ bool WIN32_SocketEventThread::Vacate(Slot& slot, const SocketPlace& place,
     if (!slot.inUse || slot.id != place.id) {
         return false;
     }
+    slot.waitedFor = nullptr; // first: the loop tells of the socket no more
     logger_->Log("RemoveSocket", LogLevel::kTrace,
                  "removing socket #%d from listener: %lu with event: %lu from thread: %0x",
                  static_cast<int>(place.slot), LogNumber(slot.listener.get()),
                  LogNumber(slot.event.Get()), LogName());
-    slot.waitedFor = nullptr;
     {
         CriticalSectionLock guard(removedEventsLock_);
         removedEvents_.push_back(std::move(slot.event));
@@ -386,6 +387,7 @@ void WIN32_SocketEventThread::BuildWaitList(WaitList& list) {
     list.Add(stopEvent_.Get());
     list.Add(changeEvent_.Get());
     LogTexts texts;
+    static_assert(LogTexts::kMost > kSlots);
     for (std::size_t index = 0; index < slotsMade_; ++index) {
         Slot& slot = *slots_[index];
         if (const WSAEVENT event = slot.waitedFor) {
