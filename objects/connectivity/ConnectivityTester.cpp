@@ -79,7 +79,7 @@ std::shared_ptr<const ZelNet::IpHelper> ConnectivityTester::KeptIpHelper() {
     if (ipHelper_) {
         return ipHelper_;
     }
-    const std::shared_ptr<const ZelNet::IpHelper> loaded = ZelNet::IpHelper::Load();
+    std::shared_ptr<const ZelNet::IpHelper> loaded = ZelNet::IpHelper::Load();
     if (loaded->IsAvailable()) { // what could not be loaded may be the next time
         ipHelper_ = loaded;
     }
