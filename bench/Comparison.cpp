@@ -34,6 +34,14 @@ double Median(std::vector<double> times) {
 
 } // namespace
 
+void PrintRow(const Row& row) {
+    const char* goalOf = row.mostRatio >= 0 ? "ratio" : row.most >= 0 ? "ours" : "-";
+    std::printf("row\t%s\t%.3f\t%.3f\t%.*s\t%s\t%g\n", row.what.c_str(), row.ours, row.theirs,
+                static_cast<int>(row.unit.size()), row.unit.data(), goalOf,
+                row.mostRatio >= 0 ? row.mostRatio : row.most);
+    std::fflush(stdout);
+}
+
 double Compare(const Comparison& comparison, const std::function<void()>& ours,
                const std::function<void()>& theirs) {
     std::vector<double> oursTimes;
@@ -49,13 +57,7 @@ double Compare(const Comparison& comparison, const std::function<void()>& ours,
     }
     double mine = Median(std::move(oursTimes));
     double other = Median(std::move(theirsTimes));
-    std::printf("%-58s %10.2f us %10.2f us  ratio %5.2f", comparison.title, mine, other,
-                mine / other);
-    if (comparison.aim > 0) {
-        std::printf("  (aim %.1f)", comparison.aim);
-    }
-    std::printf("\n");
-    std::fflush(stdout);
+    PrintRow({comparison.title, mine, other, "us", comparison.mostRatio});
     return mine;
 }
 

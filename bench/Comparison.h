@@ -5,21 +5,36 @@
 // be measured, and the median turn of each side is compared.
 
 #include <functional>
+#include <string>
+#include <string_view>
 
 namespace bench {
 
+// A line of the table that scripts/steps/bench-table makes of all runs.
+struct Row {
+    std::string what;
+    double ours = 0;
+    // 0 if there is nothing to compare with.
+    double theirs = 0;
+    std::string_view unit;
+    // What the ratio, or else ours, should not exceed; a negative number if there is no such goal.
+    double mostRatio = -1;
+    double most = -1;
+};
+void PrintRow(const Row& row);
+
 struct Comparison {
     const char* title;
-    // What the ratio of ours to theirs should not exceed; 0 if there is no such aim.
-    double aim;
+    // What the ratio of ours to theirs should not exceed; a negative number if there is no such
+    // goal.
+    double mostRatio;
     // How often a side does its work in one turn.
     int repetitions;
     // Turns of each side that count; the first, which warms up, comes on top.
-    int turns = 31;
+    int turns = 9;
 };
 
-// Runs both sides and prints one line: time of each per repetition, and their ratio. Returns the
-// time of ours in microseconds.
+// Runs both sides and prints their row. Returns the time of ours in microseconds.
 double Compare(const Comparison& comparison, const std::function<void()>& ours,
                const std::function<void()>& theirs);
 

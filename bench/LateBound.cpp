@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace bench {
@@ -11,6 +12,14 @@ void Fail(std::string_view what, HRESULT result) {
                 static_cast<unsigned long>(result));
     std::fflush(stdout);
     std::_Exit(1);
+}
+
+tervane::Variant Text(std::wstring_view text) {
+    auto value = tervane::Variant::FromText(text);
+    if (!value) {
+        Fail("copying a text", E_OUTOFMEMORY);
+    }
+    return std::move(*value);
 }
 
 LateBound::LateBound(const wchar_t* progId) {

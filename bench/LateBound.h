@@ -13,6 +13,9 @@ namespace bench {
 // Ends the program with a message: a benchmark without its objects has nothing to say.
 [[noreturn]] void Fail(std::string_view what, HRESULT result);
 
+// An argument; fails the program when memory is exhausted.
+tervane::Variant Text(std::wstring_view text);
+
 class LateBound {
 public:
     // Creates the object in this apartment; fails the program if it cannot be had.

@@ -4,6 +4,7 @@
 
 #include "ZelBase/log/LogRing.h"
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
+#include "bench/Comparison.h"
 #include "bench/LateBound.h"
 #include "bench/RequestCount.h"
 #include "tests/support/TestThreads.h"
@@ -11,11 +12,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include <psapi.h>
 
@@ -25,21 +24,12 @@ namespace {
 using tervane::Variant;
 
 constexpr size_t kMegabyte = 1000000;
-// What takes long is measured once, after what is short has warmed up.
-constexpr int kTurnsOfShort = 5;
-constexpr double kShort = 6;   // seconds
 constexpr LONG kTimeout = 600; // seconds: the records of the largest message take their time
-constexpr double kAimOfFloor = 1.3;
-constexpr double kAimOfGrowth = 1.2;
-constexpr double kAimOfSendingMemory = 3;
-constexpr double kAimOfFetchingMemory = 4;
+constexpr double kMostOfFloor = 1.1;
+constexpr double kMostOfGrowth = 1.2;
+constexpr double kMostSendingMemory = 3;
+constexpr double kMostFetchingMemory = 4;
 constexpr size_t kMemoryTest = 10 * kMegabyte;
-
-Variant Text(std::wstring_view text) {
-    auto value = Variant::FromText(text);
-    Require(value.has_value(), "copying a text");
-    return std::move(*value);
-}
 
 // Objects tell the ends of their operations by messages to the thread that made them.
 void DispatchUntil(const std::function<bool()>& ended) {
@@ -138,11 +128,6 @@ double Seconds(const std::function<void()>& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-double Median(std::vector<double>& times) {
-    std::sort(times.begin(), times.end());
-    return times[times.size() / 2];
-}
-
 // The ways to do the same. What curl takes it tells itself.
 struct Ways {
     std::function<void()> ours;
@@ -150,30 +135,19 @@ struct Ways {
     std::function<double()> curl;
 };
 
-// Returns the seconds that ours takes. The ways take turns.
+// Returns the seconds that ours takes.
 double CompareWays(const std::string& title, const Ways& ways) {
     std::unique_ptr<ZelBase::LogRing> ring;
     ZelBase::LogRing::OpenShared(INFINITE, ring);
-    std::vector<double> ours, floor, silent, curl;
-    std::uint32_t records = 0;
-    do {
-        const std::uint32_t before = ring->Section().written;
-        ours.push_back(Seconds(ways.ours));
-        records = ring->Section().written - before;
-        floor.push_back(Seconds([&] { ways.bare(records); }));
-        silent.push_back(Seconds([&] { ways.bare(0); }));
-        curl.push_back(ways.curl());
-    } while (ours.front() < kShort && ours.size() < kTurnsOfShort);
-    const double mine = Median(ours);
-    const double least = Median(floor);
-    const double without = Median(silent);
-    const double theirs = Median(curl);
-    std::printf("%-12s %6.3f s : floor %6.3f s ratio %5.2f (aim %.1f) : curl %6.3f s ratio %6.2f; "
-                "of ours %u log records take %.0f %%\n",
-                title.c_str(), mine, least, mine / least, kAimOfFloor, theirs, mine / theirs,
-                records, 100 * (least - without) / mine);
-    std::fflush(stdout);
-    return mine;
+    const std::uint32_t before = ring->Section().written;
+    const double ours = Seconds(ways.ours);
+    const std::uint32_t records = ring->Section().written - before;
+    PrintRow({title + " : 512 bytes at a time, as many records", ours,
+              Seconds([&] { ways.bare(records); }), "s", kMostOfFloor});
+    PrintRow(
+        {"  " + title + " : the same without records", ours, Seconds([&] { ways.bare(0); }), "s"});
+    PrintRow({"  " + title + " : curl", ours, ways.curl(), "s"});
+    return ours;
 }
 
 void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes)>& waysFor,
@@ -187,8 +161,10 @@ void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes
             smallestTime = time;
             continue;
         }
-        std::printf("%12s %.1f times as long as %zu MB (aim %.0f)\n", "", time / smallestTime,
-                    smallest, kAimOfGrowth * static_cast<double>(size / smallest));
+        PrintRow({"  a byte of " + what + " " + std::to_string(size) + " MB : one of " +
+                      std::to_string(smallest) + " MB",
+                  1e6 * time / static_cast<double>(size),
+                  1e6 * smallestTime / static_cast<double>(smallest), "us/MB", kMostOfGrowth});
     }
 }
 
@@ -222,10 +198,9 @@ private:
     tervane::test::TestThread thread_;
 };
 
-void PrintMemory(const char* what, size_t peak, size_t inUse, double aim) {
-    const double times = 1.0 * (peak - inUse) / kMemoryTest;
-    std::printf("a message of %zu MB is %s: at most %.1f times its size in memory (aim %.0f)\n",
-                kMemoryTest / kMegabyte, what, times, aim);
+void PrintMemory(const char* what, size_t peak, size_t inUse, double most) {
+    PrintRow({std::string("memory while 10 MB are ") + what + ", over what is in use, per size",
+              1.0 * static_cast<double>(peak - inUse) / kMemoryTest, 0, "times", -1, most});
 }
 
 } // namespace
@@ -258,26 +233,26 @@ void MeasureSendingMemory(const MailPorts& ports) {
     const size_t before = MemoryInUse();
     const PeakWatch watch;
     SendMail(ports, mail);
-    PrintMemory("sent", watch.Peak(), before, kAimOfSendingMemory);
+    PrintMemory("sent", watch.Peak(), before, kMostSendingMemory);
 }
 
 void MeasureFetchingMemory(const MailPorts& ports) {
     Mailbox mailbox(ports);
     const PeakWatch watch;
     mailbox.Fetch(kMemoryTest / kMegabyte);
-    PrintMemory("fetched", watch.Peak(), MemoryInUse(), kAimOfFetchingMemory);
+    PrintMemory("fetched", watch.Peak(), MemoryInUse(), kMostFetchingMemory);
 }
 
 void CountMail(const MailPorts& ports) {
     Mailbox mailbox(ports);
     mailbox.LogOut();
-    MarkRequests("second login of a PopCtl");
+    MarkRequests({"the second login of a PopCtl", 1, -1, 0});
     mailbox.LogIn();
-    MarkRequests("");
+    MarkEndOfRequests();
     mailbox.Fetch(1);
-    MarkRequests("lines fetched by PopCtl, per 512 bytes", kMegabyte / 512);
+    MarkRequests({"512 bytes of lines fetched by PopCtl", kMegabyte / 512, 66});
     mailbox.Fetch(1);
-    MarkRequests("");
+    MarkEndOfRequests();
 }
 
 } // namespace bench

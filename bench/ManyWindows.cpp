@@ -12,6 +12,7 @@ namespace {
 
 constexpr const char* kAsk = "windows";
 constexpr std::wstring_view kTitle = L"Bench window number ";
+constexpr std::wstring_view kChildTitle = L"Bench child of window number ";
 constexpr DWORD kStartMilliseconds = 60000;
 
 std::wstring TitleOf(HWND window) {
@@ -42,6 +43,25 @@ BOOL CALLBACK FindNext(HWND window, LPARAM parameter) {
     return FALSE;
 }
 
+// The window or the first one below it with the text in its title, depth first.
+HWND FindBelow(HWND window, const std::wstring& text) {
+    if (TitleOf(window).find(text) != std::wstring::npos) {
+        return window;
+    }
+    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        if (HWND found = FindBelow(child, text)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+BOOL CALLBACK FindNextBelow(HWND window, LPARAM parameter) {
+    auto* search = reinterpret_cast<Search*>(parameter);
+    search->found = FindBelow(window, search->text);
+    return search->found == nullptr;
+}
+
 HANDLE HandleFrom(const char* text) {
     return reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(std::strtoull(text, nullptr, 10)));
 }
@@ -50,14 +70,32 @@ std::wstring TextFrom(HANDLE handle) {
     return std::to_wstring(reinterpret_cast<ULONG_PTR>(handle));
 }
 
-// Shows the windows, reports through `ready`, and answers messages until `owner` ends.
-int ShowWindows(int count, HANDLE ready, HANDLE owner) {
-    for (int i = 0; i < count; ++i) {
-        std::wstring title = std::wstring(kTitle) + std::to_wstring(i) + L".";
-        if (CreateWindowExW(0, L"STATIC", title.c_str(), WS_OVERLAPPEDWINDOW, 0, 0, 100, 100,
-                            nullptr, nullptr, nullptr, nullptr) == nullptr) {
-            return 1;
+HWND MakeWindow(const std::wstring& title, DWORD style, HWND parent) {
+    return CreateWindowExW(0, L"STATIC", title.c_str(), style, 0, 0, 100, 100, parent, nullptr,
+                           nullptr, nullptr);
+}
+
+bool MakeWindows(const Crowd& crowd) {
+    for (int i = 0; i < crowd.windows; ++i) {
+        const std::wstring number = std::to_wstring(i) + L".";
+        const HWND window = MakeWindow(crowd.haveTitles ? std::wstring(kTitle) + number : L"",
+                                       WS_OVERLAPPEDWINDOW, nullptr);
+        bool isMade = window != nullptr;
+        for (int child = 0; isMade && child < crowd.children; ++child) {
+            isMade = MakeWindow(std::wstring(kChildTitle) + number + std::to_wstring(child) + L".",
+                                WS_CHILD, window) != nullptr;
         }
+        if (!isMade) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Shows the windows, reports through `ready`, and answers messages until `owner` ends.
+int ShowWindows(const Crowd& crowd, HANDLE ready, HANDLE owner) {
+    if (!MakeWindows(crowd)) {
+        return 1;
     }
     SetEvent(ready);
     while (MsgWaitForMultipleObjects(1, &owner, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0) {
@@ -79,13 +117,14 @@ ZelBase::UniqueHandle InheritableSelf() {
 
 } // namespace
 
-ManyWindows::ManyWindows(int count) {
+ManyWindows::ManyWindows(const Crowd& crowd) : crowd_(crowd) {
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
     ZelBase::UniqueHandle ready(CreateEventW(&inheritable, TRUE, FALSE, nullptr));
     ZelBase::UniqueHandle self = InheritableSelf();
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring command = L"bench windows " + std::to_wstring(count) + L" " +
+    std::wstring command = L"bench windows " + std::to_wstring(crowd.windows) + L" " +
+                           std::to_wstring(crowd.children) + (crowd.haveTitles ? L" 1 " : L" 0 ") +
                            TextFrom(ready.Get()) + L" " + TextFrom(self.Get());
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
@@ -108,16 +147,28 @@ ManyWindows::~ManyWindows() {
     WaitForSingleObject(process_.Get(), kStartMilliseconds);
 }
 
+std::wstring ManyWindows::LastChildTitle() const {
+    return std::wstring(kChildTitle) + lastTitle_.substr(kTitle.size()) +
+           std::to_wstring(crowd_.children - 1) + L".";
+}
+
 std::optional<int> ManyWindows::RunIfAsked(int argumentCount, char** arguments) {
-    if (argumentCount != 5 || std::strcmp(arguments[1], kAsk) != 0) {
+    if (argumentCount != 7 || std::strcmp(arguments[1], kAsk) != 0) {
         return std::nullopt;
     }
-    return ShowWindows(std::atoi(arguments[2]), HandleFrom(arguments[3]), HandleFrom(arguments[4]));
+    const Crowd crowd = {std::atoi(arguments[2]), std::atoi(arguments[3]), arguments[4][0] == '1'};
+    return ShowWindows(crowd, HandleFrom(arguments[5]), HandleFrom(arguments[6]));
 }
 
 HWND FindByBareLoop(const std::wstring& text) {
     Search search = {text, nullptr};
     EnumWindows(FindNext, reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+HWND FindBelowByBareLoop(const std::wstring& text) {
+    Search search = {text, nullptr};
+    EnumWindows(FindNextBelow, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
 

@@ -127,16 +127,14 @@ void CompareDirection(const char* name, LoopbackServer::Does does, const Transfe
         const std::uint32_t records = ring->Section().written - before;
         const double bare = Seconds([&] { BareClient(does, bytes, 0); });
         const double tracing = Seconds([&] { BareClient(does, bytes, records); });
-        std::printf("%3d MB of lines %s: %6.2f s, %.0f lines/s, %.2f MB/s, %u trace records\n",
-                    megabytes, name, ours, bytes / kLine.size() / ours, megabytes / ours, records);
-        std::printf("  : bare loop of 512 bytes         %9.2f s  ratio %7.2f\n", bare, ours / bare);
-        std::printf("  : the same with as many records  %9.2f s  ratio %7.2f  (aim 1.3)\n", tracing,
-                    ours / tracing);
-        std::fflush(stdout);
+        const std::string what = std::to_string(megabytes) + " MB of lines " + name;
+        PrintRow({what + " : 512 bytes at a time, as many records", ours, tracing, "s", 1.2});
+        PrintRow({"  " + what + " : the same without records", ours, bare, "s"});
         secondsPerMegabyte[run++] = ours / megabytes;
     }
-    std::printf("  a byte of the %d MB costs %.2f times a byte of the %d MB (linear: 1)\n",
-                sizes.large, secondsPerMegabyte[1] / secondsPerMegabyte[0], sizes.small);
+    PrintRow({"  a byte of " + std::to_string(sizes.large) + " MB " + name + " : one of " +
+                  std::to_string(sizes.small) + " MB",
+              1e6 * secondsPerMegabyte[1], 1e6 * secondsPerMegabyte[0], "us/MB", 1.1});
 }
 
 } // namespace
@@ -152,9 +150,9 @@ void CompareLineSocket(const TransferSizes& sizes) {
 void CountLineSocket() {
     Require(ZelNet::InitializeSockets(), "starting the socket layer");
     LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte / 10);
-    MarkRequests("lines taken by the line socket, per 512 bytes", kMegabyte / 512);
+    MarkRequests({"512 bytes of lines taken by the line socket", kMegabyte / 512, 44});
     LineClient().Run(LoopbackServer::Does::SendLines, kMegabyte);
-    MarkRequests("");
+    MarkEndOfRequests();
     ZelNet::UninitializeSockets();
 }
 

@@ -2,19 +2,32 @@
 
 #include "ZelBase/Handles.h"
 
+#include <cstdio>
+
 namespace bench {
 namespace {
 
 // What is still done when the end of the work has been told.
 constexpr DWORD kAftermathMs = 1000;
 
+// The only trace that a request for a name leaves is its entry, whether there is the name or not.
+void Mark(const std::string& text) {
+    Sleep(kAftermathMs);
+    const ZelBase::UniqueHandle none(
+        OpenMutexA(SYNCHRONIZE, FALSE, ("TervaneBench|" + text).c_str()));
+}
+
 } // namespace
 
-// The only trace that a request for a name leaves is its entry, whether there is the name or not.
-void MarkRequests(const std::string& what, size_t units) {
-    Sleep(kAftermathMs);
-    const std::string name = "TervaneBench|" + what + "|" + std::to_string(units) + "|";
-    const ZelBase::UniqueHandle none(OpenMutexA(SYNCHRONIZE, FALSE, name.c_str()));
+void MarkRequests(const Counted& work) {
+    char numbers[100];
+    std::snprintf(numbers, sizeof numbers, "|%s|%zu|%g|%g|", work.isTheirs ? "theirs" : "ours",
+                  work.units, work.most, work.mostRings);
+    Mark(work.what + numbers);
+}
+
+void MarkEndOfRequests() {
+    Mark("");
 }
 
 } // namespace bench

@@ -8,8 +8,20 @@
 
 namespace bench {
 
-// Begins, with `what`, or ends, with the empty text, what is counted: all requests of this process
-// from here on, divided by `units`.
-void MarkRequests(const std::string& what, size_t units = 1);
+// What is counted: all requests of this process, divided by `units`.
+struct Counted {
+    std::string what;
+    size_t units = 1;
+    // What there should be at most, of requests and of openings of the log ring; a negative number
+    // if there is no such goal.
+    double most = -1;
+    double mostRings = -1;
+    // Whether this is what `what` is compared with.
+    bool isTheirs = false;
+};
+
+// From here on counts what is given, or nothing any more.
+void MarkRequests(const Counted& work);
+void MarkEndOfRequests();
 
 } // namespace bench

@@ -24,13 +24,21 @@ ServerLoad::ServerLoad(const wchar_t* progId) {
 }
 
 void ServerLoad::Run() const {
-    ZelBase::UniqueLibrary library(LoadLibraryW(library_.c_str()));
+    const ZelBase::UniqueLibrary library(LoadLibraryW(library_.c_str()));
     if (!library) {
         Fail("loading a library", HRESULT_FROM_WIN32(GetLastError()));
     }
+    Create(library.Get());
+}
+
+void ServerLoad::CreateLoaded() const {
+    Create(GetModuleHandleW(library_.c_str()));
+}
+
+void ServerLoad::Create(HMODULE library) const {
     using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
     auto getClassObject = reinterpret_cast<GetClassObject>(
-        reinterpret_cast<void*>(GetProcAddress(library.Get(), "DllGetClassObject")));
+        reinterpret_cast<void*>(GetProcAddress(library, "DllGetClassObject")));
     if (getClassObject == nullptr) {
         Fail("looking up DllGetClassObject", E_FAIL);
     }

@@ -16,10 +16,14 @@ public:
 
     // One full cycle. The library must not be in use otherwise, else this measures less.
     void Run() const;
+    // The part between loading and unloading, of a library that somebody has loaded.
+    void CreateLoaded() const;
     // Fails the program when the library is still loaded.
     void CheckUnloaded() const;
 
 private:
+    void Create(HMODULE library) const;
+
     CLSID classId_ = {};
     std::wstring library_;
 };

@@ -158,7 +158,7 @@ void AskSystem() {
 void CompareSnapshot() {
     LateBound keepLoaded(L"Ostrel.GeneralSysInfo");
     Compare(
-        {"everything of GeneralSysInfo : the bare calls", 1.5, 5},
+        {"snapshot of GeneralSysInfo : the bare calls", 1.15, 3},
         [] {
             if (LateBound(L"Ostrel.GeneralSysInfo").Get(L"OS").Text().empty()) {
                 Fail("gathering the facts of the machine", E_UNEXPECTED);

@@ -69,11 +69,13 @@ int main() {
         const Variant timeout = Variant::FromLong(5000);
         for (const wchar_t* text : {L"first.bench.example", L"second.bench.example"}) {
             const auto name = Variant::FromText(text);
-            bench::MarkRequests(text[0] == L's' ? "second DNSLookup of an object" : "");
+            if (text[0] == L's') {
+                bench::MarkRequests({"the second DNSLookup of an object", 1, 350, 0});
+            }
             tester.Call(L"DNSLookup", {&*name, &timeout});
             end.Await();
         }
-        bench::MarkRequests("");
+        bench::MarkEndOfRequests();
     }
     CoUninitialize();
 }
