@@ -3,6 +3,7 @@
 
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelNet/SourceCode/snmp/SnmpQuery.h"
+#include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -246,10 +247,11 @@ TEST_F(SnmpQueryTest, AnswersOthersWhenAThreadWasKilledInTheAgent) {
         agent.Answer(binding, Oid("1.3.6.1.2.1"), {ASN_INTEGER, 7, ""});
         return true;
     });
-    const auto ask = [this] {
+    std::atomic<std::int32_t> answer = 0;
+    const auto ask = [this, &answer] {
         std::int32_t number = 0;
         query_->GetInteger(Oid("1.3.6.1.2.1"), number);
-        return number;
+        answer = number;
     };
     const auto first = ZelBase::ModulePin::StartThread(ask);
     while (!stuck) {
@@ -259,9 +261,7 @@ TEST_F(SnmpQueryTest, AnswersOthersWhenAThreadWasKilledInTheAgent) {
     EXPECT_EQ(WaitForSingleObject(second.Get(), 100), DWORD{WAIT_TIMEOUT}); // waits for its turn
     TerminateThread(first.Get(), 1);
     EXPECT_EQ(WaitForSingleObject(second.Get(), 10000), WAIT_OBJECT_0);
-    DWORD answer = 0;
-    GetExitCodeThread(second.Get(), &answer);
-    EXPECT_EQ(answer, 7u);
+    EXPECT_EQ(answer, 7);
     TerminateThread(second.Get(), 1); // should it still wait
 }
 
@@ -278,52 +278,41 @@ TEST_F(SnmpQueryTest, FailsWithoutAnAgent) {
     EXPECT_EQ(memory_.queries, 0);
 }
 
-class RealAgentTest : public testing::Test {
-protected:
-    void SetUp() override {
-        if (!SnmpAgent::Load()) {
-            GTEST_SKIP() << "the system has no MIB-II agent";
-        }
-    }
-    static std::map<std::string, std::string> Names() {
-        std::map<std::string, std::string> names;
-        const auto query = SnmpQuery::Create();
-        const bool complete = query->Walk(Oid("1.3.6.1.2.1.2.2.1.2"), [&](const VarBind& row) {
-            names[row.oid.GetText()] = row.Octets().value_or("?");
-        });
-        EXPECT_TRUE(complete);
-        return names;
-    }
-};
-
-TEST_F(RealAgentTest, KnowsTheInterfacesAndTheLoopbackAddress) {
-    const auto query = SnmpQuery::Create();
-    std::int32_t interfaces = 0;
-    EXPECT_TRUE(query->GetInteger(Oid("1.3.6.1.2.1.2.1.0"), interfaces)); // ifNumber
-    EXPECT_EQ(static_cast<std::size_t>(interfaces), Names().size());
-    IpAddress mask;
-    EXPECT_TRUE(query->GetIpAddress(Oid("1.3.6.1.2.1.4.20.1.3.127.0.0.1"), mask));
-    EXPECT_EQ(mask.GetText(), "255.0.0.0");
-    EXPECT_FALSE(query->GetIpAddress(Oid("1.3.6.1.2.1.2.1.0"), mask)); // a number
+std::map<std::string, std::string> NamesOfInterfaces() {
+    std::map<std::string, std::string> names;
+    EXPECT_TRUE(SnmpQuery::Create()->Walk(Oid("1.3.6.1.2.1.2.2.1.2"), [&](const VarBind& row) {
+        names[row.oid.GetText()] = row.Octets().value_or("?");
+    }));
+    return names;
 }
 
-TEST_F(RealAgentTest, IsSharedByManyThreads) {
-    const auto expected = Names();
+// The system's own, loaded anew by each round unless another thread has it just then.
+TEST(RealAgent, IsSharedByManyThreads) {
+    if (!SnmpAgent::Load()) {
+        GTEST_SKIP() << "the system has no MIB-II agent";
+    }
+    const auto expected = NamesOfInterfaces();
+    {
+        const auto query = SnmpQuery::Create();
+        std::int32_t interfaces = 0;
+        EXPECT_TRUE(query->GetInteger(Oid("1.3.6.1.2.1.2.1.0"), interfaces)); // ifNumber
+        EXPECT_EQ(static_cast<std::size_t>(interfaces), expected.size());
+        IpAddress mask;
+        EXPECT_TRUE(query->GetIpAddress(Oid("1.3.6.1.2.1.4.20.1.3.127.0.0.1"), mask));
+        EXPECT_EQ(mask.GetText(), "255.0.0.0");
+    }
     std::atomic<int> alike = 0;
-    constexpr int kThreads = 8;
-    std::vector<ZelBase::UniqueHandle> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.push_back(ZelBase::ModulePin::StartThread([&] {
-            // Each round loads the agent anew, unless another thread has it just then.
-            for (int round = 0; round < 20; ++round) {
-                alike += Names() == expected;
-            }
-        }));
+    {
+        std::vector<tervane::test::TestThread> threads;
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([&] {
+                for (int round = 0; round < 20; ++round) {
+                    alike += NamesOfInterfaces() == expected;
+                }
+            });
+        }
     }
-    for (const auto& thread : threads) {
-        EXPECT_EQ(WaitForSingleObject(thread.Get(), 60000), WAIT_OBJECT_0);
-    }
-    EXPECT_EQ(alike, kThreads * 20);
+    EXPECT_EQ(alike, 8 * 20);
     EXPECT_EQ(GetModuleHandleA("INETMIB1.DLL"), nullptr); // gone with its last user
 }
 

@@ -111,8 +111,8 @@ protected:
         if (!throws) {
             first.Await(callback + ":0"); // that it has acted
         }
-        EXPECT_EQ(first.Count("close"), told);
-        EXPECT_EQ(first.Count(end), told);
+        EXPECT_EQ(first.Count("close"), told) << first.Words();
+        EXPECT_EQ(first.Count(end), told) << first.Words();
         EXPECT_LE(first.Count("line"), callback == "connect" ? 0 : callback == "line" ? 1 : 3);
         if (how == "open again") { // nothing that the first life was taking reaches the second
             second->Await(Kind::kConnects ? "close:0" : "send:0");
@@ -301,14 +301,15 @@ TEST(SocketLayer, SurvivesManySocketsAtOnce) {
     const UniqueSocket listening(socket(AF_INET, SOCK_STREAM, 0));
     const std::uint16_t port = BindToLoopback(listening.Get());
     ASSERT_EQ(listen(listening.Get(), SOMAXCONN), 0);
-    OpenAndReleaseOnManyThreads(port);
-    EXPECT_LE(Settled(ThreadCount, idle), idle);
-    const unsigned handles = HandleCount();
-    OpenAndReleaseOnManyThreads(port);
-    EXPECT_LE(Settled(ThreadCount, idle), idle);
-    // The thread that ended last is still there, and has a lock for each slot that it ever used.
-    const unsigned settled = handles + WIN32_SocketEventThread::kSlots - 1;
-    EXPECT_LE(Settled(HandleCount, settled), settled);
+    // Locks that threads wait for get handles of their own now and then, but not in every round.
+    bool grows = true;
+    for (int round = 0; round < 5 && grows; ++round) {
+        const unsigned handles = HandleCount();
+        OpenAndReleaseOnManyThreads(port);
+        EXPECT_LE(Settled(ThreadCount, idle), idle);
+        grows = Settled(HandleCount, handles) > handles;
+    }
+    EXPECT_FALSE(grows);
 }
 
 } // namespace

@@ -1,6 +1,12 @@
 #include "ZelNet/SourceCode/IpAddress.h"
 
+#define LLVMFuzzerTestOneInput CompareWithAString
+#include "fuzz/byte_buffer.cpp"
+
 #include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
 
 namespace ZelNet {
 namespace {
@@ -32,6 +38,18 @@ TEST(IpAddress, ValuesAreInNetworkOrder) {
     address.SetAddress(0xFFFFFFFFu);
     EXPECT_TRUE(address.IsValid());
     EXPECT_EQ(address.GetText(), "255.255.255.255");
+}
+
+// As the fuzzer drives it, with random operations.
+TEST(ADynaByteBuffer, BehavesAsAString) {
+    std::mt19937 random(4711);
+    for (int turn = 0; turn < 200; ++turn) {
+        std::vector<std::uint8_t> operations(2000);
+        for (std::uint8_t& byte : operations) {
+            byte = static_cast<std::uint8_t>(random() % (turn % 2 ? 16 : 256));
+        }
+        EXPECT_EQ(CompareWithAString(operations.data(), operations.size()), 0); // or it aborts
+    }
 }
 
 } // namespace
