@@ -163,8 +163,8 @@ void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes
         }
         PrintRow({"  a byte of " + what + " " + std::to_string(size) + " MB : one of " +
                       std::to_string(smallest) + " MB",
-                  1e6 * time / static_cast<double>(size),
-                  1e6 * smallestTime / static_cast<double>(smallest), "us/MB", kMostOfGrowth});
+                  1e3 * time / static_cast<double>(size),
+                  1e3 * smallestTime / static_cast<double>(smallest), "ms/MB", kMostOfGrowth});
     }
 }
 

@@ -134,7 +134,7 @@ void CompareDirection(const char* name, LoopbackServer::Does does, const Transfe
     }
     PrintRow({"  a byte of " + std::to_string(sizes.large) + " MB " + name + " : one of " +
                   std::to_string(sizes.small) + " MB",
-              1e6 * secondsPerMegabyte[1], 1e6 * secondsPerMegabyte[0], "us/MB", 1.1});
+              1e3 * secondsPerMegabyte[1], 1e3 * secondsPerMegabyte[0], "ms/MB", 1.1});
 }
 
 } // namespace
