@@ -83,11 +83,8 @@ TEST_F(AdapterInfoTest, NumbersRequestsByItselfOrAsAsked) {
     omitted.scode = DISP_E_PARAMNOTFOUND;
     ExpectAnswers(New(L"AdapterInfo").Get(),
                   {{L"GetAdapterInfo", {kLive, omitted}, std::to_wstring(first + 1)}});
-    Answers({{L"GetAdapterInfo", {kLive, 0}, std::to_wstring(first + 2)},
-             {L"GetAdapterInfo", {kLive, 1000}, std::to_wstring(first + 3)},
-             {L"GetAdapterInfo", {kLive, 999}, L"999"},
-             {L"GetAdapterInfo", {kLive, 1}, L"1"}});
-    EXPECT_TRUE(sink_.WaitFor(5, kPatience));
+    Answers({{L"GetAdapterInfo", {kLive, 999}, L"999"}});
+    EXPECT_TRUE(sink_.WaitFor(2, kPatience));
     Answers({{L"LastErrorCode", {}, L"0"}});
 }
 
@@ -98,8 +95,13 @@ TEST_F(AdapterInfoTest, RefusesWhatItDoesNotKnow) {
     long id = 4711;
     EXPECT_EQ(S_OK, QueryFor<IAdapterInfo>(object_.Get())->GetAdapterInfo(nullptr, 5, &id));
     EXPECT_EQ(0, id);
-    Answers({{L"LastErrorCode", {}, L"2"},
-             {L"GetAdapterInfo", {L"{8E92E2FF-4CE5-4DED-8360-5E6342F08340}", 5}, L"0"}});
+    Answers({{L"LastErrorCode", {}, L"2"}});
+    for (const wchar_t* type :
+         {L"{8E92E2FF-4CE5-4DED-8360-5E6342F08340}", L"", L"8E92E2FF-4CE5-4DED-8360-5E6342F0834",
+          L"8E92E2FF-4CE5-4DED-8360-5E6342F083400",
+          L"05837B0B-B8AC-45A8-A70E-7AF18D1BCFE4"}) { // of another interface
+        Answers({{L"GetAdapterInfo", {type, 5}, L"0"}});
+    }
     PumpUntil([] { return false; }, 200);
     EXPECT_EQ(0u, sink_.Count());
 }

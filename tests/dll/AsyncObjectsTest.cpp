@@ -30,25 +30,6 @@ LoopbackServer& Server() {
     return server;
 }
 
-void PrepareMail(IDispatch* control, const wchar_t* server, LoopbackServer::Service service) {
-    Write(control, server, L"127.0.0.1");
-    Write(control, L"Port", Server().Port(service));
-    Write(control, L"Login", L"me");
-    Write(control, L"Password", L"secret");
-}
-
-void PreparePop(IDispatch* pop) {
-    PrepareMail(pop, L"PopServer", LoopbackServer::kPop3);
-}
-
-void PrepareSmtp(IDispatch* smtp) {
-    PrepareMail(smtp, L"SmtpServer", LoopbackServer::kSmtp);
-    const auto mail = New(L"EmailData");
-    Write(mail.Get(), L"From", L"me@a.example");
-    Write(mail.Get(), L"To", L"you@b.example");
-    Write(smtp, L"EmailData", mail);
-}
-
 const Operation kOperations[] = {
     {"LookUp", L"ConnectivityTester", L"DNSLookup", {L"", 1}, L"empty", L"1(0s)", false, false},
     {"OpenPort",
@@ -61,8 +42,24 @@ const Operation kOperations[] = {
      false},
     {"Ping", L"ConnectivityTester", L"Ping", {L"", 50, 1}, L"empty", L"3(0s)", false, false},
     {"Gather", L"GeneralSysInfo", L"GetSystemInfo", {}, L"empty", L"1()", true, false},
-    {"Send", L"SmtpCtl", L"SendMail", {}, L"other true", L"1(1, object)", true, false, PrepareSmtp},
-    {"Connect", L"PopCtl", L"Connect", {}, L"true", L"1(1, object)", true, false, PreparePop},
+    {"Send",
+     L"SmtpCtl",
+     L"SendMail",
+     {},
+     L"other true",
+     L"1(1, object)",
+     true,
+     false,
+     [](IDispatch* smtp) { PrepareSmtp(smtp, Server()); }},
+    {"Connect",
+     L"PopCtl",
+     L"Connect",
+     {},
+     L"true",
+     L"1(1, object)",
+     true,
+     false,
+     [](IDispatch* pop) { PreparePop(pop, Server()); }},
     {"Wait",
      L"WindowMgr",
      L"WaitForWindow",

@@ -71,24 +71,24 @@ TEST_F(DHCPConfigurationTest, TellsUnknownCookiesFromFailures) {
 
 TEST_F(DHCPConfigurationTest, SwitchesThereAndBack) {
     Settings(kCard).WriteText(L"NameServer", L"10.0.0.2");
-    Answers({{L"EnableDnsToUseDhcp", {kCard, true}, L"true"}, {L"IsRebootNeeded", {}, L"1"}});
-    EXPECT_EQ(L"", Settings(kCard).ReadText(L"NameServer"));
-    Answers({{L"EnableDnsToUseDhcp", {kCard, false}, L"true"}});
-    EXPECT_EQ(L"10.0.0.2", Settings(kCard).ReadText(L"NameServer"));
     // There is no address to go back to yet.
-    Answers({{L"EnableIPToUseDhcp", {kCard, false}, L"false"}, {L"LastErrorCode", {}, L"2"}});
+    Answers({{L"EnableDnsToUseDhcp", {kCard, true}, L"true"},
+             {L"IsRebootNeeded", {}, L"1"},
+             {L"EnableIPToUseDhcp", {kCard, false}, L"false"},
+             {L"LastErrorCode", {}, L"2"}});
+    EXPECT_EQ(L"", Settings(kCard).ReadText(L"NameServer"));
     Settings(kCard).WriteTexts(L"IPAddress", Texts{L"10.0.0.9"});
-    Answers({{L"EnableIPToUseDhcp", {kCard, true}, L"true"},
+    Answers({{L"EnableDnsToUseDhcp", {kCard, false}, L"true"},
+             {L"EnableIPToUseDhcp", {kCard, true}, L"true"},
              {L"EnableIPToUseDhcp", {kCard, false}, L"true"}});
+    EXPECT_EQ(L"10.0.0.2", Settings(kCard).ReadText(L"NameServer"));
     EXPECT_EQ(0u, Settings(kCard).ReadNumber(L"EnableDHCP"));
-    // One is on for compiled callers, and null the empty cookie.
-    const auto configuration = QueryFor<IDHCPConfiguration>(object_.Get());
+    // One is on for compiled callers.
     VARIANT_BOOL result = VARIANT_FALSE;
-    EXPECT_EQ(S_OK, configuration->EnableIPToUseDhcp(MakeBstr(kCard).Get(), 1, &result));
+    EXPECT_EQ(S_OK, QueryFor<IDHCPConfiguration>(object_.Get())
+                        ->EnableIPToUseDhcp(MakeBstr(kCard).Get(), 1, &result));
     EXPECT_EQ(VARIANT_TRUE, result);
     EXPECT_EQ(1u, Settings(kCard).ReadNumber(L"EnableDHCP"));
-    EXPECT_EQ(S_OK, configuration->EnableIPToUseDhcp(nullptr, VARIANT_TRUE, &result));
-    EXPECT_EQ(VARIANT_FALSE, result);
 }
 
 TEST_F(DHCPConfigurationTest, LeavesDialUpAdaptersAlone) {

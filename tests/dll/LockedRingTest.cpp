@@ -38,20 +38,11 @@ TEST(LockedRing, FreezesNobody) {
     const Apartment apartment;
     const LoopbackServer server;
     const int smtpPort = server.Port(LoopbackServer::kSmtp);
-    const auto mail = New(L"EmailData");
     const auto tester = New(L"ConnectivityTester");
     const auto smtp = New(L"SmtpCtl");
     auto pop = New(L"PopCtl");
-    ExpectAnswers(mail.Get(), {{L"From=", {L"from@a.example"}}, {L"To=", {L"to@b.example"}}});
-    ExpectAnswers(smtp.Get(), {{L"SmtpServer=", {L"127.0.0.1"}},
-                               {L"EmailData=", {mail}},
-                               {L"Port=", {smtpPort}},
-                               {L"Timeout=", {4}}});
-    ExpectAnswers(pop.Get(), {{L"PopServer=", {L"127.0.0.1"}},
-                              {L"Login=", {L"me"}},
-                              {L"Password=", {L"x"}},
-                              {L"Port=", {server.Port(LoopbackServer::kPop3)}},
-                              {L"Timeout=", {4}}});
+    PrepareSmtp(smtp.Get(), server);
+    PreparePop(pop.Get(), server);
     const struct {
         IDispatch* object;
         const wchar_t* method;

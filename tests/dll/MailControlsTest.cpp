@@ -231,23 +231,6 @@ TEST_F(SmtpCtlTest, NamesTheOutcomeOfEachStep) {
     }
 }
 
-// Replies in advance may be taken for those of the commands that follow, or be lost: what matters
-// is that there is one end, and in time.
-TEST_F(SmtpCtlTest, ComesToAnEndWhenTheServerTalksAhead) {
-    for (size_t step = 0; step < kSent; ++step) {
-        std::string replies = "S:";
-        for (size_t ahead = step; ahead < kSent; ++ahead) {
-            replies += kSending[ahead].reply + "\r\n"s;
-        }
-        Renew();
-        Set(L"Timeout", 1);
-        const std::wstring status = Send(Talk(kSending, {replies}, step));
-        EXPECT_TRUE(status == L"SMTP_SUCCESS" || status == L"SMTP_TIMEOUT_ERR") << status << step;
-    }
-    PumpUntil([] { return false; }, 20);
-    EXPECT_EQ(kSent, sink_.Count());
-}
-
 TEST_F(SmtpCtlTest, NamesWhatIsWrongWithSettings) {
     const Script bye = {"S:220 hi\r\n", "C:HELO *", "S:250 ok\r\n", "C:MAIL*",
                         "S:550 no\r\n", "C:QUIT",   "S:221 bye\r\n"};
@@ -465,7 +448,7 @@ TEST_F(PopCtlTest, EndsAnOperationThatTheServerDoesNotFinish) {
 
 TEST_F(PopCtlTest, NoticesThatAnIdleConnectionHasEnded) {
     ScriptedServer server({Talk(kLogin, {"CLOSE"}), Talk(kLogin, {"SILENCE"})});
-    LogIn(server);
+    EXPECT_TRUE(Connect(server).starts_with(L"1(1, object) "));
     EXPECT_TRUE(PumpUntil([&] { return Ask(L"Connected") == L"0"; }, kPatience));
     Answers({{L"GetMailCount", {}, L"false"}, {L"LastError", {}, L"POP_NOT_YET_CONNECTED"}});
     LogIn(server);
@@ -512,27 +495,6 @@ TEST_F(PopCtlTest, AbortsWhatRunsAndClosesTheConnection) {
     abort(nullptr);
     EXPECT_EQ("", server.Problems()); // ends when all connections are closed
     EXPECT_EQ(seen_, sink_.Count());
-}
-
-TEST_F(PopCtlTest, MayBeUsedAndDroppedInsideItsEvents) {
-    ScriptedServer server(
-        {Talk(kLogin, {"C:STAT", "S:+OK 1 1\r\n", "C:RETR*", "S:+OK\r\nA: b\r\n\r\nx\r\n.\r\n"})});
-    sink_.onEvent = [this](DISPID event) {
-        if (event == 1) {
-            Answers({{L"GetMailCount", {}, L"true"}});
-        } else if (event == 2) {
-            Answers({{L"RetrieveMessage", {1}, L"true"}, {L"Connect", {}, L"false"}});
-        } else {
-            Answers({{L"AbortCurrentAction", {}, L"true"}});
-            object_.Reset();
-        }
-        return S_OK;
-    };
-    Set(L"Port", server.Port());
-    Answers({{L"Connect", {}, L"true"}});
-    EXPECT_TRUE(sink_.WaitFor(3, kPatience));
-    sink_.Forget();
-    EXPECT_EQ("", server.Problems());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // The library as a module: its exports, its class factories, what holds it loaded, and objects as
 // every host meets them.
 
+#include "ZelBase/Handles.h"
 #include "support/Classes.h"
 #include "support/HandleCount.h"
 #include "support/ObjectTest.h"
@@ -161,10 +162,7 @@ TEST_P(ClassTest, IsHostedAsAControlWhereRegisteredAsOne) {
         QueryFor<IViewObject2>(object.Get())->GetExtent(DVASPECT_CONTENT, -1, nullptr, &extent));
     EXPECT_EQ(wanted.cx, extent.cx);
     EXPECT_EQ(wanted.cy, extent.cy);
-    EXPECT_EQ(S_OK,
-              control->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(OLEOBJ_S_INVALIDVERB, control->DoVerb(7, nullptr, nullptr, 0, nullptr, nullptr));
-
     EXPECT_FALSE(QueryFor<IObjectWithSite>(object.Get())) << "hosts without a site would refuse it";
     EXPECT_EQ(S_OK, control->Close(OLECLOSE_NOSAVE));
 }
@@ -195,17 +193,15 @@ TEST_P(ClassTest, RefusesBadCalls) {
 }
 
 TEST_F(ModuleTest, HandsOutOneCachedFactoryPerClass) {
-    ComPtr<IUnknown> first;
-    ComPtr<IUnknown> second;
-    ComPtr<IUnknown> other;
-    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(Registry2), IID_IUnknown,
-                                              reinterpret_cast<void**>(first.Put())));
-    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(Registry2), IID_IUnknown,
-                                              reinterpret_cast<void**>(second.Put())));
-    ASSERT_EQ(S_OK, component_.GetClassObject(__uuidof(WindowMgr), IID_IUnknown,
-                                              reinterpret_cast<void**>(other.Put())));
-    EXPECT_EQ(first.Get(), second.Get());
-    EXPECT_NE(first.Get(), other.Get());
+    const auto factoryOf = [this](REFCLSID clsid) {
+        ComPtr<IUnknown> factory;
+        EXPECT_EQ(S_OK, component_.GetClassObject(clsid, IID_IUnknown,
+                                                  reinterpret_cast<void**>(factory.Put())));
+        return factory;
+    };
+    const auto first = factoryOf(__uuidof(Registry2));
+    EXPECT_EQ(first.Get(), factoryOf(__uuidof(Registry2)).Get());
+    EXPECT_NE(first.Get(), factoryOf(__uuidof(WindowMgr)).Get());
 
     void* out = &out;
     EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
@@ -289,6 +285,62 @@ TEST_F(ModuleTest, TenThousandRoundsLeaveNothingBehind) {
     EXPECT_NE(0u, before);
     EXPECT_LE(OpenHandleCount(), before + 2);
     EXPECT_EQ(S_OK, component_.CanUnloadNow());
+}
+
+using CreateControlEx = HRESULT(WINAPI*)(LPCOLESTR, HWND, IStream*, IUnknown**, IUnknown**, REFIID,
+                                         IUnknown*);
+
+// The container finds the class through the system, so the class factory is announced to it for the
+// time of a test.
+class AnnouncedClass {
+public:
+    explicit AnnouncedClass(REFCLSID clsid) {
+        ComPtr<IUnknown> factory;
+        TestComponent::Get().GetClassObject(clsid, IID_IUnknown,
+                                            reinterpret_cast<void**>(factory.Put()));
+        CoRegisterClassObject(clsid, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                              &cookie_);
+    }
+    ~AnnouncedClass() { CoRevokeClassObject(cookie_); }
+
+private:
+    DWORD cookie_ = 0;
+};
+
+TEST(ControlHost, HostsEveryControlAndItsEvents) {
+    const Apartment apartment;
+    const ZelBase::UniqueLibrary host(LoadLibraryW(L"atl.dll"));
+    const auto create = reinterpret_cast<CreateControlEx>(
+        reinterpret_cast<void*>(GetProcAddress(host.Get(), "AtlAxCreateControlEx")));
+    ASSERT_NE(nullptr, create);
+    for (const ClassFacts& control : kClasses) {
+        if (!control.bitmap) {
+            continue;
+        }
+        SCOPED_TRACE(control.name);
+        const AnnouncedClass announced(control.clsid);
+        const HWND window = CreateWindowW(L"STATIC", L"container", WS_OVERLAPPEDWINDOW, 0, 0, 200,
+                                          200, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_NE(nullptr, window);
+        RecordingSink sink;
+        {
+            ComPtr<IUnknown> container;
+            ComPtr<IUnknown> object;
+            ASSERT_EQ(S_OK, create(control.text, window, nullptr, container.Put(), object.Put(),
+                                   IID_NULL, nullptr));
+            ASSERT_TRUE(object);
+            ComPtr<IOleClientSite> site;
+            EXPECT_EQ(S_OK, QueryFor<IOleObject>(object.Get())->GetClientSite(site.Put()));
+            EXPECT_TRUE(site);
+            EXPECT_EQ(control.events != nullptr, Advise(object.Get(), &sink) != 0);
+            const auto dispatch = QueryFor<IDispatch>(object.Get());
+            ComPtr<ITypeInfo> info;
+            EXPECT_EQ(S_OK, dispatch->GetTypeInfo(0, 0, info.Put()));
+        }
+        DestroyWindow(window);
+        EXPECT_EQ(0, sink.References()) << "the container is gone, so is the control";
+    }
+    EXPECT_EQ(S_OK, TestComponent::Get().CanUnloadNow()) << "a hosted control was leaked";
 }
 
 } // namespace

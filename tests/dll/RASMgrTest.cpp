@@ -38,21 +38,6 @@ TEST_F(DialUpTest, HoldsAnEntryThatIsNotSaved) {
                                  {L"HasPassword", {}, L"false"}});
 }
 
-// Dialling ends with one completion whatever the system's functions do.
-TEST_F(DialUpTest, CompletesOnceForEveryId) {
-    const std::wstring id = Ask(L"Connect", {L"Tervane test"});
-    if (id == L"0") {
-        EXPECT_NE(L"0", Ask(L"LastErrorCode"));
-    } else {
-        Ask(L"AbortConnect", {std::stoi(id)});
-        ASSERT_TRUE(sink_.WaitFor(1, kPatience));
-        EXPECT_TRUE(sink_.Text(0).starts_with(L"2(" + id + L", 0s, ")) << sink_.Text(0);
-    }
-    object_.Reset();
-    EXPECT_TRUE(PumpUntil([&] { return sink_.References() == 0; }, kPatience));
-    EXPECT_EQ(id == L"0" ? 0u : 1u, sink_.Count());
-}
-
 TEST_F(DialUpTest, DISABLED_ReportListing) {
     Ask(L"Entries");
     ReportValue(Ask(L"LastErrorCode") == L"0" ? 1 : 0);

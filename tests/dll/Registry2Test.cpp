@@ -219,13 +219,13 @@ TEST_F(Registry2Test, ManyRoundsLeaveNothingBehind) {
     };
     rounds(500);
     const size_t handles = OpenHandleCount();
-    const size_t memory = MemoryInUse().committed;
+    const size_t memory = CommittedMemory();
     ASSERT_GT(handles, 0u);
     ASSERT_GT(memory, 0u);
     rounds(10'000);
     EXPECT_EQ(handles, OpenHandleCount());
     // A text lost in every tenth round would be as much.
-    EXPECT_LT(MemoryInUse().committed, memory + 200'000);
+    EXPECT_LT(CommittedMemory(), memory + 200'000);
 }
 
 } // namespace

@@ -13,229 +13,145 @@
 namespace tervane::test {
 namespace {
 
-std::string Narrow(const wchar_t* text) {
-    return text ? std::string(text, text + wcslen(text)) : std::string();
-}
-
-std::string Narrow(const UniqueBstr& text) {
-    return Narrow(text.Get());
-}
-
-std::string GuidText(REFGUID guid) {
+std::wstring GuidText(REFGUID guid) {
     wchar_t text[40] = {};
     StringFromGUID2(guid, text, 40);
-    return Narrow(text);
+    return text;
 }
 
-std::string NarrowName(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
-    return Narrow(NameOf(info, member).c_str());
-}
-
-std::string HelpOf(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
+std::wstring HelpOf(ITypeInfo* info, MEMBERID member) {
     UniqueBstr help;
     info->GetDocumentation(member, nullptr, help.Put(), nullptr, nullptr);
-    return Narrow(help);
+    return L" \"" + std::wstring(TextOf(help.Get())) + L"\"";
 }
 
-TYPEATTR AttributesOf(ITypeInfo* info) {
-    TYPEATTR* attributes = nullptr;
-    TYPEATTR copy = {};
-    if (SUCCEEDED(info->GetTypeAttr(&attributes))) {
-        copy = *attributes;
-        info->ReleaseTypeAttr(attributes);
+// Of a bit set, "in out" for instance; bits without a name show as their number.
+std::wstring FlagNames(UINT flags, std::initializer_list<std::pair<UINT, const wchar_t*>> names) {
+    std::wstring text;
+    for (const auto& [flag, name] : names) {
+        text += flags & flag ? std::wstring(L" ") + name : L"";
+        flags &= ~flag;
     }
-    return copy;
+    return flags ? text + L" " + std::to_wstring(flags) : text;
 }
 
 // The types that these interfaces use; anything else shows as its number.
-std::string TypeName(ITypeInfo* info, const TYPEDESC& type) {
-    static const std::map<VARTYPE, const char*> names = {
-        {VT_BSTR, "BSTR"},       {VT_I4, "long"},         {VT_I2, "short"},
-        {VT_BOOL, "bool"},       {VT_VARIANT, "VARIANT"}, {VT_UI2, "unsigned short"},
-        {VT_DISPATCH, "object"},
-    };
-    if (type.vt == VT_PTR && type.lptdesc->vt == VT_USERDEFINED) {
-        ComPtr<ITypeInfo> target;
-        info->GetRefTypeInfo(type.lptdesc->hreftype, target.Put());
-        return target && NarrowName(target.Get()) == "IDispatch" ? "object" : "pointer";
+std::wstring TypeName(ITypeInfo* info, const TYPEDESC& type) {
+    static const std::map<VARTYPE, const wchar_t*> names = {
+        {VT_BSTR, L"BSTR"},       {VT_I4, L"long"},         {VT_I2, L"short"},
+        {VT_BOOL, L"bool"},       {VT_VARIANT, L"VARIANT"}, {VT_UI2, L"unsigned short"},
+        {VT_HRESULT, L"HRESULT"}, {VT_VOID, L"void"},       {VT_DISPATCH, L"IDispatch*"}};
+    ComPtr<ITypeInfo> target;
+    if (type.vt == VT_PTR) {
+        return TypeName(info, *type.lptdesc) + L"*";
+    }
+    if (type.vt == VT_USERDEFINED && SUCCEEDED(info->GetRefTypeInfo(type.hreftype, target.Put()))) {
+        return NameOf(target.Get());
     }
     const auto found = names.find(type.vt);
-    return found == names.end() ? "vt" + std::to_string(type.vt) : found->second;
+    return found == names.end() ? std::to_wstring(type.vt) : found->second;
 }
 
-std::string DefaultOf(const ELEMDESC& parameter) {
-    const VARIANT& value = parameter.paramdesc.pparamdescex->varDefaultValue;
-    // A value of another type would reach the method unconverted.
-    if (V_VT(&value) != parameter.tdesc.vt) {
-        return "=vt" + std::to_string(V_VT(&value));
-    }
-    switch (V_VT(&value)) {
-    case VT_BSTR:
-        return "=\"" + Narrow(V_BSTR(&value)) + "\"";
-    case VT_BOOL:
-        return "=" + std::to_string(static_cast<unsigned short>(V_BOOL(&value)));
-    default:
-        return "=" + std::to_string(V_I4(&value));
-    }
-}
-
-// "(type name=default, ...) -> type name"
-std::string Signature(ITypeInfo* info, const FUNCDESC& function) {
+// "number name kind @place in the virtual table: type name flags=default, ...; result"
+std::wstring Describe(ITypeInfo* info, const FUNCDESC& function) {
     BSTR names[16] = {};
     UINT count = 0;
     info->GetNames(function.memid, names, 16, &count);
-    std::string parameters;
-    std::string result;
+    std::wstring text = std::to_wstring(function.memid) + L" " + NameOf(info, function.memid) +
+                        FlagNames(function.invkind, {{INVOKE_FUNC, L"call"},
+                                                     {INVOKE_PROPERTYGET, L"get"},
+                                                     {INVOKE_PROPERTYPUT, L"put"}}) +
+                        L" @" + std::to_wstring(function.oVft / static_cast<SHORT>(sizeof(void*)));
     for (SHORT i = 0; i < function.cParams; ++i) {
         const ELEMDESC& parameter = function.lprgelemdescParam[i];
         const USHORT flags = parameter.paramdesc.wParamFlags;
-        const std::string name = " " + Narrow(names[i + 1]);
-        if ((flags & PARAMFLAG_FRETVAL) && (flags & PARAMFLAG_FOUT)) {
-            result = " -> " + TypeName(info, *parameter.tdesc.lptdesc) + name;
-        } else {
-            parameters += parameters.empty() ? "" : ", ";
-            parameters += (flags & PARAMFLAG_FIN) && !(flags & PARAMFLAG_FOUT) ? "" : "[not in] ";
-            parameters += TypeName(info, parameter.tdesc) + name;
-            parameters += flags & PARAMFLAG_FHASDEFAULT ? DefaultOf(parameter) : "";
+        text += (i == 0 ? L": " : L", ") + TypeName(info, parameter.tdesc) + L" " +
+                std::wstring(TextOf(names[i + 1])) +
+                FlagNames(flags & ~PARAMFLAG_FHASDEFAULT, {{PARAMFLAG_FIN, L"in"},
+                                                           {PARAMFLAG_FOUT, L"out"},
+                                                           {PARAMFLAG_FRETVAL, L"retval"},
+                                                           {PARAMFLAG_FOPT, L"optional"}});
+        if (flags & PARAMFLAG_FHASDEFAULT) {
+            text += L"=\"" + Say(parameter.paramdesc.pparamdescex->varDefaultValue) + L"\"";
         }
     }
     for (BSTR name : names) {
         SysFreeString(name);
     }
-    return "(" + parameters + ")" + result;
+    EXPECT_NE(L" \"\"", HelpOf(info, function.memid)) << text;
+    return text + L"; " + TypeName(info, function.elemdescFunc.tdesc) + L"\n";
 }
 
-// The one value of a property's get or put.
-std::string PropertyType(ITypeInfo* info, const FUNCDESC& function) {
-    if (function.cParams != 1) {
-        return std::to_string(function.cParams) + " parameters";
+// What an entry is, its members, and what it is made of. Behind index -1 hides the virtual-table
+// side of a dual interface; the dispatch side never shows OLE automation.
+std::wstring Describe(ITypeInfo* info) {
+    TYPEATTR* attributes = nullptr;
+    if (FAILED(info->GetTypeAttr(&attributes))) {
+        return L"unreadable\n";
     }
-    const TYPEDESC& type = function.lprgelemdescParam[0].tdesc;
-    const bool get = function.invkind == INVOKE_PROPERTYGET;
-    if (get && type.vt != VT_PTR) {
-        return "no result";
-    }
-    return TypeName(info, get ? *type.lptdesc : type);
-}
-
-// One line per member, in the order of the virtual table:
-//   number name r|w|rw type                            a property
-//   number name(type name=default, ...) -> type name   a method or event
-// Every member must have a help text, and those of a virtual table must lie one after the other
-// behind IDispatch's seven.
-std::string MembersOf(ITypeInfo* info, bool virtualTable) {
-    std::string lines;
-    const TYPEATTR attributes = AttributesOf(info);
-    for (UINT i = 0; i < attributes.cFuncs; ++i) {
-        FUNCDESC* function = nullptr;
-        if (FAILED(info->GetFuncDesc(i, &function))) {
-            return "unreadable";
-        }
-        const std::string name = NarrowName(info, function->memid);
-        const std::string start = std::to_string(function->memid) + " " + name;
-        if (function->invkind == INVOKE_FUNC) {
-            lines += start + Signature(info, *function) + "\n";
-        } else {
-            const bool get = function->invkind == INVOKE_PROPERTYGET;
-            const std::string type = " " + PropertyType(info, *function) + "\n";
-            const bool pair = !get && lines.ends_with(start + " r" + type);
-            if (pair) {
-                lines.resize(lines.size() - (start + " r" + type).size());
-            }
-            lines += start + (pair ? " rw" : get ? " r" : " w") + type;
-        }
-        EXPECT_NE(HelpOf(info, function->memid), "") << name;
-        if (virtualTable) {
-            EXPECT_EQ(function->oVft, static_cast<SHORT>((7 + i) * sizeof(void*))) << name;
-        }
+    const bool isDual =
+        attributes->typekind == TKIND_DISPATCH && attributes->wTypeFlags & TYPEFLAG_FDUAL;
+    const UINT flags = attributes->wTypeFlags & ~(isDual ? TYPEFLAG_FOLEAUTOMATION : 0);
+    std::wstring text = NameOf(info) + L" " + GuidText(attributes->guid) +
+                        HelpOf(info, MEMBERID_NIL) + L" kind " +
+                        std::to_wstring(attributes->typekind) +
+                        FlagNames(flags, {{TYPEFLAG_FDUAL, L"dual"},
+                                          {TYPEFLAG_FDISPATCHABLE, L"dispatchable"},
+                                          {TYPEFLAG_FOLEAUTOMATION, L"oleautomation"},
+                                          {TYPEFLAG_FCANCREATE, L"creatable"}}) +
+                        L"\n";
+    FUNCDESC* function = nullptr;
+    for (UINT i = 0; !isDual && SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
+        text += Describe(info, *function);
         info->ReleaseFuncDesc(function);
     }
-    EXPECT_EQ(attributes.cVars, 0) << NarrowName(info);
-    return lines;
-}
-
-std::string ImplementedBy(ITypeInfo* info) {
-    std::string text;
-    const TYPEATTR attributes = AttributesOf(info);
-    for (UINT i = 0; i < attributes.cImplTypes; ++i) {
+    for (UINT i = isDual ? static_cast<UINT>(-1) : 0; i != attributes->cImplTypes; ++i) {
         HREFTYPE reference = 0;
-        INT flags = 0;
+        INT kind = 0;
         ComPtr<ITypeInfo> target;
         info->GetRefTypeOfImplType(i, &reference);
         info->GetRefTypeInfo(reference, target.Put());
-        info->GetImplTypeFlags(i, &flags);
-        text += text.empty() ? "" : " ";
-        text += flags & IMPLTYPEFLAG_FSOURCE ? "s" : "";
-        text += flags & IMPLTYPEFLAG_FDEFAULT ? "*" : "";
-        text += target ? NarrowName(target.Get()) : "unreadable";
+        info->GetImplTypeFlags(i, &kind);
+        text += i == static_cast<UINT>(-1)
+                    ? Describe(target.Get())
+                    : L"of " + NameOf(target.Get()) +
+                          FlagNames(static_cast<UINT>(kind), {{IMPLTYPEFLAG_FDEFAULT, L"default"},
+                                                              {IMPLTYPEFLAG_FSOURCE, L"source"}}) +
+                          L"\n";
     }
+    EXPECT_EQ(0, attributes->cVars) << text;
+    info->ReleaseTypeAttr(attributes);
     return text;
 }
 
-// Flags that no entry here should have show as their number.
-std::string FlagNames(WORD flags) {
-    std::string text;
-    for (const auto& [flag, name] : {std::pair<WORD, const char*>{TYPEFLAG_FDUAL, " dual"},
-                                     {TYPEFLAG_FDISPATCHABLE, " dispatchable"},
-                                     {TYPEFLAG_FOLEAUTOMATION, " oleautomation"},
-                                     {TYPEFLAG_FCANCREATE, " creatable"}}) {
-        text += flags & flag ? name : "";
-        flags &= ~flag;
-    }
-    return flags ? text + " " + std::to_string(flags) : text;
-}
-
-// What an entry is, which interfaces it has ('s' marks the source one, '*' the default ones), and
-// its members. The virtual-table side of a dual interface hides behind index -1; the dispatch side
-// never shows OLE automation.
-std::string Describe(ITypeInfo* info) {
-    const TYPEATTR attributes = AttributesOf(info);
-    const WORD flags = attributes.wTypeFlags & ~TYPEFLAG_FOLEAUTOMATION;
-    const std::string start = NarrowName(info) + " " + GuidText(attributes.guid) + " \"" +
-                              HelpOf(info) + "\"" + FlagNames(flags);
-    if (attributes.typekind == TKIND_COCLASS) {
-        return start + ": " + ImplementedBy(info) + "\n";
-    }
-    HREFTYPE reference = 0;
-    ComPtr<ITypeInfo> table;
-    if (attributes.typekind != TKIND_DISPATCH || !(flags & TYPEFLAG_FDUAL) ||
-        FAILED(info->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference)) ||
-        FAILED(info->GetRefTypeInfo(reference, table.Put()))) {
-        return start + " kind " + std::to_string(attributes.typekind) + "\n" +
-               MembersOf(info, false);
-    }
-    return start + ", table of " + ImplementedBy(table.Get()) +
-           FlagNames(AttributesOf(table.Get()).wTypeFlags) + "\n" + MembersOf(table.Get(), true);
-}
-
-std::string Describe(ITypeLib* library) {
+std::wstring Describe(ITypeLib* library) {
     TLIBATTR* attributes = nullptr;
     if (FAILED(library->GetLibAttr(&attributes))) {
-        return "unreadable";
+        return L"unreadable";
     }
     EXPECT_EQ(attributes->syskind, sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32);
-    UniqueBstr name;
-    UniqueBstr help;
+    UniqueBstr name, help;
     library->GetDocumentation(-1, name.Put(), help.Put(), nullptr, nullptr);
-    std::ostringstream text;
-    text << Narrow(name) << ' ' << GuidText(attributes->guid) << " \"" << Narrow(help)
-         << "\" version " << attributes->wMajorVerNum << '.' << attributes->wMinorVerNum
-         << " locale " << attributes->lcid << '\n';
+    std::wostringstream text;
+    text << TextOf(name.Get()) << L' ' << GuidText(attributes->guid) << L" \"" << TextOf(help.Get())
+         << L"\" version " << attributes->wMajorVerNum << L'.' << attributes->wMinorVerNum
+         << L" locale " << attributes->lcid << L'\n';
     library->ReleaseTLibAttr(attributes);
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         ComPtr<ITypeInfo> info;
         library->GetTypeInfo(i, info.Put());
-        text << '\n' << Describe(info.Get());
+        text << L'\n' << Describe(info.Get());
     }
     return text.str();
 }
 
 // The lines of one that the other lacks.
-std::string Difference(const std::string& text, const std::string& other) {
-    std::istringstream lines(text);
-    std::string found;
-    for (std::string line; std::getline(lines, line);) {
-        found += ("\n" + other).find("\n" + line + "\n") == std::string::npos ? line + "\n" : "";
+std::wstring Difference(const std::wstring& text, const std::wstring& other) {
+    std::wistringstream lines(text);
+    std::wstring found;
+    for (std::wstring line; std::getline(lines, line);) {
+        found +=
+            (L"\n" + other).find(L"\n" + line + L"\n") == std::wstring::npos ? line + L"\n" : L"";
     }
     return found;
 }
@@ -245,11 +161,11 @@ TEST(TypeLibraryTest, IsWhatProgramsInTheFieldWerePromised) {
     ComPtr<ITypeLib> library;
     ASSERT_EQ(S_OK,
               LoadTypeLibEx(TestComponent::Get().Path().c_str(), REGKIND_NONE, library.Put()));
-    std::ifstream file(TYPE_LIBRARY_TEXT);
+    std::wifstream file(TYPE_LIBRARY_TEXT);
     ASSERT_TRUE(file) << TYPE_LIBRARY_TEXT;
-    std::ostringstream promised;
+    std::wostringstream promised;
     promised << file.rdbuf();
-    const std::string found = Describe(library.Get());
+    const std::wstring found = Describe(library.Get());
     EXPECT_TRUE(found == promised.str()) << "found\n"
                                          << Difference(found, promised.str()) << "promised\n"
                                          << Difference(promised.str(), found);

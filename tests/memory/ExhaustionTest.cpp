@@ -308,26 +308,14 @@ LoopbackServer& Server() {
     return server;
 }
 
-void PrepareMail(IDispatch* control, const std::wstring& server, LoopbackServer::Service service) {
-    ExpectAnswers(control, {{server, {L"127.0.0.1"}},
-                            {L"Port=", {Server().Port(service)}},
-                            {L"Login=", {L"me"}},
-                            {L"Password=", {L"secret"}},
-                            {L"Timeout=", {5}}});
-}
-
 void PrepareSmtp(IDispatch* smtp) {
     ComPtr<IDispatch> mail;
     CreateObject(__uuidof(::EmailData), mail);
-    ExpectAnswers(mail.Get(), {{L"From=", {L"me@a.example"}},
-                               {L"To=", {L"you@b.example"}},
-                               {L"TextMessage=", {L"text"}}});
-    ExpectAnswers(smtp, {{L"EmailData=", {mail}}});
-    PrepareMail(smtp, L"SmtpServer=", LoopbackServer::kSmtp);
+    PrepareSmtp(smtp, Server(), mail);
 }
 
 void PreparePop(IDispatch* pop) {
-    PrepareMail(pop, L"PopServer=", LoopbackServer::kPop3);
+    PreparePop(pop, Server());
 }
 
 void ConnectPop(IDispatch* pop) {

@@ -3,8 +3,8 @@
 #
 # In a network namespace that is gone afterwards, Postfix takes mail (port 25 from everybody, port
 # 587 only after AUTH LOGIN) and delivers it into mailboxes that Dovecot serves by POP3; dnsmasq
-# knows their name, and there are an address that never answers and a name that is looked up in
-# vain. The messages that the tests leave behind are then read by Python's mail parser.
+# knows their name, and there is an address that never answers. The messages that the tests leave
+# behind are then read by Python's mail parser.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 . scripts/lib/wine.sh
@@ -16,8 +16,7 @@ nameServer=127.0.0.53
 mailUser=5000
 
 start_name_server() {
-    start_dnsmasq $nameServer --local=/example/ --host-record=mail.example,127.0.0.1 \
-        --server=/slow.example/10.55.0.9
+    start_dnsmasq $nameServer --local=/example/ --host-record=mail.example,127.0.0.1
     servers+=("$started")
 }
 
@@ -72,52 +71,20 @@ postlog unix-dgram n - n - 1 postlogd
 EOF
 }
 
-# Version 2.4 renamed most settings and refuses those of 2.3.
 write_dovecot_configuration() {
-    local boxes="$mail/boxes/%n" sasl
-    case $(dovecot --version) in
-    2.[0-3].*)
-        sasl=address
-        cat <<EOF
+    cat <<EOF
 protocols = pop3
 disable_plaintext_auth = no
 auth_mechanisms = plain login
-mail_location = maildir:$boxes
+mail_location = maildir:$mail/boxes/%n
 passdb {
   driver = static
   args = password=s3cret
 }
 userdb {
   driver = static
-  args = uid=$mailUser gid=$mailUser home=$boxes
+  args = uid=$mailUser gid=$mailUser home=$mail/boxes/%n
 }
-EOF
-        ;;
-    *)
-        sasl=listen
-        boxes="$mail/boxes/%{user | username}"
-        cat <<EOF
-dovecot_config_version = 2.4.0
-dovecot_storage_version = 2.4.0
-protocols = pop3
-auth_allow_cleartext = yes
-auth_mechanisms = plain login
-mail_driver = maildir
-mail_path = $boxes
-passdb static {
-  password = s3cret
-}
-userdb static {
-  fields {
-    uid = $mailUser
-    gid = $mailUser
-    home = $boxes
-  }
-}
-EOF
-        ;;
-    esac
-    cat <<EOF
 base_dir = $mail/dovecot
 log_path = $mail/dovecot.log
 listen = 127.0.0.1
@@ -125,7 +92,7 @@ ssl = no
 first_valid_uid = $mailUser
 service auth {
   inet_listener sasl {
-    $sasl = 127.0.0.1
+    address = 127.0.0.1
     port = 12345
   }
 }

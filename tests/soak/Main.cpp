@@ -2,12 +2,17 @@
 // the time is over. Between the rounds nothing runs, and what the process then uses is written
 // down. Ends with 0 when nothing has grown and no event was lost.
 
+#include "ZelBase/Handles.h"
 #include "soak/RandomCalls.h"
-#include "soak/Usage.h"
+#include "support/HandleCount.h"
+#include "support/MemoryUse.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+
+#include <tlhelp32.h>
 
 namespace tervane::test {
 namespace {
@@ -16,6 +21,81 @@ constexpr unsigned kApartments = 6;
 constexpr DWORD kRound = 15'000;     // ms of calls in a round
 constexpr DWORD kPatience = 300'000; // ms for a round to come to its end
 constexpr DWORD kRest = 30'000;      // ms for objects and threads to go
+
+// What this process uses of the system.
+struct Usage {
+    size_t handles;
+    size_t threads;
+    size_t privateKb;
+    size_t tlsSlots;
+};
+
+size_t CountThreads() {
+    const ZelBase::UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    size_t count = 0;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
+         more = Thread32Next(snapshot.Get(), &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId();
+    }
+    return count;
+}
+
+// Nobody tells how many are used, so all that are left are taken for a moment.
+size_t CountTlsSlots() {
+    constexpr size_t kSlots = 1088;
+    std::vector<DWORD> left;
+    for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) {
+        left.push_back(slot);
+    }
+    for (const DWORD slot : left) {
+        TlsFree(slot);
+    }
+    return kSlots - left.size();
+}
+
+Usage UsageNow() {
+    return {OpenHandleCount(), CountThreads(), CommittedMemory() / 1024, CountTlsSlots()};
+}
+
+size_t MedianOf(std::vector<Usage> part, size_t Usage::*figure) {
+    const auto middle = part.begin() + static_cast<std::ptrdiff_t>(part.size() / 2);
+    std::nth_element(part.begin(), middle, part.end(),
+                     [figure](const Usage& a, const Usage& b) { return a.*figure < b.*figure; });
+    return (*middle).*figure;
+}
+
+// Compares the medians of the second and the last quarter of the rounds, so that neither what is
+// made once nor a single peak counts. What has grown, "" when nothing has; too few rounds prove
+// nothing.
+std::string GrowthOf(const std::vector<Usage>& all) {
+    constexpr size_t kFewestRounds = 8;
+    struct Figure {
+        const char* name;
+        size_t Usage::*value;
+        size_t tolerance;
+    };
+    constexpr Figure kFigures[] = {{"handles", &Usage::handles, 8},
+                                   {"threads", &Usage::threads, 2},
+                                   {"private KB", &Usage::privateKb, 2048},
+                                   {"TLS slots", &Usage::tlsSlots, 0}};
+    const auto quarter = static_cast<std::ptrdiff_t>(all.size() / 4);
+    std::string grown;
+    for (const Figure& figure : kFigures) {
+        if (all.size() < kFewestRounds) {
+            break;
+        }
+        const size_t before =
+            MedianOf({all.begin() + quarter, all.begin() + 2 * quarter}, figure.value);
+        const size_t after = MedianOf({all.end() - quarter, all.end()}, figure.value);
+        if (after > before + figure.tolerance) {
+            grown += std::string(figure.name) + " " + std::to_string(before) + " -> " +
+                     std::to_string(after) + "; ";
+        }
+    }
+    return grown;
+}
 
 struct Script {
     RandomCalls calls;
@@ -61,13 +141,13 @@ int Soak(int minutes, unsigned seed) {
     LoopbackServer server("127.0.0.31");
     // Stays: with each unloading the dial-up networking of the tests would leave something behind.
     LoadLibraryA("rasapi32.dll");
-    UsageSeries series;
+    std::vector<Usage> series;
     const ULONGLONG start = GetTickCount64();
     long calls = 0;
     for (unsigned round = 0; GetTickCount64() - start < minutes * 60'000ULL; ++round) {
         const char* problem = RunRound(seed + round * kApartments, server, calls);
-        const Usage usage = Usage::Now();
-        series.Add(usage);
+        const Usage usage = UsageNow();
+        series.push_back(usage);
         std::printf("%5u s, seed %u: %zu handles, %zu threads, %zu KB, %zu TLS slots; %ld calls, "
                     "%ld events%s%s\n",
                     static_cast<unsigned>((GetTickCount64() - start) / 1000),
@@ -79,7 +159,7 @@ int Soak(int minutes, unsigned seed) {
             return 1;
         }
     }
-    const std::string growth = series.Growth();
+    const std::string growth = GrowthOf(series);
     std::printf("%s\n", growth.empty() ? "flat" : ("grown: " + growth).c_str());
     return growth.empty() ? 0 : 1;
 }

@@ -44,17 +44,6 @@ Promise PromiseOf(std::wstring_view member) {
                                                                        : Promise::kNever;
 }
 
-BOOL CALLBACK Disturb(HWND window, LPARAM message) {
-    DWORD process = 0;
-    wchar_t title[20] = L"";
-    GetWindowThreadProcessId(window, &process);
-    if (process == GetCurrentProcessId() && InternalGetWindowText(window, title, 20) &&
-        std::wstring_view(title) == L"PostbackWindow") {
-        PostMessageW(window, static_cast<UINT>(message), 0, 0);
-    }
-    return TRUE;
-}
-
 } // namespace
 
 bool RandomCalls::Run(DWORD milliseconds) {
@@ -73,7 +62,7 @@ void RandomCalls::Step() {
     } else if (!entries_.empty() && Below(12) == 0) {
         Drop(Below(static_cast<unsigned>(entries_.size())));
     } else if (Below(40) == 0) {
-        PostStrayMessages();
+        DisturbPostbackWindows(); // with messages that nobody sent
     } else if (!entries_.empty()) {
         CallAnyMember(entries_[Below(static_cast<unsigned>(entries_.size()))]);
     }
@@ -82,32 +71,17 @@ void RandomCalls::Step() {
 void RandomCalls::Make() {
     const ClassFacts& type = kClasses[Below(std::size(kClasses))];
     Entry entry{&type, New(type.name), nullptr};
-    Prepare(entry.object.Get(), type.clsid);
+    // Enough for an operation to succeed; what comes later may change it.
+    if (type.clsid == __uuidof(::SmtpCtl)) {
+        PrepareSmtp(entry.object.Get(), server_);
+    } else if (type.clsid == __uuidof(::PopCtl)) {
+        PreparePop(entry.object.Get(), server_);
+    }
     if (type.events && type.clsid != __uuidof(::ConfigureIE)) { // which fires none
         entry.sink = new CountingSink(EndsSilently(type), ProgressOf(type));
         Advise(entry.object.Get(), entry.sink);
     }
     entries_.push_back(std::move(entry));
-}
-
-// Enough for an operation to succeed; what comes later may change it.
-void RandomCalls::Prepare(IDispatch* object, REFCLSID type) {
-    const bool sends = type == __uuidof(::SmtpCtl);
-    if (!sends && type != __uuidof(::PopCtl)) {
-        return;
-    }
-    Write(object, sends ? L"SmtpServer" : L"PopServer", L"127.0.0.1");
-    Write(object, L"Port", server_.Port(sends ? LoopbackServer::kSmtp : LoopbackServer::kPop3));
-    Write(object, L"Login", L"me");
-    Write(object, L"Password", L"secret");
-    Write(object, L"Timeout", 5);
-    if (sends) {
-        const auto mail = New(L"EmailData");
-        Write(mail.Get(), L"From", L"me@a.example");
-        Write(mail.Get(), L"To", L"you@b.example");
-        Write(mail.Get(), L"TextMessage", L"text");
-        Write(object, L"EmailData", mail);
-    }
 }
 
 void RandomCalls::CallAnyMember(Entry& entry) {
@@ -129,40 +103,29 @@ void RandomCalls::CallAnyMember(Entry& entry) {
 }
 
 void RandomCalls::Invoke(Entry& entry, const FUNCDESC& function, const std::wstring& name) {
-    std::vector<Variant> arguments; // the last one first
-    for (SHORT i = function.cParams; i > 0; --i) {
-        const ELEMDESC& parameter = function.lprgelemdescParam[i - 1];
+    std::vector<Argument> arguments;
+    for (SHORT i = 0; i < function.cParams; ++i) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[i];
         if ((parameter.paramdesc.wParamFlags & PARAMFLAG_FRETVAL) == 0) {
-            arguments.push_back(AnyValue(parameter.tdesc.vt, name));
+            arguments.emplace_back(AnyValue(parameter.tdesc.vt, name));
         }
-    }
-    std::vector<VARIANT> values;
-    for (const Variant& argument : arguments) {
-        values.push_back(argument.Get());
-    }
-    DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters = {values.data(), nullptr, static_cast<UINT>(values.size()), 0};
-    if (function.invkind == INVOKE_PROPERTYPUT) {
-        parameters.rgdispidNamedArgs = &put;
-        parameters.cNamedArgs = 1;
     }
     const Promise promise = entry.sink ? PromiseOf(name) : Promise::kNever;
     if (promise != Promise::kNever) {
         entry.sink->Promise(); // before the call: the event may be faster than its return
     }
-    Variant result;
-    const HRESULT status = entry.object->Invoke(function.memid, IID_NULL, LOCALE_USER_DEFAULT,
-                                                static_cast<WORD>(function.invkind), &parameters,
-                                                result.Put(), nullptr, nullptr);
+    const CallResult result = test::Invoke(entry.object.Get(), name.c_str(),
+                                           static_cast<WORD>(function.invkind), arguments);
     ++calls_;
-    const bool kept = status == S_OK && (promise == Promise::kWhenCalled ||
-                                         result.As(VT_I4).value_or(Variant()).Get().lVal != 0);
+    const bool kept =
+        result.status == S_OK && (promise == Promise::kWhenCalled ||
+                                  result.value.As(VT_I4).value_or(Variant()).Get().lVal != 0);
     if (promise != Promise::kNever && !kept) {
         entry.sink->TakeBack();
     }
 }
 
-Variant RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
+Argument RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
     constexpr std::array kTexts = {L"",
                                    L"127.0.0.1",
                                    L"localhost",
@@ -180,16 +143,16 @@ Variant RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
     const long number = kNumbers[Below(kNumbers.size())];
     switch (type) {
     case VT_BSTR:
-        return std::move(*Variant::FromText(text));
+        return text;
     case VT_BOOL:
-        return Variant::FromBool(Below(2) == 0);
+        return Below(2) == 0;
     case VT_VARIANT:
-        return Below(2) ? Variant::FromLong(number) : std::move(*Variant::FromText(text));
+        return Below(2) ? Argument(number) : Argument(text);
     case VT_DISPATCH:
     case VT_PTR: // a message, which is the only object that is ever asked for
-        return Variant::FromObject(New(L"EmailData"));
+        return New(L"EmailData");
     default:
-        return Variant::FromLong(member == L"Timeout" ? Below(5) : number);
+        return member == L"Timeout" ? static_cast<long>(Below(5)) : number;
     }
 }
 
@@ -209,15 +172,6 @@ void RandomCalls::Drop(size_t index) {
         entry.sink->Release();
     } else {
         dropped_.push_back(std::move(entry)); // its event needs this thread
-    }
-}
-
-void RandomCalls::PostStrayMessages() {
-    const UINT message = Below(2) ? WM_USER : WM_CLOSE;
-    EnumWindows(Disturb, static_cast<LPARAM>(message));
-    for (HWND window = nullptr;
-         (window = FindWindowExW(HWND_MESSAGE, window, nullptr, nullptr)) != nullptr;) {
-        Disturb(window, static_cast<LPARAM>(message));
     }
 }
 

@@ -6,9 +6,7 @@
 #include "platform/adapters/StaticAdapter.h"
 #include "tests/support/ScratchRegistry.h"
 
-#include <initializer_list>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tervane::test {
@@ -21,6 +19,7 @@ public:
     ScratchHive running{RegistryHive::kDynamicData};
 };
 
+inline constexpr wchar_t kNetworkClass[] = L"{4D36E972-E325-11CE-BFC1-08002BE10318}";
 inline constexpr wchar_t kServices[] = L"System\\CurrentControlSet\\Services\\";
 inline constexpr wchar_t kInterfaces[] =
     L"System\\CurrentControlSet\\Services\\Tcpip\\Parameters\\Interfaces\\";
@@ -34,7 +33,30 @@ struct NtCard {
     std::wstring service = L"E100B";
     bool isListedAsCard = true;
 };
-void AddNtCard(const AdapterHives& hives, const NtCard& card);
+inline void AddNtCard(const AdapterHives& hives, const NtCard& card) {
+    const std::wstring driverKey = std::wstring(kNetworkClass) + L"\\" + card.number;
+    if (card.isListedAsCard) {
+        const RegistryKey entry = hives.machine.Create(
+            L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\" + card.number);
+        entry.WriteText(L"ServiceName", card.instance);
+        entry.WriteText(L"Description", card.description);
+    }
+    const RegistryKey classKey =
+        hives.machine.Create(L"System\\CurrentControlSet\\Control\\Class\\" + driverKey);
+    classKey.WriteText(L"NetCfgInstanceId", card.instance);
+    classKey.WriteText(L"DriverDesc", card.description);
+    if (!card.device.empty()) {
+        const RegistryKey device =
+            hives.machine.Create(L"System\\CurrentControlSet\\Enum\\" + card.device);
+        device.WriteText(L"Class", L"Net");
+        device.WriteText(L"ClassGUID", kNetworkClass);
+        device.WriteText(L"DeviceDesc", card.description);
+        device.WriteText(L"Driver", driverKey);
+        device.WriteText(L"Service", card.service);
+        device.WriteNumber(L"ConfigFlags", 0);
+    }
+    hives.machine.Create(kInterfaces + card.instance);
+}
 
 // The 9x family: a device with its class key and, unless `tcpip` is empty, an instance of TCP/IP
 // with its class key.
@@ -46,12 +68,51 @@ struct OldCard {
     std::wstring hardwareId;
     std::wstring tcpip = L"0000"; // number of the instance of TCP/IP, and of its class key
 };
-void AddOldCard(const AdapterHives& hives, const OldCard& card);
+inline void AddOldCard(const AdapterHives& hives, const OldCard& card) {
+    const RegistryKey device = hives.machine.Create(L"Enum\\" + card.place);
+    device.WriteText(L"Class", L"Net");
+    device.WriteText(L"DeviceDesc", card.description);
+    device.WriteText(L"Driver", L"Net\\" + card.number);
+    device.WriteText(L"HardwareID", card.hardwareId);
+    hives.machine.Create(std::wstring(kServices) + L"Class\\Net\\" + card.number)
+        .WriteText(L"DeviceVxDs", card.driver);
+    if (card.tcpip.empty()) {
+        return;
+    }
+    hives.machine.Create(L"Enum\\" + card.place + L"\\Bindings")
+        .WriteText(L"MSTCP\\" + card.tcpip, L"");
+    hives.machine.Create(L"Enum\\Network\\MSTCP\\" + card.tcpip)
+        .WriteText(L"Driver", L"NetTrans\\" + card.tcpip);
+    const RegistryKey settings =
+        hives.machine.Create(std::wstring(kServices) + L"Class\\NetTrans\\" + card.tcpip);
+    settings.WriteText(L"IPAddress", L"0.0.0.0");
+    settings.WriteText(L"IPMask", L"0.0.0.0");
+}
 // As the system does while the device runs.
-void SetProblem(const AdapterHives& hives, const std::wstring& place, DWORD problem);
+inline void SetProblem(const AdapterHives& hives, const std::wstring& place, DWORD problem) {
+    std::wstring name = place;
+    for (wchar_t& letter : name) {
+        letter = letter == L'\\' ? L'_' : letter;
+    }
+    const RegistryKey running = hives.running.Create(L"Config Manager\\Enum\\" + name);
+    running.WriteText(L"HardWareKey", place);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&problem);
+    running.WriteBytes(L"Problem", {bytes, sizeof(problem)});
+}
 
 // The settings of an adapter in one line: "10.0.0.9 255.0.0.0 10.0.0.1 dhcp dns 10.0.0.2,10.0.0.3
 // wins 10.0.0.4", with "static dns" for name servers of its own and "dhcp" only where it is on.
-std::wstring SettingsOf(const StaticAdapter& adapter);
+inline std::wstring SettingsOf(const StaticAdapter& adapter) {
+    const auto list = [](const wchar_t* name, const std::vector<std::wstring>& servers) {
+        std::wstring text;
+        for (const std::wstring& server : servers) {
+            text += (text.empty() ? name : L",") + server;
+        }
+        return text;
+    };
+    return adapter.ipAddress + L" " + adapter.subnetMask + L" " + adapter.defaultGateway +
+           (adapter.usingDhcp ? L" dhcp" : L"") + (adapter.isDnsStatic ? L" static" : L"") +
+           list(L" dns ", adapter.nameServers) + list(L" wins ", adapter.winsServers);
+}
 
 } // namespace tervane::test

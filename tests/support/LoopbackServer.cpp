@@ -193,4 +193,31 @@ void LoopbackServer::AnswerName() const {
     }
 }
 
+namespace {
+
+void PrepareMail(IDispatch* control, const wchar_t* name, int port) {
+    const std::pair<const wchar_t*, Argument> settings[] = {{name, L"127.0.0.1"},
+                                                            {L"Port", port},
+                                                            {L"Login", L"me"},
+                                                            {L"Password", L"secret"},
+                                                            {L"Timeout", 5}};
+    for (const auto& [property, value] : settings) {
+        Write(control, property, value);
+    }
+}
+
+} // namespace
+
+void PrepareSmtp(IDispatch* smtp, const LoopbackServer& server, const ComPtr<IDispatch>& mail) {
+    Write(mail.Get(), L"From", L"me@a.example");
+    Write(mail.Get(), L"To", L"you@b.example");
+    Write(mail.Get(), L"TextMessage", L"text");
+    Write(smtp, L"EmailData", mail);
+    PrepareMail(smtp, L"SmtpServer", server.Port(LoopbackServer::kSmtp));
+}
+
+void PreparePop(IDispatch* pop, const LoopbackServer& server) {
+    PrepareMail(pop, L"PopServer", server.Port(LoopbackServer::kPop3));
+}
+
 } // namespace tervane::test

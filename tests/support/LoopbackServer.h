@@ -5,9 +5,10 @@
 // which count allocations see only those of the client. For conversations with mistakes in them
 // see ScriptedServer.
 
-#include "ZelBase/Handles.h"
-
 #include <winsock2.h>
+
+#include "ZelBase/Handles.h"
+#include "support/TestComponent.h"
 
 #include <atomic>
 
@@ -51,5 +52,10 @@ private:
     std::atomic<bool> ending_ = false;
     ZelBase::UniqueHandle thread_;
 };
+
+// Settings with which an object sends to such a server, and reads from it.
+void PrepareSmtp(IDispatch* smtp, const LoopbackServer& server,
+                 const ComPtr<IDispatch>& mail = New(L"EmailData"));
+void PreparePop(IDispatch* pop, const LoopbackServer& server);
 
 } // namespace tervane::test

@@ -11,15 +11,11 @@
 
 namespace tervane::test {
 
-struct MemoryUse {
-    size_t resident; // bytes
-    size_t committed;
-};
-
-inline MemoryUse MemoryInUse() {
+// Bytes.
+inline size_t CommittedMemory() {
     PROCESS_MEMORY_COUNTERS counters = {};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-    return {counters.WorkingSetSize, counters.PagefileUsage};
+    return counters.PagefileUsage;
 }
 
 } // namespace tervane::test

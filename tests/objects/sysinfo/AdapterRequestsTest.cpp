@@ -31,28 +31,6 @@ TEST(RequestIds, AreTheCallersBelowAThousandAndElseDrawn) {
     }
 }
 
-TEST(AdapterInterfaces, AreNamedByTheirIdentifiersInAnyCase) {
-    const struct {
-        const wchar_t* text;
-        const IID* iid;
-    } cases[] = {
-        {L"B6254272-8523-427F-BF02-77A076A8A9FD", &IID_IStaticAdapterInfo},
-        {L"b6254272-8523-427f-bf02-77a076a8a9fd", &IID_IStaticAdapterInfo},
-        {L"8E92E2FF-4CE5-4DED-8360-5E6342F08340", &IID_ILiveAdapterInfo},
-        {L"76d636e1-1924-46f8-9f21-4771a07ea0e3", &IID_IStaticAdapterInfo2},
-        {L"c4fef9b0-0ef2-40e6-9474-36a915527057", &IID_ILiveAdapterInfo2},
-        {L"{C4FEF9B0-0EF2-40E6-9474-36A915527057}", nullptr},
-        {L"C4FEF9B0-0EF2-40E6-9474-36A91552705", nullptr},
-        {L"C4FEF9B0-0EF2-40E6-9474-36A9155270577", nullptr},
-        {L" C4FEF9B0-0EF2-40E6-9474-36A915527057", nullptr},
-        {L"05837B0B-B8AC-45A8-A70E-7AF18D1BCFE4", nullptr}, // another interface of the library
-        {L"", nullptr},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(FindAdapterInterface(row.text), row.iid) << row.text;
-    }
-}
-
 TEST(AdapterInterfaces, AreNotGatheredForAnObjectThatGoes) {
     for (const bool stop : {false, true}) {
         EXPECT_EQ(!stop, GatherAdapters(IID_IStaticAdapterInfo2, stop).has_value());

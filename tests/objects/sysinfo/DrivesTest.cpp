@@ -1,6 +1,8 @@
-// Drives: the arithmetic of their sizes, drives as a table, and real ones.
+// Drives: the arithmetic of their sizes, drives as a table, what a snapshot makes of them, and real
+// ones.
 
 #include "objects/sysinfo/Drives.h"
+#include "objects/sysinfo/SystemSnapshot.h"
 #include "support/MappedDrive.h"
 #include "support/OtherWindows.h"
 
@@ -125,6 +127,26 @@ TEST(DrivesTest, MeasuresWithAndWithoutTheNewerFunction) {
         EXPECT_EQ(0u, tested.SpaceOf('Q').total);
         EXPECT_EQ(0u, tested.SpaceOf('Q').free);
     }
+}
+
+TEST(DrivesTest, FindsTheHardDriveWithTheMostFreeSpace) {
+    const DriveApi api = {&TypeOf, &Space, &Clusters, &WindowsFolder};
+    const auto expect = [&api](const char* letters, std::vector<long> figures) {
+        SystemSnapshot snapshot;
+        snapshot.driveLetters = letters;
+        FillDriveFigures(Drives(api), snapshot);
+        EXPECT_EQ(figures,
+                  (std::vector<long>{snapshot.systemDriveIndex, snapshot.systemDriveTotalSize,
+                                     snapshot.systemDriveFreeSpace, snapshot.largestFreeDriveIndex,
+                                     snapshot.largestFreeDriveSpace}));
+    };
+    drives = {{'C', {DRIVE_FIXED, 140 * kMegabyte, 70 * kMegabyte}},
+              {'D', {DRIVE_FIXED, 200 * kMegabyte, 100 * kMegabyte}},
+              {'E', {DRIVE_FIXED, 200 * kMegabyte, 100 * kMegabyte}},
+              {'F', {DRIVE_REMOTE, 1800 * kMegabyte, 900 * kMegabyte}}};
+    expect("CDEF", {1, 200, 100, 1, 100});
+    drives = {{'C', {DRIVE_FIXED, 0, 0}}, {'D', {DRIVE_REMOTE, 14 * kMegabyte, 7 * kMegabyte}}};
+    expect("C", {-1, 0, 7, -1, 0}); // not D, where the system is
 }
 
 TEST(DrivesTest, KnowsTheRealOnes) {

@@ -1,11 +1,10 @@
 // The whole snapshot: of this machine, compared with what the plain calls and the kernel's own
-// files say, as every Windows that Wine can play, and its parts on machines made up for the
-// purpose.
+// files say, and as every Windows that Wine can play; the network's names and the releases of
+// Windows made up.
 
 #include "objects/sysinfo/SystemSnapshot.h"
 
 #include "ZelBase/text/AnsiText.h"
-#include "objects/sysinfo/Drives.h"
 #include "objects/sysinfo/NetworkIdentity.h"
 #include "objects/sysinfo/OsRelease.h"
 #include "support/FakeIpHelper.h"
@@ -16,7 +15,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <map>
 
 namespace tervane {
 namespace {
@@ -158,49 +156,6 @@ TEST(SystemSnapshotTest, LacksOnlyWhatTheRegistryLacks) {
     EXPECT_EQ(2195, GatherSystemSnapshot("C").osBuildNumber);
 }
 
-// In MB.
-std::map<char, std::pair<UINT, unsigned>> drives;
-
-UINT WINAPI TypeOf(LPCSTR root) {
-    return drives.count(root[0]) ? drives[root[0]].first : DRIVE_NO_ROOT_DIR;
-}
-
-BOOL WINAPI Space(LPCSTR root, PULARGE_INTEGER free, PULARGE_INTEGER total, PULARGE_INTEGER) {
-    free->QuadPart = std::uint64_t{drives[root[0]].second} << 20;
-    total->QuadPart = 2 * free->QuadPart;
-    return TRUE;
-}
-
-UINT WINAPI WindowsFolder(LPSTR folder, UINT) {
-    return static_cast<UINT>(strlen(strcpy(folder, "d:\\WINDOWS")));
-}
-
-TEST(DriveFiguresTest, FindsTheHardDriveWithTheMostFreeSpace) {
-    const DriveApi api = {&TypeOf, &Space, nullptr, &WindowsFolder};
-    const auto figures = [&api](const char* letters) {
-        SystemSnapshot snapshot;
-        snapshot.driveLetters = letters;
-        FillDriveFigures(Drives(api), snapshot);
-        return snapshot;
-    };
-    drives = {{'C', {DRIVE_FIXED, 70}},
-              {'D', {DRIVE_FIXED, 100}},
-              {'E', {DRIVE_FIXED, 100}},
-              {'F', {DRIVE_REMOTE, 900}}};
-    SystemSnapshot found = figures("CDEF");
-    EXPECT_EQ(1, found.systemDriveIndex);
-    EXPECT_EQ(200, found.systemDriveTotalSize);
-    EXPECT_EQ(100, found.systemDriveFreeSpace);
-    EXPECT_EQ(1, found.largestFreeDriveIndex);
-    EXPECT_EQ(100, found.largestFreeDriveSpace);
-
-    drives = {{'C', {DRIVE_FIXED, 0}}, {'D', {DRIVE_REMOTE, 7}}};
-    found = figures("C");
-    EXPECT_EQ(-1, found.systemDriveIndex);
-    EXPECT_EQ(-1, found.largestFreeDriveIndex);
-    EXPECT_EQ(0, found.largestFreeDriveSpace);
-}
-
 // Network parameters of the test's choice.
 class FakeParameters final : public test::FakeIpHelper {
 public:
@@ -216,22 +171,6 @@ public:
 };
 
 using Servers = std::vector<std::wstring>;
-
-// A value that somebody has filled with rubbish.
-TEST(NetworkIdentityTest, TakesListsOfAnyLength) {
-    constexpr size_t kServers = 80'000;
-    const test::ScratchHive machine(RegistryHive::kLocalMachine);
-    std::wstring list;
-    for (size_t number = 0; number < kServers; ++number) {
-        list += std::to_wstring(number) + L",";
-    }
-    machine.Create(L"System\\CurrentControlSet\\Services\\Tcpip\\Parameters")
-        .WriteText(L"NameServer", list);
-    const ULONGLONG start = GetTickCount64();
-    const auto identity = ReadNetworkIdentity(FakeParameters(), PlatformFamily::kXp, {});
-    EXPECT_LT(GetTickCount64() - start, 2000u);
-    EXPECT_EQ(kServers, identity.dnsServers.size());
-}
 
 TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     const test::ScratchHive machine(RegistryHive::kLocalMachine);
@@ -294,6 +233,62 @@ TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
     memset(library.parameters->DomainName, 'y', sizeof(library.parameters->DomainName));
     identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
     EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
+}
+
+TEST(OsReleaseTest, ClassifiesEveryRow) {
+    const struct {
+        VersionRecord version;
+        const wchar_t* code;
+    } rows[] = {
+        {{1, 4, 0, "", 0, 0}, L"win95osr1"},
+        {{1, 4, 0, " B", 0, 0}, L"win95osr2"},
+        {{1, 4, 0, "  B", 0, 0}, L"win95osr1"},
+        {{1, 4, 0, " C", 0, 0}, L"win95osr2.5"},
+        {{1, 4, 1, "", 0, 0}, L"win98fe"},
+        {{1, 4, 10, "", 0, 0}, L"win98fe"},
+        {{1, 4, 10, " A ", 0, 0}, L"win98se"},
+        {{1, 4, 11, "", 0, 0}, L"winme"},
+        {{2, 4, 0, "", 0, 0}, L"winnt4"},
+        {{2, 4, 0, "Service Pack 1", 0, 0}, L"winnt4sp1"},
+        {{2, 4, 0, "Service Pack 5", 0, 0}, L"winnt4sp5"},
+        {{2, 4, 0, "Service Pack 6a", 0, 0}, L"winnt4sp6"},
+        {{2, 4, 0, "Service Pack -1", 0, 0}, L"winnt4spgt6"},
+        {{2, 4, 0, "Service Pack", 0, 0}, L"winnt4"},
+        {{2, 6, 1, "Service Pack 1", 0x80, 3}, L"winnt4sp1"},
+        {{2, 5, 0, "", 0, 1}, L"win2k"},
+        {{2, 5, 0, "Service Pack 1", 0, 1}, L"win2ksp1"},
+        {{2, 5, 0, "Service Pack 3", 0, 1}, L"win2ksp3"},
+        {{2, 5, 0, "Service Pack 4", 0, 1}, L"win2kgtsp3"},
+        {{2, 5, 0, "", 0, 3}, L"win2ksrvr"},
+        {{2, 5, 0, "Service Pack 1", 0, 2}, L"win2ksrvrsp1"},
+        {{2, 5, 2, "Service Pack 2", 0, 3}, L"win2ksrvrsp2"},
+        {{2, 5, 0, "Service Pack 4", 0, 3}, L"win2ksrvrgtwp3"},
+        {{2, 5, 0, "", 0x2, 3}, L"win2kadvsrvr"},
+        {{2, 5, 0, "Service Pack 1", 0x2, 3}, L"win2kadvsrvrsp1"},
+        {{2, 5, 0, "Service Pack 2", 0x2, 1}, L"win2kadvsrvrsp2"},
+        {{2, 5, 0, "Service Pack 12", 0x2, 3}, L"win2kadvsrvrgtsp3"},
+        {{2, 5, 0, "", 0x82, 3}, L"win2kdatacntrsrvr"},
+        {{2, 5, 0, "Service Pack 1", 0x80, 3}, L"win2kdatacntrsrvrsp1"},
+        {{2, 5, 0, "Service Pack 3", 0x80, 3}, L"win2kdatacntrsrvrsp3"},
+        {{2, 5, 0, "Service Pack 4", 0x80, 3}, L"win2kdatacntrsrvrgtsp3"},
+        {{2, 5, 1, "", 0x200, 1}, L"winxpper"},
+        {{2, 5, 1, "Service Pack 1", 0x200, 1}, L"winxpper"},
+        {{2, 5, 1, "Service Pack 1", 0x100, 1}, L"winxppro"},
+        {{0, 3, 11, "", 0, 0}, L"error"},
+    };
+    for (const auto& [version, code] : rows) {
+        EXPECT_STREQ(code, OsCode(ClassifyOs(version)))
+            << version.major << "." << version.minor << " " << version.serviceText;
+    }
+    EXPECT_STREQ(L"error", OsCode(ClassifyOs(std::nullopt)));
+}
+
+TEST(OsReleaseTest, HasTwoCodesThatNoSystemGets) {
+    EXPECT_STREQ(L"winxppersp1", OsCode(37));
+    EXPECT_STREQ(L"winxpprosp1", OsCode(38));
+    for (const int number : {-1, 0, 39}) {
+        EXPECT_STREQ(L"error", OsCode(number));
+    }
 }
 
 } // namespace

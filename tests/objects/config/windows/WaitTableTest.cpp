@@ -89,31 +89,6 @@ TEST(WaitTable, NumbersWaitsAndPassesOnHowTheyEnded) {
     EXPECT_EQ(0, Start(*table, reports, &MetAtOnce));
 }
 
-TEST(WaitTable, AbortsRunningWaitsAndForgivesEndedOnes) {
-    Reports reports;
-    const auto table = std::make_shared<WaitTable>();
-    const LONG running = Start(*table, reports, &UntilAborted);
-    EXPECT_EQ(WaitTable::AbortResult::kUnknown, table->Abort(running + 1));
-    EXPECT_EQ(WaitTable::AbortResult::kAborted, table->Abort(running));
-    ASSERT_TRUE(reports.WaitForOne());
-    EXPECT_EQ(WaitTable::AbortResult::kUnknown, table->Abort(running)); // its entry is gone
-
-    const LONG ended = Start(*table, reports, &MetAtOnce);
-    ASSERT_TRUE(reports.WaitForOne());
-    EXPECT_EQ(WaitTable::AbortResult::kAborted, table->Abort(ended));
-    const LONG late = Start(*table, reports, [](HANDLE abort) {
-        WaitForSingleObject(abort, INFINITE);
-        return WaitResult::kMet; // loses to the abort
-    });
-    table->Abort(late);
-    ASSERT_TRUE(reports.WaitForOne());
-    table->Close();
-    EXPECT_EQ((All{{running, WaitResult::kAborted},
-                   {ended, WaitResult::kMet},
-                   {late, WaitResult::kAborted}}),
-              reports.All());
-}
-
 TEST(WaitTable, EndsRunningWaitsInSilenceWithTheirOwner) {
     Reports reports;
     const auto table = std::make_shared<WaitTable>();
