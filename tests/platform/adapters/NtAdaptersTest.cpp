@@ -99,8 +99,9 @@ TEST_F(NtAdaptersTest, KeepsTheStaticAddressWhileDhcpIsOn) {
     settings.WriteNumber(L"EnableDHCP", 1);
     settings.WriteTexts(L"IPAddress", Texts{L"10.9.9.9"});
     settings.WriteText(L"Domain", L"own.test");
+    settings.WriteTexts(L"NameServerList", Texts{L"10.9.0.1"});
     const StaticAdapter card = Find(List(), kOther);
-    EXPECT_EQ(L"10.9.9.9 0.0.0.0 0.0.0.0 dhcp", test::SettingsOf(card));
+    EXPECT_EQ(L"10.9.9.9 0.0.0.0 0.0.0.0 dhcp static dns 10.9.0.1", test::SettingsOf(card));
     EXPECT_EQ(L"own.test", card.domainName);
     EXPECT_TRUE(card.isEthernet);
     EXPECT_EQ(L"Ethernet", card.adapterType);
