@@ -58,6 +58,9 @@ public:
     void ClearReceiveBuffer();
     void SetLineMode(bool lineMode);
     void BeginClosing() { closing_ = true; }
+    // Ends `socket`, perhaps in a callback. Opened anew there, it may be calling on another thread,
+    // which waits for the mutex of this callback; its end waits for that thread.
+    void Release(std::shared_ptr<TcpNonBlockingClientSocket> socket) ZELBASE_NO_LOCK_ANALYSIS;
 
     void OnAccept(void* context, int error) override;
     void OnClose(void* context, int error) override;
@@ -118,6 +121,18 @@ Result ATcpNonBlockingLineSocket::InternalListener::WithLock(Operation operation
                      "Mutex ThreadTerminate Exception at %s line %d", kSourcePath, line);
     }
     return failure;
+}
+
+void ATcpNonBlockingLineSocket::InternalListener::Release(
+    std::shared_ptr<TcpNonBlockingClientSocket> socket) ZELBASE_NO_LOCK_ANALYSIS {
+    const bool isCallback = mutex_.OwnerThreadId() == GetCurrentThreadId();
+    if (isCallback) {
+        mutex_.Unlock();
+    }
+    socket.reset();
+    if (isCallback) {
+        mutex_.Lock(nullptr); // which the callback gives back at its end
+    }
 }
 
 bool ATcpNonBlockingLineSocket::InternalListener::Create(TcpNonBlockingLineSocketListener* listener,
@@ -395,6 +410,7 @@ ATcpNonBlockingLineSocket::ATcpNonBlockingLineSocket()
 
 ATcpNonBlockingLineSocket::~ATcpNonBlockingLineSocket() {
     internal_->BeginClosing();
+    internal_->Release(std::move(socket_));
 }
 
 ATcpNonBlockingLineSocket*

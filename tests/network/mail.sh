@@ -71,20 +71,52 @@ postlog unix-dgram n - n - 1 postlogd
 EOF
 }
 
+# Version 2.4 renamed most settings and refuses those of 2.3.
 write_dovecot_configuration() {
-    cat <<EOF
+    local boxes="$mail/boxes/%n" sasl
+    case $(dovecot --version) in
+    2.[0-3].*)
+        sasl=address
+        cat <<EOF
 protocols = pop3
 disable_plaintext_auth = no
 auth_mechanisms = plain login
-mail_location = maildir:$mail/boxes/%n
+mail_location = maildir:$boxes
 passdb {
   driver = static
   args = password=s3cret
 }
 userdb {
   driver = static
-  args = uid=$mailUser gid=$mailUser home=$mail/boxes/%n
+  args = uid=$mailUser gid=$mailUser home=$boxes
 }
+EOF
+        ;;
+    *)
+        sasl=listen
+        boxes="$mail/boxes/%{user | username}"
+        cat <<EOF
+dovecot_config_version = 2.4.0
+dovecot_storage_version = 2.4.0
+protocols = pop3
+auth_allow_cleartext = yes
+auth_mechanisms = plain login
+mail_driver = maildir
+mail_path = $boxes
+passdb static {
+  password = s3cret
+}
+userdb static {
+  fields {
+    uid = $mailUser
+    gid = $mailUser
+    home = $boxes
+  }
+}
+EOF
+        ;;
+    esac
+    cat <<EOF
 base_dir = $mail/dovecot
 log_path = $mail/dovecot.log
 listen = 127.0.0.1
@@ -92,7 +124,7 @@ ssl = no
 first_valid_uid = $mailUser
 service auth {
   inet_listener sasl {
-    address = 127.0.0.1
+    $sasl = 127.0.0.1
     port = 12345
   }
 }

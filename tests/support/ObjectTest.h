@@ -9,7 +9,8 @@
 
 namespace tervane::test {
 
-inline constexpr DWORD kPatience = 30000; // ms, for whatever must come
+inline constexpr DWORD kPatience = 60000; // ms, for whatever must come: a mail step that a busy
+                                          // machine has dropped takes 30 s to end
 
 // One call and its answer in the words of `Say`. A name that ends in "=" puts a property.
 struct Exchange {
