@@ -404,13 +404,13 @@ std::unique_ptr<ATcpNonBlockingLineSocket> ATcpNonBlockingLineSocket::Create() {
 }
 
 ATcpNonBlockingLineSocket::ATcpNonBlockingLineSocket()
-    : socket_(TcpNonBlockingClientSocket::Create()) {
-    internal_ = std::make_shared<InternalListener>(this, socket_.get());
+    : ownedSocket_(TcpNonBlockingClientSocket::Create()), socket_(ownedSocket_.get()) {
+    internal_ = std::make_shared<InternalListener>(this, socket_);
 }
 
 ATcpNonBlockingLineSocket::~ATcpNonBlockingLineSocket() {
     internal_->BeginClosing();
-    internal_->Release(std::move(socket_));
+    internal_->Release(std::move(ownedSocket_));
 }
 
 ATcpNonBlockingLineSocket*

@@ -75,8 +75,9 @@ private:
 
     // Shared with its own callbacks, so that these survive the destruction of this object.
     std::shared_ptr<InternalListener> internal_;
-    // Its end waits for callbacks, which use internal_.
-    std::shared_ptr<TcpNonBlockingClientSocket> socket_;
+    // Its end waits for callbacks, which use internal_ and, by the bare pointer, the socket.
+    std::shared_ptr<TcpNonBlockingClientSocket> ownedSocket_;
+    TcpNonBlockingClientSocket* const socket_;
 };
 
 } // namespace ZelNet

@@ -54,7 +54,7 @@ bool SendQueue::Append(std::unique_ptr<SendSource> source) {
 }
 
 std::size_t SendQueue::Size() const {
-    std::size_t size = front_.Size();
+    std::size_t size = front_.Size() + lost_;
     for (const auto& source : sources_) {
         size += source->Remaining();
     }
@@ -62,12 +62,13 @@ std::size_t SendQueue::Size() const {
 }
 
 bool SendQueue::Peek(char* dest, std::size_t count) {
-    return Fill(count) && front_.Read(dest, count, true);
+    return lost_ == 0 && Fill(count) && front_.Read(dest, count, true);
 }
 
 void SendQueue::Clear() {
     front_.Clear();
     sources_.clear();
+    lost_ = 0;
 }
 
 // Reads sources until there are `count` bytes in front.
@@ -79,6 +80,7 @@ bool SendQueue::Fill(std::size_t count) {
         const bool isKept = front_.Append(block, read);
         ZelBase::WipeMemory(block, read);
         if (!isKept) {
+            lost_ = read;
             return false;
         }
         if (sources_.front()->Remaining() == 0) {

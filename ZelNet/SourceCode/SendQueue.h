@@ -22,7 +22,7 @@ public:
     // With what the sources have still to give.
     std::size_t Size() const;
     // Copies the first `count` bytes, which stay in the queue. False when there are fewer, and
-    // without memory.
+    // without memory: then for good, because a source is read only once.
     bool Peek(char* dest, std::size_t count);
     // Takes off bytes that have been copied; returns how many there were.
     std::size_t Skip(std::size_t count) { return front_.Skip(count); }
@@ -33,6 +33,8 @@ private:
 
     ZelBase::ADynaByteBuffer front_;
     std::deque<std::unique_ptr<SendSource>> sources_;
+    // Bytes that were read and could not be kept: what is behind them must not be sent.
+    std::size_t lost_ = 0;
 };
 
 } // namespace ZelNet
