@@ -2,11 +2,9 @@
 
 #include "ZelBase/threads/CriticalSection.h"
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <functional>
 #include <new>
@@ -229,26 +227,3 @@ abi::__cxa_eh_globals* abi::__cxa_get_globals_fast() noexcept {
 #endif
 decltype(&tervane::CreateRememberedSemaphore) importOfCreateSemaphore __asm__(
     TERVANE_IMPORT_OF_CREATE_SEMAPHORE) = &tervane::CreateRememberedSemaphore;
-
-#ifndef _WIN64
-namespace tervane {
-namespace {
-
-// The start code asks whether the host has loaded a copy of the run-time library, to register the
-// unwind tables there, and Windows looks through all folders for it. Ours is linked in, and its
-// exceptions find no tables that another copy has.
-HMODULE WINAPI FindModule(const char* name) {
-    if (std::strcmp(name, "libgcc_s_dw2-1.dll") == 0) {
-        return nullptr;
-    }
-    wchar_t wide[MAX_PATH] = {}; // all names here are ASCII
-    std::copy_n(name, std::min<std::size_t>(std::strlen(name), MAX_PATH - 1), wide);
-    return GetModuleHandleW(wide);
-}
-
-} // namespace
-} // namespace tervane
-
-decltype(&tervane::FindModule)
-    importOfGetModuleHandle __asm__("__imp__GetModuleHandleA@4") = &tervane::FindModule;
-#endif
