@@ -55,7 +55,8 @@ std::uintptr_t __stack_chk_guard = 0;
     EndProcess();
 }
 
-[[noreturn]] void __chk_fail() {
+// Declared by the system's headers, in this way.
+__attribute__((noreturn)) void __chk_fail() {
     EndProcess();
 }
 
