@@ -14,7 +14,6 @@
 namespace tervane {
 namespace {
 
-// Milliseconds.
 constexpr long kDnsTimeoutMs = 10000;
 constexpr long kTcpTimeoutMs = 4000;
 constexpr long kPingTimeoutMs = 10000;

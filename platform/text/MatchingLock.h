@@ -31,7 +31,7 @@ private:
 // perhaps in the very thread to be killed.
 class ThreadKiller {
 public:
-    // In milliseconds. A thread dies at once, unless it is inside a driver.
+    // A thread dies at once, unless it is inside a driver.
     static constexpr DWORD kLockPatienceMs = 5000;
     static constexpr DWORD kDeathPatienceMs = 1000;
 
