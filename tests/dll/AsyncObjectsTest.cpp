@@ -82,15 +82,21 @@ class AsyncObjectsTest : public testing::TestWithParam<Operation> {
 protected:
     ~AsyncObjectsTest() override { EXPECT_TRUE(CanUnloadSoon()); }
 
-    // An object that has begun.
-    static ComPtr<IDispatch> Begin(IUnknown& sink) {
-        const Operation& operation = GetParam();
-        auto object = New(operation.type);
-        if (operation.prepare) {
-            operation.prepare(object.Get());
+    static ComPtr<IDispatch> Prepare(IUnknown& sink) {
+        auto object = New(GetParam().type);
+        if (GetParam().prepare) {
+            GetParam().prepare(object.Get());
         }
         Advise(object.Get(), &sink);
-        EXPECT_EQ(operation.answer, Ask(object.Get(), operation.method, operation.arguments));
+        return object;
+    }
+    static void Start(IDispatch* object) {
+        EXPECT_EQ(GetParam().answer, Ask(object, GetParam().method, GetParam().arguments));
+    }
+    // An object that has begun.
+    static ComPtr<IDispatch> Begin(IUnknown& sink) {
+        auto object = Prepare(sink);
+        Start(object.Get());
         return object;
     }
     // Whether everybody forgets the sink.
@@ -144,13 +150,17 @@ TEST_P(AsyncObjectsTest, TellsItsEndWhenItWasDroppedUnlessItEndsWithTheObject) {
 TEST_P(AsyncObjectsTest, MayLoseItsLastReferenceInsideItsEvent) {
     RecordingSink dropping;
     RecordingSink next; // is called all the same
-    auto object = Begin(dropping);
+    auto object = Prepare(dropping);
     Advise(object.Get(), &next);
+    const ZelBase::UniqueHandle started(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     dropping.onEvent = [&](DISPID) {
+        WaitForSingleObject(started.Get(), kPatience); // else the call has the last reference
         dropping.Forget();
         object.Reset();
         return E_FAIL;
     };
+    Start(object.Get());
+    SetEvent(started.Get());
     EXPECT_TRUE(dropping.WaitFor(1, kPatience));
     EXPECT_TRUE(next.WaitFor(1, kPatience));
     EXPECT_TRUE(IsLeft(next) && IsLeft(dropping));

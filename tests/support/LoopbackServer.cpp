@@ -1,12 +1,12 @@
 #include "support/LoopbackServer.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace tervane::test {
 namespace {
-
-constexpr long kStep = 50'000; // µs; how often it looks whether it shall end
 
 struct Answer {
     std::string_view word; // "" for the greeting
@@ -80,15 +80,18 @@ LoopbackServer::LoopbackServer(const char* nameServer) {
         getsockname(listening_[i], reinterpret_cast<sockaddr*>(&name), &length);
         ports_[i] = ntohs(name.sin_port);
         listen(listening_[i], SOMAXCONN);
+        WSAEventSelect(listening_[i], wake_.Get(), FD_ACCEPT);
     }
     if (nameServer) {
         names_ = Bind(SOCK_DGRAM, nameServer, 53);
+        WSAEventSelect(names_, wake_.Get(), FD_READ);
     }
     thread_.Reset(CreateThread(nullptr, 0, &LoopbackServer::Run, this, 0, nullptr));
 }
 
 LoopbackServer::~LoopbackServer() {
     ending_ = true;
+    SetEvent(wake_.Get());
     WaitForSingleObject(thread_.Get(), INFINITE);
     for (const Session& session : sessions_) {
         closesocket(session.socket);
@@ -105,65 +108,56 @@ DWORD WINAPI LoopbackServer::Run(void* self) {
     return 0;
 }
 
+// Nobody blocks: whatever has woken the thread, each socket is asked for all that it has.
 void LoopbackServer::Serve() {
-    while (!ending_) {
-        fd_set readable;
-        FD_ZERO(&readable);
-        for (const SOCKET socket : listening_) {
-            FD_SET(socket, &readable);
-        }
-        for (const Session& session : sessions_) {
-            if (session.socket != INVALID_SOCKET) {
-                FD_SET(session.socket, &readable);
-            }
-        }
-        if (names_ != INVALID_SOCKET) {
-            FD_SET(names_, &readable);
-        }
-        timeval step{0, kStep};
-        if (select(0, &readable, nullptr, nullptr, &step) <= 0) {
-            continue;
+    while (WaitForSingleObject(wake_.Get(), INFINITE) == WAIT_OBJECT_0 && !ending_) {
+        for (const Service service : {kSmtp, kPop3}) {
+            Accept(service);
         }
         for (Session& session : sessions_) {
-            if (session.socket != INVALID_SOCKET && FD_ISSET(session.socket, &readable) &&
-                !Receive(session)) {
+            if (session.socket != INVALID_SOCKET && !Receive(session)) {
                 closesocket(session.socket);
                 session.socket = INVALID_SOCKET;
             }
         }
-        for (const Service service : {kSmtp, kPop3}) {
-            if (FD_ISSET(listening_[service], &readable)) {
-                Accept(service);
-            }
-        }
-        if (names_ != INVALID_SOCKET && FD_ISSET(names_, &readable)) {
-            AnswerName();
+        while (names_ != INVALID_SOCKET && AnswerName()) {
         }
     }
 }
 
 void LoopbackServer::Accept(Service service) {
-    const SOCKET accepted = accept(listening_[service], nullptr, nullptr);
-    for (Session& session : sessions_) {
-        if (session.socket == INVALID_SOCKET) {
-            session.socket = accepted;
-            session.service = service;
-            session.length = 0;
-            Reply(accepted, service, "");
-            return;
+    SOCKET accepted;
+    while ((accepted = accept(listening_[service], nullptr, nullptr)) != INVALID_SOCKET) {
+        const auto free =
+            std::find_if(std::begin(sessions_), std::end(sessions_),
+                         [](const Session& session) { return session.socket == INVALID_SOCKET; });
+        if (free == std::end(sessions_)) {
+            closesocket(accepted);
+            continue;
         }
+        WSAEventSelect(accepted, wake_.Get(), FD_READ | FD_CLOSE);
+        free->socket = accepted;
+        free->service = service;
+        free->length = 0;
+        Reply(accepted, service, "");
     }
-    closesocket(accepted);
 }
 
 // False when the client has closed.
-bool LoopbackServer::Receive(Session& session) const {
-    const int space = static_cast<int>(sizeof session.line) - session.length;
-    const int count = recv(session.socket, session.line + session.length, space, 0);
-    if (count <= 0) {
-        return false;
+bool LoopbackServer::Receive(Session& session) {
+    for (;;) {
+        const int space = static_cast<int>(sizeof session.line) - session.length;
+        const int count = recv(session.socket, session.line + session.length, space, 0);
+        if (count <= 0) {
+            return count < 0 && WSAGetLastError() == WSAEWOULDBLOCK;
+        }
+        session.length += count;
+        AnswerLines(session);
     }
-    std::string_view rest(session.line, static_cast<size_t>(session.length + count));
+}
+
+void LoopbackServer::AnswerLines(Session& session) {
+    std::string_view rest(session.line, static_cast<size_t>(session.length));
     for (size_t end; (end = rest.find("\r\n")) != std::string_view::npos;
          rest.remove_prefix(end + 2)) {
         if (end != 0) {
@@ -173,11 +167,10 @@ bool LoopbackServer::Receive(Session& session) const {
     // A line too long to be kept is a mail's; what follows of it is taken for the next one.
     session.length = rest.size() == sizeof session.line ? 0 : static_cast<int>(rest.size());
     std::memmove(session.line, rest.data(), static_cast<size_t>(session.length));
-    return true;
 }
 
 // The question once more, and an answer that points back to its name: RFC 1035, section 4.1.
-void LoopbackServer::AnswerName() const {
+bool LoopbackServer::AnswerName() const {
     constexpr unsigned char kFlags[] = {0x81, 0x80, 0, 1, 0, 1};
     constexpr unsigned char kRecord[] = {0xC0, 12, 0, 1, 0, 1, 0, 0, 0, 9, 0, 4, 127, 0, 0, 1};
     char message[512 + sizeof kRecord];
@@ -191,6 +184,7 @@ void LoopbackServer::AnswerName() const {
         sendto(names_, message, length + static_cast<int>(sizeof kRecord), 0,
                reinterpret_cast<sockaddr*>(&client), size);
     }
+    return length >= 0;
 }
 
 namespace {

@@ -8,8 +8,6 @@ namespace {
 
 // How long the server waits for its client, in milliseconds.
 constexpr DWORD kPatience = 20000;
-// How often it looks whether it shall end while nobody comes.
-constexpr DWORD kAcceptStep = 50;
 
 std::optional<std::string> Behind(const std::string& step, std::string_view word) {
     if (!step.starts_with(word)) {
@@ -111,6 +109,7 @@ ScriptedServer::ScriptedServer(std::vector<Script> scripts) {
     getsockname(listening_, reinterpret_cast<sockaddr*>(&address), &length);
     port_ = ntohs(address.sin_port);
     listen(listening_, SOMAXCONN);
+    WSAEventSelect(listening_, wake_.Get(), FD_ACCEPT);
     thread_ = TestThread([this, scripts = std::move(scripts)] { Serve(scripts); });
 }
 
@@ -126,6 +125,7 @@ ScriptedServer::~ScriptedServer() {
 void ScriptedServer::BreakOff() {
     const std::lock_guard lock(mutex_);
     ending_ = true;
+    SetEvent(wake_.Get());
     shutdown(session_, SD_BOTH);
 }
 
@@ -148,21 +148,21 @@ void ScriptedServer::Serve(const std::vector<Script>& scripts) {
 }
 
 SOCKET ScriptedServer::Accept() {
-    for (DWORD waited = 0; waited < kPatience; waited += kAcceptStep) {
+    do {
         {
             const std::lock_guard lock(mutex_);
             if (ending_) {
                 break;
             }
         }
-        fd_set waiting;
-        FD_ZERO(&waiting);
-        FD_SET(listening_, &waiting);
-        timeval step{0, kAcceptStep * 1000};
-        if (select(0, &waiting, nullptr, nullptr, &step) == 1) {
-            return accept(listening_, nullptr, nullptr);
+        const SOCKET accepted = accept(listening_, nullptr, nullptr);
+        if (accepted != INVALID_SOCKET) {
+            u_long isNonBlocking = 0; // as it is by its descent
+            WSAEventSelect(accepted, nullptr, 0);
+            ioctlsocket(accepted, FIONBIO, &isNonBlocking);
+            return accepted;
         }
-    }
+    } while (WaitForSingleObject(wake_.Get(), kPatience) == WAIT_OBJECT_0);
     return INVALID_SOCKET;
 }
 

@@ -17,9 +17,10 @@
 // A script that comes to its end waits for the client to close. What does not go by the script is
 // noted as a problem and ends the connection.
 
-#include "support/TestThreads.h"
-
 #include <winsock2.h>
+
+#include "ZelBase/Handles.h"
+#include "support/TestThreads.h"
 
 #include <cstdint>
 #include <string>
@@ -55,6 +56,7 @@ private:
     WSADATA winsock_;
     SOCKET listening_ = INVALID_SOCKET;
     std::uint16_t port_ = 0;
+    const ZelBase::UniqueHandle wake_{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
     TestMutex mutex_;
     SOCKET session_ = INVALID_SOCKET;
     bool ending_ = false;
