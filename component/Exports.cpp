@@ -1,4 +1,4 @@
-// The library's four exports and its entry point.
+// The library's four exports, its entry point, and what its start code asks for.
 
 #include "component/AdvisingThread.h"
 #include "component/ComEdge.h"
@@ -8,6 +8,8 @@
 #include "component/TypeLibrary.h"
 #include "objects/Classes.h"
 
+#include <algorithm>
+#include <cstring>
 #include <new>
 
 using tervane::Guarded;
@@ -70,3 +72,26 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEn
     }
     return TRUE;
 }
+
+#ifndef _WIN64
+namespace {
+
+// The start code asks whether the host has loaded a copy of the run-time library, to register the
+// unwind tables there, and the system looks for it in all folders, which takes twice as long as the
+// rest of loading. Ours is linked in, and its exceptions find no tables that another copy has.
+//
+// Here, because no program but the library may get this: in RunTimeState.cpp the linker would take
+// it, and all that is beside it, into every test program whose start code asks the same.
+HMODULE WINAPI FindModule(const char* name) {
+    if (std::strcmp(name, "libgcc_s_dw2-1.dll") == 0) {
+        return nullptr;
+    }
+    wchar_t wide[MAX_PATH] = {}; // all names here are ASCII
+    std::copy_n(name, std::min<std::size_t>(std::strlen(name), MAX_PATH - 1), wide);
+    return GetModuleHandleW(wide);
+}
+
+} // namespace
+
+decltype(&FindModule) importOfGetModuleHandle __asm__("__imp__GetModuleHandleA@4") = &FindModule;
+#endif
