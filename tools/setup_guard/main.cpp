@@ -1,11 +1,10 @@
 // What the set-up asks about the system and cannot find out by its own means. Prints one line when
 // the answer is no.
 //
-//   setup_guard folder PATH            makes the folder, if need be one that only administrators
-//   may
-//                                      change; refuses where that cannot be had
-//   setup_guard registered DLL BITS    whether all classes of the library are registered for 32- or
-//                                      64-bit programs and lead to that file
+//   setup_guard folder PATH          makes the folder, if need be one that only administrators may
+//                                    change; refuses where that cannot be had
+//   setup_guard registered DLL BITS  whether all classes of the library are registered for 32- or
+//                                    64-bit programs and lead to that file
 //
 // Exit code: 0 yes, 1 no, 2 bad usage.
 
