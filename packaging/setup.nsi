@@ -248,13 +248,17 @@ Function Register
     ${EndIf}
 FunctionEnd
 
-; Everything as it was: new registration and files out, earlier files and registration in.
-Function RollBack
-    !insertmacro Say "$Failure"
-    !insertmacro Say "Bringing back what was there before"
+Function RemoveNew
     Call UnregisterOurs
     StrCpy $R0 "$PLUGINSDIR\new-files.txt"
     Call RemoveListed
+FunctionEnd
+
+; Everything as it was: earlier files and registration in. What could not be put aside is still there.
+Function RollBack
+    !insertmacro Say "$Failure"
+    !insertmacro Say "Bringing back what was there before"
+    StrCpy $R0 "$PLUGINSDIR\new-files.txt"
     Call BringBack
     StrCpy $R0 "$PLUGINSDIR\old-files.txt"
     Call BringBack
@@ -294,9 +298,12 @@ Section
     Call PutAside
     ${If} $Failure == ""
         Call CopyNew
-    ${EndIf}
-    ${If} $Failure == ""
-        Call Register
+        ${If} $Failure == ""
+            Call Register
+        ${EndIf}
+        ${If} $Failure != ""
+            Call RemoveNew
+        ${EndIf}
     ${EndIf}
     ${If} $Failure != ""
         Call RollBack
