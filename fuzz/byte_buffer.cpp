@@ -5,19 +5,13 @@
 
 #include "ZelBase/ADynaByteBuffer.h"
 #include "ZelNet/SourceCode/LineReading.h"
+#include "fuzz/require.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 namespace {
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 class Operations {
 public:

@@ -4,18 +4,7 @@
 // it gives out is within the limits of the protocol.
 
 #include "ZelNet/SourceCode/sockets/DnsMessage.h"
-
-#include <cstdlib>
-
-namespace {
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
-} // namespace
+#include "fuzz/require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto reply = ZelNet::ParseDnsReply({data, size});

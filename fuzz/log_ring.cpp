@@ -5,24 +5,18 @@
 // advances, its header, and bytes that are repeated over all of its records. The viewer reads
 // nothing outside of it, and what it shows of each record is one line that drives no terminal.
 
+#include "fuzz/require.h"
 #include "tools/log_viewer/RecordFilter.h"
 #include "tools/log_viewer/RecordText.h"
 #include "tools/log_viewer/RingCursor.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 
 namespace {
 
 using namespace ZelBase;
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 // Outside of texts there are but names, numbers and signs; within, six bytes for what is no letter.
 void CheckJson(const std::string& json) {

@@ -10,20 +10,14 @@
 #include "ZelNet/SourceCode/mail/PopStates.h"
 #include "ZelNet/SourceCode/mail/SmtpStates.h"
 #include "ZelNet/SourceCode/mail/TextMark.h"
+#include "fuzz/require.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 constexpr std::string_view kLoneDot = "\r\n.\r\n";
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void ReadReplies(std::string_view line) {
     const ZelNet::SmtpReplyLine smtp = ZelNet::ReadSmtpReply(line);

@@ -6,23 +6,17 @@
 // and nothing passes that a registry value, a file name or a command could not hold.
 
 #include "ZelNet/SourceCode/mail/CommandText.h"
+#include "fuzz/require.h"
 #include "objects/config/browser/FavoriteName.h"
 #include "objects/config/browser/ProxyServers.h"
 #include "objects/dialup/Ipv4Text.h"
 #include "objects/email/EnvelopeAddress.h"
 
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 using namespace tervane;
-
-void Require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void ReadProxies(const std::wstring& text) {
     const ProxyServers servers = ProxyServers::Parse(text);

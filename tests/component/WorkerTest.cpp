@@ -14,13 +14,11 @@ namespace tervane {
 namespace {
 
 // Notes when it is released for the last time.
-class NotedObject final : public IUnknown {
+class NotedObject final : public test::RecordingSink {
 public:
     explicit NotedObject(std::function<void()> released) : released_(std::move(released)) {}
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
+        const ULONG left = RecordingSink::Release();
         if (left == 0) {
             released_();
         }
@@ -29,7 +27,6 @@ public:
 
 private:
     std::function<void()> released_;
-    std::atomic<ULONG> references_ = 1;
 };
 
 TEST(Worker, EndsInItsOrderEvenWhenTheWorkThrows) {
@@ -39,7 +36,7 @@ TEST(Worker, EndsInItsOrderEvenWhenTheWorkThrows) {
     HRESULT apartment = E_FAIL;
     NotedObject object([&] { steps.push_back("object"); });
     WorkerRequest request;
-    request.object.Reset(&object);
+    request.object = AddReference<IUnknown>(&object);
     std::shared_ptr<void> argument(nullptr, [&](void*) { steps.push_back("arguments"); });
     request.work = [&, argument]() {
         thread = GetCurrentThreadId();

@@ -1,13 +1,9 @@
 // AdapterInfo as scripts use it: requests, their events on this thread, and the arrays of real
 // adapters.
 
-#include <winsock2.h>
-
-#include "ZelBase/Handles.h"
+#include "ZelNet/SourceCode/IpHelper.h"
 #include "support/Classes.h"
 #include "support/ObjectTest.h"
-
-#include <iphlpapi.h>
 
 namespace tervane::test {
 namespace {
@@ -19,13 +15,10 @@ constexpr const wchar_t* kLive2 = L"c4fef9b0-0ef2-40e6-9474-36a915527057";
 
 // What the IP Helper library itself says: the description of each adapter.
 std::vector<std::wstring> RealAdapters() {
-    const ZelBase::UniqueLibrary library(LoadLibraryW(L"IPHLPAPI.DLL"));
-    const auto list = reinterpret_cast<decltype(&::GetAdaptersInfo)>(
-        reinterpret_cast<void*>(GetProcAddress(library.Get(), "GetAdaptersInfo")));
     std::vector<IP_ADAPTER_INFO> places(100);
     auto size = static_cast<ULONG>(places.size() * sizeof places[0]);
     std::vector<std::wstring> names;
-    if (list(places.data(), &size) == NO_ERROR) {
+    if (ZelNet::IpHelper::Load()->GetAdaptersInfo(places.data(), &size) == NO_ERROR) {
         for (const IP_ADAPTER_INFO* place = places.data(); place; place = place->Next) {
             const std::string name = place->Description;
             names.emplace_back(name.begin(), name.end());

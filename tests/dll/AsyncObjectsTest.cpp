@@ -1,9 +1,9 @@
 // What all operations that end with an event have in common: one event, on the right thread,
 // whatever becomes of the object and of its thread meanwhile; and nothing stays behind.
 
-#include "support/HandleCount.h"
 #include "support/LoopbackServer.h"
 #include "support/ObjectTest.h"
+#include "support/ProcessUsage.h"
 #include "support/TestThreads.h"
 
 namespace tervane::test {

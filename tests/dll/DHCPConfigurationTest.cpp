@@ -11,9 +11,9 @@ namespace {
 
 using Texts = std::vector<std::wstring>;
 
-constexpr wchar_t kCard[] = L"{0A1B2C3D-0000-4000-8000-000000000001}";
-constexpr wchar_t kGone[] = L"{0A1B2C3D-0000-4000-8000-000000000002}";
-constexpr wchar_t kWan[] = L"{0A1B2C3D-0000-4000-8000-000000000003}";
+constexpr wchar_t kCard[] = L"{card}";
+constexpr wchar_t kGone[] = L"{gone}";
+constexpr wchar_t kWan[] = L"{wan}";
 constexpr wchar_t kClass[] =
     L"System\\CurrentControlSet\\Control\\Class\\{4D36E972-E325-11CE-BFC1-08002BE10318}\\";
 
@@ -24,16 +24,9 @@ protected:
         AddNtCard(hives_, {kGone, L"0001", L"An Ethernet card", L""});
         AddNtCard(hives_, {kWan, L"0002", L"WAN Miniport (Ethernet over PPP)", L""});
         DeleteTree(RegistryHive::kLocalMachine, std::wstring(kInterfaces) + kGone);
-        Bind({kCard, kGone, kWan});
+        Fill(L"Tcpip\\Linkage: Bind=[\\Device\\{card}|\\Device\\{gone}|\\Device\\{wan}]");
     }
-    void Bind(const Texts& instances) const {
-        Texts bound;
-        for (const std::wstring& instance : instances) {
-            bound.push_back(L"\\Device\\" + instance);
-        }
-        hives_.machine.Create(std::wstring(kServices) + L"Tcpip\\Linkage")
-            .WriteTexts(L"Bind", bound);
-    }
+    void Fill(const std::wstring& text) const { hives_.machine.Fill(kServices, text); }
     RegistryKey Settings(const std::wstring& instance) const {
         return hives_.machine.Create(kInterfaces + instance);
     }
@@ -51,7 +44,7 @@ TEST_F(DHCPConfigurationTest, TellsUnknownCookiesFromFailures) {
     Answers({{L"IsRebootNeeded", {}, L"0"},
              {L"LastErrorCode", {}, L"0"},
              {L"LastError", {}, L"UNKNOWN_COOKIE"}});
-    for (const wchar_t* cookie : {L"", L"{}", L"{0a1b2c3d-0000-4000-8000-000000000001}"}) {
+    for (const wchar_t* cookie : {L"", L"{}", L"{CARD}"}) {
         Answers({{L"EnableIPToUseDhcp", {cookie, true}, L"false"},
                  {L"EnableDnsToUseDhcp", {cookie, false}, L"false"}});
     }
@@ -132,7 +125,7 @@ TEST_F(DHCPConfigurationTest, RemovesTheGatewaysOfEthernetCardsInUse) {
         const std::wstring number = std::to_wstring(1 + rows.size());
         rows.push_back({{live.interfaceName, number, unnamed, L""}, 0, 0, live.hasEthernetType});
     }
-    Texts bound;
+    std::wstring bound = L"\\Device\\x";
     for (const Row& row : rows) {
         AddNtCard(hives_, row.card);
         WriteGateway(row.card.instance);
@@ -144,10 +137,10 @@ TEST_F(DHCPConfigurationTest, RemovesTheGatewaysOfEthernetCardsInUse) {
                 .WriteNumber(L"ConfigFlags", row.flags);
         }
         if (row.isBound) {
-            bound.push_back(row.card.instance);
+            bound += L"|\\Device\\" + row.card.instance;
         }
     }
-    Bind(bound);
+    Fill(L"Tcpip\\Linkage: Bind=[" + bound + L"]");
     Answers({{L"GetRidOfStaticGateways", {}, L"true"}});
     for (const Row& row : rows) {
         ExpectGateway(row.card.instance, row.isRemoved ? L"0.0.0.0" : L"10.0.0.1");
@@ -172,9 +165,7 @@ TEST_F(DHCPConfigurationTest, DISABLED_RemovesTheGatewayOfAnOldSystem) {
 } // namespace
 
 TEST(DHCPConfigurationOnOldSystemsTest, RemovesStaticGateways) {
-    if (!IsWine()) {
-        GTEST_SKIP() << "only Wine can be told to be another Windows";
-    }
+    TERVANE_ONLY_ON_WINE();
     for (const char* version : {"win95", "win98", "winme"}) {
         EXPECT_EQ(1,
                   ValueOn(version, "DHCPConfigurationTest.DISABLED_RemovesTheGatewayOfAnOldSystem"))

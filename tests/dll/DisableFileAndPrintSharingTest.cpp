@@ -10,11 +10,8 @@ namespace {
 class DisableFileAndPrintSharingTest : public ObjectTest {
 protected:
     DisableFileAndPrintSharingTest() : ObjectTest(L"DisableFileAndPrintSharing") {}
-    void SetUp() override {
-        if (!IsWine()) {
-            GTEST_SKIP() << "would switch off the sharing of this machine";
-        }
-    }
+    // Elsewhere it would switch off the sharing of this machine.
+    void SetUp() override { TERVANE_ONLY_ON_WINE(); }
 };
 
 // Wine has the service, disabled.

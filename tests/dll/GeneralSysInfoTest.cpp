@@ -86,14 +86,11 @@ TEST_F(GeneralSysInfoTest, HandsOutDrivesAndAdapters) {
 // The way of every script: from the registry through the snapshot to the properties.
 TEST_F(GeneralSysInfoTest, TellsOfAnAdapterWhatTheRegistrySays) {
     const AdapterHives hives;
-    const wchar_t* const instance = L"{0A1B2C3D-0000-4000-8000-000000000001}";
-    AddNtCard(hives, {instance, L"0000", L"3Com EtherLink XL", L"PCI\\VEN_10B7\\1", L"EL90XBC"});
-    const RegistryKey settings = hives.machine.Create(std::wstring(kInterfaces) + instance);
-    settings.WriteNumber(L"EnableDHCP", 1);
-    settings.WriteText(L"NameServer", L"10.0.0.2,10.0.0.3");
+    AddNtCard(hives, {L"{1}", L"0000", L"3Com EtherLink XL", L"PCI\\VEN_10B7\\1", L"EL90XBC"});
+    hives.machine.Fill(kInterfaces, L"{1}: EnableDHCP=#1; NameServer=10.0.0.2,10.0.0.3");
     ASSERT_EQ(1, Figure(L"NumStaticAdapters"));
     ExpectAnswers(Item(L"GetStaticAdapterInfo", 0).Get(),
-                  {{L"Cookie", {}, instance},
+                  {{L"Cookie", {}, L"{1}"},
                    {L"Name", {}, L"3Com EtherLink XL"},
                    {L"Driver", {}, L"EL90XBC"},
                    {L"UsingDhcp", {}, L"1"},

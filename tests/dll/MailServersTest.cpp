@@ -40,13 +40,11 @@ protected:
         read.Forget();
     }
 
-    // Logs in where that is asked for.
-    std::wstring Send(int port) {
-        return Send(port, port == kAuthenticatingPort ? L"s3cret" : L"");
-    }
-    std::wstring Send(int port, const wchar_t* password) {
+    // Logs in where that is asked for, unless there is a password to log in with.
+    std::wstring Send(int port, const wchar_t* password = nullptr) {
+        const wchar_t* usual = port == kAuthenticatingPort ? L"s3cret" : L"";
         Write(smtp.Get(), L"Port", port);
-        Write(smtp.Get(), L"Password", password);
+        Write(smtp.Get(), L"Password", password ? password : usual);
         const size_t before = sent.Count();
         EXPECT_EQ(L"other true", Ask(smtp.Get(), L"SendMail"));
         EXPECT_TRUE(sent.WaitFor(before + 1, kPatience));

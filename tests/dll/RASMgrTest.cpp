@@ -66,9 +66,7 @@ TEST_F(DialUpTest, DISABLED_ReportAllMissing) {
 }
 
 TEST_F(DialUpTest, UsesWhatTheSystemHas) {
-    if (!IsWine()) {
-        GTEST_SKIP() << "only Wine can be told to be another Windows";
-    }
+    TERVANE_ONLY_ON_WINE();
     EXPECT_EQ(1, ValueOn("win98", "DialUpTest.DISABLED_ReportListing"));
     EXPECT_EQ(1, ValueOn("nt40", "DialUpTest.DISABLED_ReportListing"));
     EXPECT_EQ(1, ValueOn("winxp", "DialUpTest.DISABLED_ReportAllMissing", "rasapi32"));

@@ -1,8 +1,6 @@
 // Registry2 as scripts use it: late-bound, on real keys below HKEY_CURRENT_USER.
 
 #include "support/Classes.h"
-#include "support/HandleCount.h"
-#include "support/MemoryUse.h"
 #include "support/ObjectTest.h"
 #include "support/ScratchRegistry.h"
 
@@ -200,32 +198,6 @@ TEST_F(Registry2Test, ChangesNothingWithoutAPlaceForTheResult) {
                                             Variant::FromLong(1).Get(), nullptr));
     EXPECT_EQ(E_POINTER, Direct()->DeleteKey(kUser, path.Get(), nullptr));
     UserAnswers({{L"GetValue", {L"", L"written"}, L"empty"}, {L"DoesKeyExist", {}, L"true"}});
-}
-
-TEST_F(Registry2Test, ManyRoundsLeaveNothingBehind) {
-    const std::wstring text(100, L't');
-    const auto rounds = [&](int count) {
-        for (int i = 0; i < count; ++i) {
-            object_ = New(L"Registry2");
-            // Writing is far slower than reading.
-            if (i % 10 == 0) {
-                UserAnswers({{L"SetValue", {L"", L"text", text}, L"true"},
-                             {L"SetValue", {L"", L"texts", Texts{text, text}}, L"true"},
-                             {L"GetMatchingSubKeys", {L"", L"text", text}, L"[]"}});
-            }
-            UserAnswers({{L"GetValue", {L"", L"text"}, text},
-                         {L"GetValue", {L"", L"texts"}, L"[" + text + L", " + text + L"]"}});
-        }
-    };
-    rounds(500);
-    const size_t handles = OpenHandleCount();
-    const size_t memory = CommittedMemory();
-    ASSERT_GT(handles, 0u);
-    ASSERT_GT(memory, 0u);
-    rounds(10'000);
-    EXPECT_EQ(handles, OpenHandleCount());
-    // A text lost in every tenth round would be as much.
-    EXPECT_LT(CommittedMemory(), memory + 200'000);
 }
 
 } // namespace

@@ -44,9 +44,8 @@ std::wstring PinnedModulePath() {
 }
 
 // Arguments as DISPPARAMS has them, the last one first.
-template <size_t Count>
-void Fire(const Sinks& sinks, DISPID event, VARIANT (&arguments)[Count]) {
-    DISPPARAMS parameters = {arguments, nullptr, Count, 0};
+void Fire(const Sinks& sinks, DISPID event, std::vector<VARIANT> arguments) {
+    DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
     for (const auto& sink : sinks) {
         Variant result;
         sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
@@ -56,29 +55,25 @@ void Fire(const Sinks& sinks, DISPID event, VARIANT (&arguments)[Count]) {
 
 // The flag is passed as a number, as the component does it.
 void FireTick(const Sinks& sinks, LONG number, bool last) {
-    VARIANT arguments[2] = {};
-    arguments[0].vt = VT_I2;
-    arguments[0].iVal = last ? -1 : 0;
-    arguments[1].vt = VT_I4;
-    arguments[1].lVal = number;
-    Fire(sinks, 1, arguments);
+    VARIANT flag = {};
+    flag.vt = VT_I2;
+    flag.iVal = last ? -1 : 0;
+    Fire(sinks, 1, {flag, Variant::FromLong(number).Get()});
 }
 
 // Text by reference, so that a sink which only kept the pointer would read a dead stack.
-void FireTextListAndObject(const Sinks& sinks, IDispatch* object) {
-    const UniqueBstr text = MakeBstr(L"text");
-    BSTR byReference = text.Get();
+void FireTextListAndObject(const Sinks& sinks, ComPtr<IDispatch> object) {
+    const UniqueBstr owned = MakeBstr(L"text");
+    BSTR byReference = owned.Get();
+    VARIANT text = {};
+    text.vt = VT_BSTR | VT_BYREF;
+    text.pbstrVal = &byReference;
     std::vector<Variant> elements;
     elements.push_back(Variant::FromLong(7));
     elements.push_back(*Variant::FromText(L"seven"));
     const Variant list = *MakeArray(std::move(elements));
-    VARIANT arguments[3] = {};
-    arguments[0].vt = VT_DISPATCH;
-    arguments[0].pdispVal = object;
-    arguments[1] = list.Get();
-    arguments[2].vt = VT_BSTR | VT_BYREF;
-    arguments[2].pbstrVal = &byReference;
-    Fire(sinks, 2, arguments);
+    const Variant held = Variant::FromObject(std::move(object));
+    Fire(sinks, 2, {held.Get(), list.Get(), text});
 }
 
 void FireWithObject(const Sinks& sinks) {
@@ -87,8 +82,7 @@ void FireWithObject(const Sinks& sinks) {
     CLSIDFromProgID(L"Scripting.Dictionary", &clsid);
     CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IDispatch),
                      reinterpret_cast<void**>(object.Put()));
-    FireTextListAndObject(sinks, object.Get());
-    object.Reset();
+    FireTextListAndObject(sinks, std::move(object));
     // The object's apartment must live until the script has used it.
     Sleep(1000);
 }

@@ -11,11 +11,11 @@
 #include "memory/FailingAllocator.h"
 #include "support/AdapterRegistry.h"
 #include "support/Classes.h"
-#include "support/HandleCount.h"
 #include "support/LoopbackServer.h"
 #include "support/ObjectClasses.h"
 #include "support/ObjectTest.h"
 #include "support/OwnWindow.h"
+#include "support/ProcessUsage.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -29,8 +29,7 @@ using Texts = std::vector<std::wstring>;
 constexpr char kThisHost[] = "127.0.0.1";
 constexpr size_t kLongestAnswer = 200;
 constexpr wchar_t kLost[] = L" event lost";
-constexpr wchar_t kCard[] = L"{0A1B2C3D-0000-4000-8000-000000000001}";
-constexpr wchar_t kIdentity[] = L"{0D8E1A20-3C5B-4E5C-9A10-5B8C2D1E7F01}";
+constexpr wchar_t kCard[] = L"{1}";
 
 // One call of a member, and what may come of it beside its usual answer and E_OUTOFMEMORY.
 struct Operation {
@@ -74,12 +73,11 @@ class World {
 public:
     World() {
         AddNtCard(hives_, {kCard, L"0000", L"3Com EtherLink XL", L""});
-        hives_.machine.Create(std::wstring(kServices) + L"Tcpip\\Linkage")
-            .WriteTexts(L"Bind", Texts{std::wstring(L"\\Device\\") + kCard});
-        const RegistryKey main = user_.Create(std::wstring(L"Identities\\") + kIdentity);
-        main.WriteText(L"Username", L"Main Identity");
-        main.WriteNumber(L"Identity Ordinal", 1);
-        user_.Create(L"Software\\Test").WriteText(L"Name", L"value");
+        hives_.machine.Fill(kServices, L"Tcpip\\Linkage: Bind=[\\Device\\{1}]");
+        user_.Fill(L"", LR"(
+            Identities\{0D8E1A20-3C5B-4E5C-9A10-5B8C2D1E7F01}: Username=Main Identity
+            Identities\{0D8E1A20-3C5B-4E5C-9A10-5B8C2D1E7F01}: Identity Ordinal=#1
+            Software\Test: Name=value; Names=[a|b])");
     }
 
 private:
@@ -98,21 +96,6 @@ std::wstring TextOfStatus(HRESULT status) {
     return text;
 }
 
-std::wstring TextOfValue(const VARIANT& value) {
-    if (const auto elements = ReadArray(value)) {
-        std::wstring text = L"[";
-        for (const Variant& element : *elements) {
-            text += TextOfValue(element.Get()) + L";";
-        }
-        return text + L"]";
-    }
-    if (value.vt == VT_DISPATCH) {
-        return value.pdispVal ? L"object" : L"nothing";
-    }
-    const auto text = Variant::CopyOf(value)->As(VT_BSTR);
-    return text ? std::wstring(text->Text()) : L"-";
-}
-
 HRESULT CreateObject(const CLSID& clsid, ComPtr<IDispatch>& object) {
     ComPtr<IClassFactory> factory;
     const HRESULT found = ModuleState::Get()->ClassFactoryFor(
@@ -120,24 +103,6 @@ HRESULT CreateObject(const CLSID& clsid, ComPtr<IDispatch>& object) {
     return FAILED(found) ? found
                          : factory->CreateInstance(nullptr, IID_IDispatch,
                                                    reinterpret_cast<void**>(object.Put()));
-}
-
-// The call itself, late-bound; nothing here allocates. The type library's way of calling wraps the
-// failures of members.
-HRESULT InvokeMember(IDispatch* object, wchar_t* name, WORD kind, DISPPARAMS& parameters,
-                     VARIANT& result) {
-    DISPID id = DISPID_UNKNOWN;
-    const HRESULT found = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
-    if (FAILED(found)) {
-        return found;
-    }
-    EXCEPINFO exception = {};
-    const HRESULT called = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
-                                          &result, &exception, nullptr);
-    SysFreeString(exception.bstrSource);
-    SysFreeString(exception.bstrDescription);
-    SysFreeString(exception.bstrHelpFile);
-    return called == DISP_E_EXCEPTION ? exception.scode : called;
 }
 
 // Creates the object, calls the member while the allocation with that number fails, and waits for
@@ -151,30 +116,17 @@ Outcome Attempt(const Operation& operation, long failing) {
         operation.prepare(object.Get());
     }
     Advise(object.Get(), &sink);
-    std::vector<VARIANT> reversed(operation.arguments.size());
-    std::transform(operation.arguments.begin(), operation.arguments.end(), reversed.rbegin(),
-                   [](const Argument& argument) { return argument.value.Get(); });
-    DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    const bool puts = operation.member.ends_with(L'=');
-    std::wstring name = operation.member.substr(0, operation.member.size() - puts);
-    if (puts) {
-        parameters.rgdispidNamedArgs = &put;
-        parameters.cNamedArgs = 1;
-    }
+    LateCall call(operation.member, operation.arguments);
     Variant result;
     const std::function<bool()> hasEnded = [&sink] { return sink.events != 0; };
     FailAllocation(failing);
-    const HRESULT status =
-        InvokeMember(object.Get(), name.data(),
-                     puts ? DISPATCH_PROPERTYPUT : DISPATCH_METHOD | DISPATCH_PROPERTYGET,
-                     parameters, *const_cast<VARIANT*>(&result.Get()));
+    const HRESULT status = call.Run(object.Get(), result.Put());
     const bool begun = operation.reports && status == S_OK &&
                        (result.Type() == VT_EMPTY || result.Get().iVal != 0);
     const bool ended = !begun || PumpUntil(hasEnded, kPatience);
     Outcome outcome;
     outcome.allocations = StopFailing();
-    outcome.answer = TextOfStatus(status) + L" " + TextOfValue(result.Get());
+    outcome.answer = TextOfStatus(status) + L" " + Say(result.Get());
     if (operation.reports) {
         PumpUntil([] { return false; }, begun ? 0 : 1);
         outcome.answer +=
@@ -182,7 +134,7 @@ Outcome Attempt(const Operation& operation, long failing) {
                    : L" " + std::to_wstring(sink.events) + L":" + std::to_wstring(sink.numbers);
     }
     if (operation.status) {
-        outcome.answer += L" " + TextOfValue(Read(object.Get(), operation.status).value.Get());
+        outcome.answer += L" " + Say(Read(object.Get(), operation.status).value.Get());
     }
     return outcome;
 }
@@ -328,22 +280,21 @@ void ConnectPop(IDispatch* pop) {
 }
 
 // Refused at once, with the reason in the status; or begun, and ended with a failure.
-const Texts kMailFailures = {L"0 0 0:0 *", L"0 1 1:0 *", L"0 -1 1:0 *"};
-const Texts kRefused = {L"0 0 *"};
-const Texts kTestFailed = {L"0  1:0"};
+const Texts kMailFailures = {L"0 false 0:0 *", L"0 true 1:0 *", L"0 other true 1:0 *"};
+const Texts kRefused = {L"0 false*"};
+const Texts kTestFailed = {L"0 empty 1:0"};
 const Texts kDialFailures = {L"0 0 0:0 *", L"0 1 1:100*"};
 const Texts kWaitFailures = {L"0 0 0:0 1", L"0 1 1:101 0"};
 const Texts kListFailures = {L"0 0 0:0 1", L"0 5 1:500 0"};
 
 const wchar_t* const kAll = L"76D636E1-1924-46F8-9F21-4771A07EA0E3"; // installed adapters
+constexpr wchar_t kTester[] = L"ConnectivityTester";
+constexpr wchar_t kLastCode[] = L"LastErrorCode";
+constexpr wchar_t kTitle[] = L"Memory.*";
 const auto kPort = [] { return Server().Port(LoopbackServer::kSmtp); };
 
 const Operation kOperations[] = {
-    {L"ConfigureOutlookExpress",
-     L"AddMailAccount",
-     {L"A", L"p", L"s", L"a@b"},
-     kRefused,
-     L"LastError"},
+    {L"ConfigureOutlookExpress", L"AddMailAccount", {L"A", L"p", L"s", L"a"}, kRefused, kLastCode},
     {L"GeneralSysInfo", L"GetSystemInfo", {}, {}, nullptr, true},
     {L"GeneralSysInfo", L"NumStaticAdapters"},
     {L"SmtpCtl", L"SendMail", {}, kMailFailures, L"StatusCode", true, PrepareSmtp},
@@ -352,37 +303,29 @@ const Operation kOperations[] = {
     {L"PopCtl", L"RetrieveMessage", {1}, kMailFailures, L"LastError", true, ConnectPop},
     {L"EmailData", L"SetHeaderByName", {L"Subject", L"text"}},
     {L"EmailData", L"TextMessage=", {L"text"}},
-    {L"ConnectivityTester", L"DNSLookup", {L"localhost", 0}, kTestFailed, nullptr, true},
-    {L"ConnectivityTester",
-     L"TestTCPPort",
-     {L"127.0.0.1", kPort(), 1000},
-     kTestFailed,
-     nullptr,
-     true},
-    {L"ConnectivityTester", L"Ping", {L"127.0.0.1", 2000, 1}, kTestFailed, nullptr, true},
+    {kTester, L"DNSLookup", {L"localhost", 0}, kTestFailed, nullptr, true},
+    {kTester, L"TestTCPPort", {L"127.0.0.1", kPort(), 1000}, kTestFailed, nullptr, true},
+    {kTester, L"Ping", {L"127.0.0.1", 2000, 1}, kTestFailed, nullptr, true},
     {L"DHCP", L"ReleaseRenew", {}, kTestFailed, nullptr, true},
     {L"ConfigureIE", L"AddFavorite", {L"Name", L"http://a.example/"}, {L"1 *"}},
     {L"ConfigureIE", L"HomePage=", {L"http://a.example/"}, {L"1 *"}},
     {L"StaticAdapterInfo", L"StaticNameServers"},
     {L"LiveAdapterInfo", L"Name"},
     {L"DriveInfo", L"Type"},
-    {L"PhoneBookEntry", L"Load", {L"Provider"}, kRefused, L"LastErrorCode"},
-    {L"RASMgr", L"FindEntries", {L".*"}, {L"0 [] *"}, L"LastErrorCode"},
-    {L"RASMgr", L"Connect", {L"Provider", L"me", L"x"}, kDialFailures, L"LastErrorCode", true},
+    {L"PhoneBookEntry", L"Load", {L"Provider"}, kRefused, kLastCode},
+    {L"RASMgr", L"FindEntries", {L".*"}, {L"0 [] *"}, kLastCode},
+    {L"RASMgr", L"Connect", {L"Provider", L"me", L"x"}, kDialFailures, kLastCode, true},
     {L"DHCPConfiguration", L"EnableIPToUseDhcp", {kCard, true}, kRefused, L"LastError"},
-    {L"WindowMgr",
-     L"WaitForWindow",
-     {L"Memory.*", L"", 1, true, 50},
-     kWaitFailures,
-     L"LastErrorCode",
-     true},
+    {L"WindowMgr", L"WaitForWindow", {kTitle, L"", 1, true, 50}, kWaitFailures, kLastCode, true},
     // A text is lost when the type library's way of calling copies it, or an array with it.
-    {L"WindowMgr", L"GetMatchingWindowTitleText", {L"Memory.*"}, {L"0 "}},
-    {L"Registry2", L"GetMatchingSubKeys", {1, L"Software", L"Name", L"v.*"}, {L"0 [;]"}},
-    {L"DisableFileAndPrintSharing", L"IsSharingEnabled", {}, kRefused, L"LastErrorCode"},
+    {L"WindowMgr", L"GetMatchingWindowTitleText", {kTitle}, {L"0 "}},
+    {L"Registry2", L"GetMatchingSubKeys", {1, L"Software", L"Name", L"v.*"}, {L"0 []"}},
+    {L"DisableFileAndPrintSharing", L"IsSharingEnabled", {}, kRefused, kLastCode},
     {L"Registry2", L"GetValue", {1, L"Software\\Test", L"Name"}},
-    {L"Registry2", L"SetValue", {1, L"Software\\Test", L"Name", L"text"}, {L"0 0"}},
-    {L"AdapterInfo", L"GetAdapterInfo", {kAll, 5}, kListFailures, L"LastErrorCode", true},
+    {L"Registry2", L"GetValue", {1, L"Software\\Test", L"Names"}, {L"0 [*"}},
+    {L"Registry2", L"SetValue", {1, L"Software\\Test", L"Names", Texts{L"c", L"d"}}, kRefused},
+    {L"Registry2", L"SetValue", {1, L"Software\\Test", L"Name", L"text"}, kRefused},
+    {L"AdapterInfo", L"GetAdapterInfo", {kAll, 5}, kListFailures, kLastCode, true},
 };
 
 INSTANTIATE_TEST_SUITE_P(Members, MemberExhaustionTest, testing::ValuesIn(kOperations),

@@ -25,7 +25,6 @@ make_cards() {
 
 run_both() {
     local network=$1
-    export TERVANE_ADAPTERS=$network
     run_unskipped "$arch" "$programs/test_platform.exe" "*${network^}Network*:RealMachine*"
     run_unskipped "$arch" "$programs/test_dll.exe" "*${network^}Network*:AdapterInfo*"
 }

@@ -30,16 +30,9 @@ def question_end(query):
     return position + 5
 
 
-def reply(query, *records, count=None, identifier=None, question=None):
+def reply(query, *records, count=None):
     header = struct.pack("!HHHHH", 0x8180, 1, len(records) if count is None else count, 0, 0)
-    return ((identifier or query[:2]) + header + (question or query[12:question_end(query)]) +
-            b"".join(records))
-
-
-def other_name(query):
-    question = bytearray(query[12:question_end(query)])
-    question[1] ^= 1
-    return bytes(question)
+    return query[:2] + header + query[12:question_end(query)] + b"".join(records)
 
 
 def silent(_query):
@@ -50,8 +43,8 @@ def empty(query):
     return [reply(query)]
 
 
-def giving(*records, **changes):
-    return lambda query: [reply(query, *records, **changes)]
+def giving(*records):
+    return lambda query: [reply(query, *records)]
 
 
 def after(seconds, behaviour):
@@ -59,24 +52,6 @@ def after(seconds, behaviour):
         time.sleep(seconds)
         return behaviour(query)
     return delayed
-
-
-def other_questions_first(query):
-    upper = query[12:question_end(query)].upper()
-    return [reply(query, address("10.0.0.66"), question=other_name(query)),
-            reply(query, address("10.0.0.67"), question=upper),
-            reply(query, address("10.0.0.7"))]
-
-
-def forged(query):
-    """From an address and from a port that nobody asked; then the true one."""
-    return [("127.0.0.23", 53, reply(query, address("10.0.0.66"))),
-            ("127.0.0.22", 0, reply(query, address("10.0.0.67"))),
-            reply(query, address("10.0.0.7"))]
-
-
-def lower_case(query):
-    return [reply(query, address("10.0.0.7"), question=query[12:question_end(query)].lower())]
 
 
 def hostile(query):
@@ -88,7 +63,6 @@ def hostile(query):
 
 
 SEVEN = address("10.0.0.7")
-LOOPING_OWNER = giving(b"\xc0\x2b" * 4, count=2)
 SECOND_LABEL = b"\xc0\x12"  # of "chain.example"
 CHAIN = [record(ALIAS, b"\5other" + SECOND_LABEL), record(TEXT, b"\2hi"), address("10.0.0.1"),
          address("10.0.0.2")]
@@ -102,15 +76,7 @@ BEHAVIOURS = {
     "silent": (silent, silent),
     "chain": (silent, giving(*CHAIN)),
     "alias": (silent, giving(CHAIN[0])),
-    "others": (silent, other_questions_first),
-    "LoUd": (silent, lower_case),
-    "identity": (silent, giving(SEVEN, identifier=b"\xab\xcd")),
-    "cut": (silent, giving(SEVEN, SEVEN[:12])),
-    "counts": (silent, giving(record(TEXT, b"\2hi"), SEVEN, count=0xFFFF)),
-    "forged": (silent, forged),
     "hostile": (hostile, after(0.3, giving(SEVEN))),
-    "loop": (LOOPING_OWNER, LOOPING_OWNER),
-    "slow": (after(0.3, giving(SEVEN)), silent),
     "local": (giving(address("127.0.0.1")), silent),
     "two": (giving(address("127.0.0.1"), address("127.0.0.2")), silent),
 }
@@ -125,19 +91,10 @@ def behaviour_for(query, index):
     return BEHAVIOURS.get(label, (DEFAULT, DEFAULT))[index]
 
 
-def send_from(source, datagram, client):
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as stranger:
-        stranger.bind(source)
-        stranger.sendto(datagram, client)
-
-
 def answer(server, client, query, index):
     try:
         for datagram in behaviour_for(query, index)(query):
-            if isinstance(datagram, tuple):
-                send_from(datagram[:2], datagram[2], client)
-            else:
-                server.sendto(datagram, client)
+            server.sendto(datagram, client)
     except (IndexError, OSError) as problem:
         print(f"{client}: {problem}", file=sys.stderr)
 

@@ -1,5 +1,7 @@
 #include "platform/ComValues.h"
 
+#include "support/TestComponent.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -8,21 +10,11 @@ namespace tervane {
 namespace {
 
 // An array object as script engines make them: "length" and "0", "1", ... are its members.
-class ScriptArray : public IDispatch {
+class ScriptArray : public test::RecordingSink {
 public:
     ScriptArray(Variant length, std::function<std::optional<Variant>(long)> element)
         : length_(std::move(length)), element_(std::move(element)) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-        *out = isKnown ? this : nullptr;
-        references += isKnown ? 1 : 0;
-        return isKnown ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID,
                                             DISPID* id) override {
         *id = std::wstring(names[0]) == L"length" ? -100 : _wtoi(names[0]);
@@ -41,23 +33,12 @@ public:
         return value;
     }
 
-    int references = 0;
     int reads = 0;
 
 private:
     Variant length_;
     std::function<std::optional<Variant>(long)> element_;
 };
-
-std::vector<std::wstring> TextsOf(const VARIANT& value) {
-    std::vector<std::wstring> texts;
-    if (std::optional<std::vector<Variant>> elements = ReadArray(value)) {
-        for (const Variant& element : *elements) {
-            texts.emplace_back(element.Text());
-        }
-    }
-    return texts;
-}
 
 TEST(Automation, TextsTravelThroughBstr) {
     const std::wstring zero(L"a\0b", 3);
@@ -69,8 +50,9 @@ TEST(Automation, TextsTravelThroughBstr) {
 
 // Made ones, with their bounds, and ones with any lower bound, by value and by reference.
 TEST(Automation, MakesAndReadsArrays) {
-    for (const std::vector<std::wstring>& texts :
-         {std::vector<std::wstring>{}, {L"one"}, {L"", L"zwei", L"three"}}) {
+    for (const auto& [texts, said] : {std::pair(std::vector<std::wstring>{}, L"[]"),
+                                      {{L"one"}, L"[one]"},
+                                      {{L"a", L"", L"c"}, L"[a, , c]"}}) {
         std::optional<Variant> made = MakeTextArray(texts);
         ASSERT_TRUE(made);
         EXPECT_EQ(made->Type(), VT_ARRAY | VT_VARIANT);
@@ -86,7 +68,7 @@ TEST(Automation, MakesAndReadsArrays) {
         array.pparray = &inner.parray;
         for (const VARIANT& value : {inner, byReference, array}) {
             EXPECT_TRUE(IsArray(value));
-            EXPECT_EQ(TextsOf(value), texts);
+            EXPECT_EQ(test::Say(value), said);
         }
     }
 }
@@ -109,8 +91,8 @@ TEST(Automation, ReadsScriptArrays) {
         return i < 3 ? Variant::FromText(std::to_wstring(i * i)) : std::nullopt;
     });
     EXPECT_TRUE(IsArray(array.AsVariant()));
-    EXPECT_EQ(TextsOf(array.AsVariant()), (std::vector<std::wstring>{L"0", L"1", L"4"}));
-    EXPECT_EQ(array.references, 0);
+    EXPECT_EQ(test::Say(MakeArray(*ReadArray(array.AsVariant()))->Get()), L"[0, 1, 4]");
+    EXPECT_EQ(array.References(), 0);
 }
 
 TEST(Automation, DoesNotBelieveEveryScriptArray) {
@@ -138,15 +120,15 @@ TEST(Automation, OwnersCountReferencesOnce) {
     {
         ComPtr<IDispatch> one = AddReference<IDispatch>(&object);
         ComPtr<IUnknown> two = QueryFor<IUnknown>(one.Get());
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.References(), 2);
         EXPECT_FALSE(QueryFor<IPersist>(one.Get()));
         Variant held = Variant::FromObject(std::move(one));
         Variant copy = std::move(*Variant::CopyOf(held.Get()));
-        EXPECT_EQ(object.references, 3);
+        EXPECT_EQ(object.References(), 3);
         held = std::move(copy);
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.References(), 2);
     }
-    EXPECT_EQ(object.references, 0);
+    EXPECT_EQ(object.References(), 0);
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 #include "platform/PlatformFamily.h"
 
-#include "support/OtherWindows.h"
-
 #include <gtest/gtest.h>
 
 namespace tervane {
@@ -27,27 +25,6 @@ TEST(PlatformFamilyTest, FollowsThePlatformAndTheVersion) {
         EXPECT_EQ(version.platform == 2, IsNtFamily(family));
     }
     EXPECT_EQ(kUnknown, ClassifyPlatform(std::nullopt));
-}
-
-TEST(PlatformFamilyTest, DISABLED_Report) {
-    test::ReportValue(static_cast<int>(CurrentPlatformFamily()));
-}
-
-TEST(PlatformFamilyTest, IsWhatTheSystemSays) {
-    if (!test::IsWine()) {
-        GTEST_SKIP() << "only Wine can be told to be another Windows";
-    }
-    for (const auto& [version, family] : {std::pair("win95", kWindows95),
-                                          {"win98", kWindows98},
-                                          {"winme", kWindowsMe},
-                                          {"nt40", kNt4},
-                                          {"win2k", kWindows2000},
-                                          {"winxp", kXp},
-                                          {"win7", kXp}}) {
-        EXPECT_EQ(static_cast<int>(family),
-                  test::ValueOn(version, "PlatformFamilyTest.DISABLED_Report"))
-            << version;
-    }
 }
 
 } // namespace

@@ -2,25 +2,20 @@
 // the time is over. Between the rounds nothing runs, and what the process then uses is written
 // down. Ends with 0 when nothing has grown and no event was lost.
 
-#include "ZelBase/Handles.h"
 #include "soak/RandomCalls.h"
-#include "support/HandleCount.h"
-#include "support/MemoryUse.h"
+#include "support/ProcessUsage.h"
+#include "support/TestThreads.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
-
-#include <tlhelp32.h>
 
 namespace tervane::test {
 namespace {
 
 constexpr unsigned kApartments = 6;
-constexpr DWORD kRound = 15'000;     // ms of calls in a round
-constexpr DWORD kPatience = 300'000; // ms for a round to come to its end
-constexpr DWORD kRest = 30'000;      // ms for objects and threads to go
+constexpr DWORD kRound = 15'000; // ms of calls in a round
+constexpr DWORD kRest = 30'000;  // ms for objects and threads to go
 
 // What this process uses of the system.
 struct Usage {
@@ -29,18 +24,6 @@ struct Usage {
     size_t privateKb;
     size_t tlsSlots;
 };
-
-size_t CountThreads() {
-    const ZelBase::UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-    THREADENTRY32 entry = {};
-    entry.dwSize = sizeof entry;
-    size_t count = 0;
-    for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
-         more = Thread32Next(snapshot.Get(), &entry)) {
-        count += entry.th32OwnerProcessID == GetCurrentProcessId();
-    }
-    return count;
-}
 
 // Nobody tells how many are used, so all that are left are taken for a moment.
 size_t CountTlsSlots() {
@@ -56,7 +39,7 @@ size_t CountTlsSlots() {
 }
 
 Usage UsageNow() {
-    return {OpenHandleCount(), CountThreads(), CommittedMemory() / 1024, CountTlsSlots()};
+    return {OpenHandleCount(), ThreadCount(), CommittedMemory() / 1024, CountTlsSlots()};
 }
 
 size_t MedianOf(std::vector<Usage> part, size_t Usage::*figure) {
@@ -102,29 +85,17 @@ struct Script {
     bool succeeded = false;
 };
 
-DWORD WINAPI RunScript(void* argument) {
-    auto* script = static_cast<Script*>(argument);
-    script->succeeded = script->calls.Run(kRound);
-    return 0;
-}
-
 // What is wrong; null when all is well.
 const char* RunRound(unsigned seed, const LoopbackServer& server, long& calls) {
     std::vector<Script> scripts;
     for (unsigned i = 0; i < kApartments; ++i) {
         scripts.push_back({RandomCalls(seed + i, server)});
     }
-    std::array<ZelBase::UniqueHandle, kApartments> threads;
-    std::array<HANDLE, kApartments> handles;
-    for (size_t i = 0; i < kApartments; ++i) {
-        threads[i].Reset(CreateThread(nullptr, 0, &RunScript, &scripts[i], 0, nullptr));
-        handles[i] = threads[i].Get();
+    std::vector<TestThread> threads;
+    for (Script& script : scripts) {
+        threads.emplace_back([&script] { script.succeeded = script.calls.Run(kRound); });
     }
-    if (WaitForMultipleObjects(kApartments, handles.data(), TRUE, kPatience) == WAIT_TIMEOUT) {
-        std::puts("an apartment hangs");
-        std::fflush(stdout);
-        std::_Exit(1); // nothing can be destroyed under it
-    }
+    threads.clear(); // should one hang, scripts/soak ends this program
     for (const Script& script : scripts) {
         calls += script.calls.Calls();
         if (!script.succeeded) {

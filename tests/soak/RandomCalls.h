@@ -16,7 +16,7 @@ namespace tervane::test {
 
 // A sink that lives as long as its object, and so can tell whether the object has fired all the
 // events that its calls promised. It releases its object inside the first event if it is asked to.
-class CountingSink final : public IDispatch {
+class CountingSink final : public RecordingSink {
 public:
     // Over all sinks, from any thread.
     static inline std::atomic<long> living = 0;
@@ -42,12 +42,6 @@ public:
         }
     }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        const bool known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-        *out = known ? this : nullptr;
-        references_ += known;
-        return known ? S_OK : E_NOINTERFACE;
-    }
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override {
         const ULONG left = --references_;
@@ -55,11 +49,6 @@ public:
             delete this;
         }
         return left;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
-        return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*,
                                      EXCEPINFO*, UINT*) override {
@@ -72,7 +61,7 @@ public:
     }
 
 private:
-    ~CountingSink() {
+    ~CountingSink() override {
         lost += endsSilently_ ? 0 : promised_ - received_;
         --living;
     }

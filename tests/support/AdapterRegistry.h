@@ -36,24 +36,18 @@ struct NtCard {
 inline void AddNtCard(const AdapterHives& hives, const NtCard& card) {
     const std::wstring driverKey = std::wstring(kNetworkClass) + L"\\" + card.number;
     if (card.isListedAsCard) {
-        const RegistryKey entry = hives.machine.Create(
-            L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\" + card.number);
-        entry.WriteText(L"ServiceName", card.instance);
-        entry.WriteText(L"Description", card.description);
+        hives.machine.Fill(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\",
+                           card.number + L": ServiceName=" + card.instance + L"; Description=" +
+                               card.description);
     }
-    const RegistryKey classKey =
-        hives.machine.Create(L"System\\CurrentControlSet\\Control\\Class\\" + driverKey);
-    classKey.WriteText(L"NetCfgInstanceId", card.instance);
-    classKey.WriteText(L"DriverDesc", card.description);
+    hives.machine.Fill(L"System\\CurrentControlSet\\Control\\Class\\",
+                       driverKey + L": NetCfgInstanceId=" + card.instance + L"; DriverDesc=" +
+                           card.description);
     if (!card.device.empty()) {
-        const RegistryKey device =
-            hives.machine.Create(L"System\\CurrentControlSet\\Enum\\" + card.device);
-        device.WriteText(L"Class", L"Net");
-        device.WriteText(L"ClassGUID", kNetworkClass);
-        device.WriteText(L"DeviceDesc", card.description);
-        device.WriteText(L"Driver", driverKey);
-        device.WriteText(L"Service", card.service);
-        device.WriteNumber(L"ConfigFlags", 0);
+        hives.machine.Fill(L"System\\CurrentControlSet\\Enum\\",
+                           card.device + L": Class=Net; ClassGUID=" + kNetworkClass +
+                               L"; DeviceDesc=" + card.description + L"; Driver=" + driverKey +
+                               L"; Service=" + card.service + L"; ConfigFlags=#0");
     }
     hives.machine.Create(kInterfaces + card.instance);
 }
@@ -69,24 +63,18 @@ struct OldCard {
     std::wstring tcpip = L"0000"; // number of the instance of TCP/IP, and of its class key
 };
 inline void AddOldCard(const AdapterHives& hives, const OldCard& card) {
-    const RegistryKey device = hives.machine.Create(L"Enum\\" + card.place);
-    device.WriteText(L"Class", L"Net");
-    device.WriteText(L"DeviceDesc", card.description);
-    device.WriteText(L"Driver", L"Net\\" + card.number);
-    device.WriteText(L"HardwareID", card.hardwareId);
-    hives.machine.Create(std::wstring(kServices) + L"Class\\Net\\" + card.number)
-        .WriteText(L"DeviceVxDs", card.driver);
+    hives.machine.Fill(L"Enum\\", card.place + L": Class=Net; DeviceDesc=" + card.description +
+                                      L"; Driver=Net\\" + card.number + L"; HardwareID=" +
+                                      card.hardwareId);
+    hives.machine.Fill(kServices, L"Class\\Net\\" + card.number + L": DeviceVxDs=" + card.driver);
     if (card.tcpip.empty()) {
         return;
     }
-    hives.machine.Create(L"Enum\\" + card.place + L"\\Bindings")
-        .WriteText(L"MSTCP\\" + card.tcpip, L"");
-    hives.machine.Create(L"Enum\\Network\\MSTCP\\" + card.tcpip)
-        .WriteText(L"Driver", L"NetTrans\\" + card.tcpip);
-    const RegistryKey settings =
-        hives.machine.Create(std::wstring(kServices) + L"Class\\NetTrans\\" + card.tcpip);
-    settings.WriteText(L"IPAddress", L"0.0.0.0");
-    settings.WriteText(L"IPMask", L"0.0.0.0");
+    hives.machine.Fill(L"Enum\\", card.place + L"\\Bindings: MSTCP\\" + card.tcpip + L"=\n" +
+                                      L"Network\\MSTCP\\" + card.tcpip + L": Driver=NetTrans\\" +
+                                      card.tcpip);
+    hives.machine.Fill(kServices,
+                       L"Class\\NetTrans\\" + card.tcpip + L": IPAddress=0.0.0.0; IPMask=0.0.0.0");
 }
 // As the system does while the device runs.
 inline void SetProblem(const AdapterHives& hives, const std::wstring& place, DWORD problem) {

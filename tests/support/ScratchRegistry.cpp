@@ -1,5 +1,8 @@
 #include "support/ScratchRegistry.h"
 
+#include <sstream>
+#include <vector>
+
 namespace tervane::test {
 namespace {
 
@@ -36,6 +39,26 @@ LSTATUS WINAPI Refuse(Arguments...) {
     return ERROR_ACCESS_DENIED;
 }
 
+std::vector<std::wstring> Split(const std::wstring& text, const std::wstring& separator) {
+    std::vector<std::wstring> parts;
+    for (size_t start = 0, end = 0; end != std::wstring::npos; start = end + separator.size()) {
+        end = text.find(separator, start);
+        parts.push_back(text.substr(start, end - start));
+    }
+    return parts;
+}
+
+void WriteValue(const RegistryKey& key, const std::wstring& name, const std::wstring& value) {
+    if (value.starts_with(L'#')) {
+        key.WriteNumber(name, std::stoul(value.substr(1)));
+    } else if (value.starts_with(L'[')) {
+        key.WriteTexts(name, value == L"[]" ? std::vector<std::wstring>()
+                                            : Split(value.substr(1, value.size() - 2), L"|"));
+    } else {
+        key.WriteText(name, value);
+    }
+}
+
 } // namespace
 
 ScratchHive::ScratchHive(RegistryHive hive)
@@ -58,6 +81,21 @@ RegistryKey ScratchHive::Open(const std::wstring& path) const {
 
 RegistryKey ScratchHive::Create(const std::wstring& path) const {
     return RegistryKey::Create(hive_, path);
+}
+
+void ScratchHive::Fill(const std::wstring& base, const std::wstring& text) const {
+    std::wistringstream lines(text);
+    for (std::wstring line; std::getline(lines >> std::ws, line);) {
+        const size_t colon = line.find(L": ");
+        const RegistryKey key = Create(base + line.substr(0, colon));
+        if (colon == std::wstring::npos) {
+            continue;
+        }
+        for (const std::wstring& value : Split(line.substr(colon + 2), L"; ")) {
+            const size_t sign = value.find(L'=');
+            WriteValue(key, value.substr(0, sign), value.substr(sign + 1));
+        }
+    }
 }
 
 void DeleteTree(RegistryHive hive, const std::wstring& path) {

@@ -19,6 +19,9 @@ public:
 
     RegistryKey Open(const std::wstring& path) const;
     RegistryKey Create(const std::wstring& path) const;
+    // Makes keys and values that are written a key a line, "path: name=value; name=value", with
+    // `base` before each path: a text as it stands, a number as "#5", texts as "[a|b]".
+    void Fill(const std::wstring& base, const std::wstring& text) const;
 
 private:
     RegistryHive hive_;

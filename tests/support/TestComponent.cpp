@@ -62,45 +62,46 @@ ComPtr<IDispatch> New(std::wstring_view name) {
     return TestComponent::Get().Create(FactsOf(name).clsid);
 }
 
-std::vector<std::wstring> CallResult::Texts() const {
-    std::vector<std::wstring> texts;
-    if (const auto elements = ReadArray(value.Get())) {
-        for (const Variant& element : *elements) {
-            texts.emplace_back(element.Text());
-        }
-    }
-    return texts;
+LateCall::LateCall(std::wstring member, WORD flags, const std::vector<Argument>& arguments)
+    : member_(std::move(member)), flags_(flags), reversed_(arguments.size()) {
+    std::transform(arguments.begin(), arguments.end(), reversed_.rbegin(),
+                   [](const Argument& argument) { return argument.value.Get(); });
 }
 
-CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
-                  const std::vector<Argument>& arguments) {
-    CallResult result;
+LateCall::LateCall(const std::wstring& member, const std::vector<Argument>& arguments)
+    : LateCall(member.substr(0, member.find(L'=')),
+               member.ends_with(L'=') ? DISPATCH_PROPERTYPUT
+                                      : DISPATCH_METHOD | DISPATCH_PROPERTYGET,
+               arguments) {}
+
+HRESULT LateCall::Run(IDispatch* object, VARIANT* result) {
+    LPOLESTR name = member_.data();
     DISPID id = DISPID_UNKNOWN;
-    LPOLESTR name = const_cast<LPOLESTR>(member);
-    result.status = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
-    if (FAILED(result.status)) {
-        return result;
+    const HRESULT found = object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id);
+    if (FAILED(found)) {
+        return found;
     }
-    std::vector<VARIANT> reversed(arguments.size());
-    std::transform(arguments.begin(), arguments.end(), reversed.rbegin(),
-                   [](const Argument& argument) { return argument.value.Get(); });
     DISPID put = DISPID_PROPERTYPUT;
-    DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-    if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
+    DISPPARAMS parameters = {reversed_.data(), nullptr, static_cast<UINT>(reversed_.size()), 0};
+    if (flags_ & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
         parameters.rgdispidNamedArgs = &put;
         parameters.cNamedArgs = 1;
     }
     EXCEPINFO exception = {};
-    result.status = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-                                   result.value.Put(), &exception, nullptr);
+    const HRESULT called = object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags_, &parameters,
+                                          result, &exception, nullptr);
     for (const BSTR text :
          {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile}) {
         SysFreeString(text);
     }
     // The type library's way of calling wraps the failures of members.
-    if (result.status == DISP_E_EXCEPTION) {
-        result.status = exception.scode;
-    }
+    return called == DISP_E_EXCEPTION ? exception.scode : called;
+}
+
+CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,
+                  const std::vector<Argument>& arguments) {
+    CallResult result;
+    result.status = LateCall(member, flags, arguments).Run(object, result.value.Put());
     return result;
 }
 
@@ -148,16 +149,14 @@ std::wstring Say(const VARIANT& value) {
 
 std::wstring Ask(IDispatch* object, const std::wstring& member,
                  const std::vector<Argument>& arguments) {
-    const bool puts = member.ends_with(L'=');
-    const std::wstring name = member.substr(0, member.size() - puts);
-    const WORD flags = puts ? DISPATCH_PROPERTYPUT : DISPATCH_METHOD | DISPATCH_PROPERTYGET;
-    const CallResult result = Invoke(object, name.c_str(), flags, arguments);
-    if (result.status == S_OK) {
-        return Say(result.value.Get());
+    Variant result;
+    const HRESULT status = LateCall(member, arguments).Run(object, result.Put());
+    if (status == S_OK) {
+        return Say(result.Get());
     }
     wchar_t text[20];
-    swprintf(text, std::size(text), FAILED(result.status) ? L"error %lX" : L"status %lX",
-             static_cast<unsigned long>(result.status));
+    swprintf(text, std::size(text), FAILED(status) ? L"error %lX" : L"status %lX",
+             static_cast<unsigned long>(status));
     return text;
 }
 

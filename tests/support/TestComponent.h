@@ -72,9 +72,22 @@ struct Argument {
 struct CallResult {
     HRESULT status;
     Variant value;
+};
 
-    // The texts of an array result.
-    std::vector<std::wstring> Texts() const;
+// A late-bound call with everything in its place: running it allocates nothing here. Refers to the
+// arguments.
+class LateCall {
+public:
+    LateCall(std::wstring member, WORD flags, const std::vector<Argument>& arguments);
+    // Of a method, a property or, with "=" behind its name, of putting one.
+    LateCall(const std::wstring& member, const std::vector<Argument>& arguments);
+    // What the member itself answers.
+    HRESULT Run(IDispatch* object, VARIANT* result);
+
+private:
+    std::wstring member_;
+    WORD flags_;
+    std::vector<VARIANT> reversed_;
 };
 
 CallResult Invoke(IDispatch* object, const wchar_t* member, WORD flags,

@@ -1,4 +1,4 @@
-// The test program, and the second processes that its tests start: `--child ROLE ...`.
+// The test program, and the second processes that its tests start: `ROLE ...`.
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/log/ALogger.h"
@@ -95,8 +95,9 @@ int main(int argc, char** argv) {
         {"name-ring", NameRing},
         {"log-by-default", LogByDefault},
         {"meet-locked-ring", MeetLockedRing}};
-    if (argc > 2 && std::string(argv[1]) == "--child") {
-        return roles.at(argv[2])(Arguments(argv + 2, argv + argc));
+    const auto role = roles.find(argc > 1 ? argv[1] : "");
+    if (role != roles.end()) {
+        return role->second(Arguments(argv + 1, argv + argc));
     }
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

@@ -2,31 +2,11 @@
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/log/LogRing.h"
-#include "tests/support/HandleCount.h"
 
 #include <algorithm>
 #include <chrono>
-#include <sstream>
-
-#include <tlhelp32.h>
 
 namespace ZelNet {
-namespace {
-
-// "*" takes everything but blanks.
-bool Matches(const char* pattern, const char* text) {
-    if (*pattern != '*') {
-        return *pattern == *text && (*text == 0 || Matches(pattern + 1, text + 1));
-    }
-    for (; *text != 0 && *text != ' '; ++text) {
-        if (Matches(pattern + 1, text + 1)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
 
 void LogReader::Collect() {
     std::unique_ptr<ZelBase::LogRing> ring;
@@ -41,24 +21,14 @@ void LogReader::Collect() {
     ReleaseMutex(ring->Mutex());
 }
 
-void LogReader::Expect(const std::string& component, const std::string& patterns) {
-    std::istringstream lines(patterns);
-    for (std::string line; std::getline(lines >> std::ws, line);) {
-        const std::string pattern = component + "|" + line;
-        bool found = Has(pattern);
-        for (int waited = 0; !found && waited < kPatienceMs; waited += 20) {
+void LogReader::Expect(const std::string& component, const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+        const auto has = [&] { return Text().find(component + "|" + text) != std::string::npos; };
+        for (int waited = 0; !has() && waited < kPatienceMs; waited += 20) {
             Sleep(20);
-            found = Has(pattern);
         }
-        EXPECT_TRUE(found) << pattern;
+        EXPECT_TRUE(has()) << text;
     }
-}
-
-bool LogReader::Has(const std::string& pattern) {
-    Collect();
-    return std::ranges::any_of(records_, [&](const std::string& record) {
-        return Matches(pattern.c_str(), record.c_str());
-    });
 }
 
 std::string LogReader::Text() {
@@ -146,22 +116,10 @@ void RecordingListener::Note(const std::string& callback, void* context, int err
     Add(*state, callback + ":" + std::to_string(error));
 }
 
-unsigned ThreadCount() {
-    const ZelBase::UniqueFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof entry;
-    unsigned count = 0;
-    for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
-         more = Thread32Next(snapshot.Get(), &entry)) {
-        count += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
-    }
-    return count;
-}
-
-unsigned IdleThreadCount() {
+std::size_t IdleThreadCount() {
     SCOPED_TRACE("the first one makes GoogleTest start a thread of its own");
-    unsigned count = ThreadCount();
-    for (unsigned before = count + 1; count != before;) { // those of an earlier test may be ending
+    std::size_t count = ThreadCount();
+    for (std::size_t before = count + 1; count != before;) { // others may be ending
         before = count;
         Sleep(20);
         count = ThreadCount();
@@ -169,17 +127,23 @@ unsigned IdleThreadCount() {
     return count;
 }
 
-unsigned HandleCount() {
-    return static_cast<unsigned>(tervane::test::OpenHandleCount());
-}
-
-unsigned Settled(unsigned (*count)(), unsigned limit) {
-    unsigned value = count();
+std::size_t Settled(std::size_t (*count)(), std::size_t limit) {
+    std::size_t value = count();
     for (int waited = 0; value > limit && waited < kPatienceMs; waited += 10) {
         Sleep(10);
         value = count();
     }
     return value;
+}
+
+void ExpectNoHandleLost(const std::function<void()>& round) {
+    bool grows = true;
+    for (int i = 0; i < 5 && grows; ++i) {
+        const std::size_t handles = OpenHandleCount();
+        round();
+        grows = Settled(OpenHandleCount, handles) > handles;
+    }
+    EXPECT_FALSE(grows);
 }
 
 } // namespace ZelNet

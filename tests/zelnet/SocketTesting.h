@@ -7,6 +7,7 @@
 #include "ZelNet/SourceCode/sockets/InitializeSockets.h"
 #include "ZelNet/SourceCode/sockets/UdpNonBlockingClientSocket.h"
 #include "ZelNet/SourceCode/sockets/WIN32_SocketEventThread.h"
+#include "tests/support/ProcessUsage.h"
 #include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>
@@ -31,14 +32,15 @@ public:
     ~SocketLayerScope() { EXPECT_TRUE(UninitializeSockets()); }
 };
 
-// The threads of this process; for finding leaks.
-unsigned ThreadCount();
-// Those that it has now and is going to keep, for a time when nobody uses the sockets.
-unsigned IdleThreadCount();
+using tervane::test::OpenHandleCount;
+using tervane::test::ThreadCount;
+
+// The threads that this process is going to keep, for a time when nobody uses the sockets.
+std::size_t IdleThreadCount();
 
 class SocketLayerTest : public testing::Test {
 protected:
-    const unsigned idle_ = IdleThreadCount();
+    const std::size_t idle_ = IdleThreadCount();
     SocketLayerScope layer_;
 };
 
@@ -65,15 +67,12 @@ class LogReader {
 public:
     // Keeps what the log holds now, which is not much; for use in the midst of a long conversation.
     void Collect();
-    // Expects records of a component like these patterns, one each line, waiting a while for them;
-    // "*" stands for anything but blanks.
-    void Expect(const std::string& component, const std::string& patterns);
+    // Expects records of a component that begin so, waiting a while for them.
+    void Expect(const std::string& component, const std::vector<std::string>& texts);
     // All of them.
     std::string Text();
 
 private:
-    bool Has(const std::string& pattern);
-
     std::set<std::string> records_;
 };
 
@@ -132,8 +131,10 @@ private:
     std::map<std::string, Hook> hooks_;
 };
 
-unsigned HandleCount();
 // Waits until `count` gives at most `limit`, and returns what it gave last.
-unsigned Settled(unsigned (*count)(), unsigned limit);
+std::size_t Settled(std::size_t (*count)(), std::size_t limit);
+// Runs `round` until it takes no handle for good, five times at most. Locks that threads wait for
+// get handles of their own now and then, but not in every round.
+void ExpectNoHandleLost(const std::function<void()>& round);
 
 } // namespace ZelNet

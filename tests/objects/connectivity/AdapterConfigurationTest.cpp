@@ -16,11 +16,12 @@ using test::kInterfaces;
 using test::kServices;
 using Texts = std::vector<std::wstring>;
 
-constexpr wchar_t kCard[] = L"{0A1B2C3D-0000-4000-8000-000000000001}";
+constexpr wchar_t kCard[] = L"{1}";
 
 class AdapterConfigurationTest : public testing::Test {
 protected:
     RegistryKey Create(const std::wstring& path) const { return hives_.machine.Create(path); }
+    void Fill(const wchar_t* text) const { hives_.machine.Fill(kServices, text); }
 
     const test::AdapterHives hives_;
     const RegistryKey dhcpClient_ = Create(std::wstring(kServices) + L"DHCP");
@@ -30,11 +31,11 @@ class NtConfigurationTest : public AdapterConfigurationTest {
 protected:
     NtConfigurationTest() {
         test::AddNtCard(hives_, {kCard, L"0000", L"Ethernet", L""});
-        settings_.WriteNumber(L"EnableDHCP", 0);
-        settings_.WriteTexts(L"IPAddress", Texts{L"10.0.0.9", L"10.0.0.10"});
-        settings_.WriteTexts(L"SubnetMask", Texts{L"255.0.0.0", L"255.0.0.0"});
-        settings_.WriteTexts(L"DefaultGateway", Texts{L"10.0.0.1"});
-        settings_.WriteText(L"NameServer", L"10.0.0.2,10.0.0.3");
+        Set(L"EnableDHCP=#0; IPAddress=[10.0.0.9|10.0.0.10]; SubnetMask=[255.0.0.0|255.0.0.0]");
+        Set(L"DefaultGateway=[10.0.0.1]; NameServer=10.0.0.2,10.0.0.3");
+    }
+    void Set(const std::wstring& values) const {
+        hives_.machine.Fill(kInterfaces, L"{1}: " + values);
     }
     StaticAdapter Card() const { return ListNtAdapters(PlatformFamily::kXp).at(0); }
     std::wstring Now() const { return test::SettingsOf(Card()); }
@@ -63,15 +64,11 @@ TEST_F(NtConfigurationTest, SwitchesTheAddressThereAndBack) {
 }
 
 TEST_F(NtConfigurationTest, KeepsTheLastLeaseWhereThereIsNoOtherAddress) {
-    settings_.WriteTexts(L"IPAddress", Texts{L"0.0.0.0"});
-    settings_.WriteTexts(L"DefaultGateway", Texts());
-    settings_.WriteNumber(L"EnableDHCP", 1);
-    settings_.WriteText(L"DhcpIPAddress", L"169.254.7.7");
+    Set(L"IPAddress=[0.0.0.0]; DefaultGateway=[]; EnableDHCP=#1; DhcpIPAddress=169.254.7.7");
     EXPECT_EQ(2u, configuration_.UseDhcpForAddress(Card(), false));
     EXPECT_TRUE(Now().starts_with(L"0.0.0.0 ") && Card().usingDhcp);
-    settings_.WriteText(L"DhcpIPAddress", L"192.168.0.7");
-    settings_.WriteText(L"DhcpSubnetMask", L"255.255.255.0");
-    settings_.WriteTexts(L"DhcpDefaultGateway", Texts{L"192.168.0.1"});
+    Set(L"DhcpIPAddress=192.168.0.7; DhcpSubnetMask=255.255.255.0");
+    Set(L"DhcpDefaultGateway=[192.168.0.1]");
     EXPECT_EQ(0u, configuration_.UseDhcpForAddress(Card(), false));
     EXPECT_TRUE(Now().starts_with(L"192.168.0.7 255.255.255.0 192.168.0.1 s"));
     EXPECT_EQ(static_cast<DWORD>(REG_MULTI_SZ), settings_.TypeOf(L"IPAddress"));
@@ -118,11 +115,10 @@ TEST_F(NtConfigurationTest, ReportsWhatTheRegistryRefusesAndKeepsTheOldState) {
 }
 
 TEST_F(NtConfigurationTest, ChangesTheWholeMachinesNameServersOnNt4) {
-    const std::wstring cards = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\";
-    Create(cards + L"0000").WriteText(L"ServiceName", L"El90x1");
-    Create(std::wstring(kServices) + L"El90x1\\Parameters\\Tcpip").WriteNumber(L"EnableDHCP", 0);
-    const RegistryKey machine = Create(std::wstring(kServices) + L"Tcpip\\Parameters");
-    machine.WriteText(L"NameServer", L"10.0.0.5");
+    hives_.machine.Fill(L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkCards\\",
+                        L"0000: ServiceName=El90x1");
+    Fill(LR"(El90x1\Parameters\Tcpip: EnableDHCP=#0
+             Tcpip\Parameters: NameServer=10.0.0.5)");
     auto card = [] { return ListNtAdapters(PlatformFamily::kNt4).at(0); };
     const AdapterConfiguration nt4(PlatformFamily::kNt4);
     EXPECT_TRUE(card().isDnsStatic);
@@ -138,18 +134,14 @@ TEST_F(NtConfigurationTest, ChangesTheWholeMachinesNameServersOnNt4) {
 TEST_F(AdapterConfigurationTest, SwitchesOldSystemsByTheirAddress) {
     test::AddOldCard(hives_, {L"PCI\\A\\0", L"Ethernet", L"0000", L"", L"", L"0003"});
     const RegistryKey settings = Create(std::wstring(kServices) + L"Class\\NetTrans\\0003");
-    const RegistryKey machine = Create(std::wstring(kServices) + L"VxD\\MSTCP");
     auto card = [] { return List9xAdapters().at(0); };
     const AdapterConfiguration old(PlatformFamily::kWindows98);
     // It uses DHCP already, and there is nothing to go back to.
     EXPECT_EQ(0u, old.UseDhcpForAddress(card(), true));
     EXPECT_EQ(2u, old.UseDhcpForAddress(card(), false));
     EXPECT_EQ(2u, old.UseDhcpForNameServers(card(), false));
-    settings.WriteText(L"IPAddress", L"10.0.0.9");
-    settings.WriteText(L"IPMask", L"255.0.0.0");
-    settings.WriteText(L"DefaultGateway", L"10.0.0.2");
-    machine.WriteText(L"EnableDNS", L"1");
-    machine.WriteText(L"NameServer", L"10.0.0.2");
+    Fill(LR"(Class\NetTrans\0003: IPAddress=10.0.0.9; IPMask=255.0.0.0; DefaultGateway=10.0.0.2
+             VxD\MSTCP: EnableDNS=1; NameServer=10.0.0.2)");
     EXPECT_FALSE(card().usingDhcp);
     EXPECT_EQ(0u, old.UseDhcpForAddress(card(), true));
     EXPECT_EQ(0u, old.UseDhcpForAddress(card(), true));

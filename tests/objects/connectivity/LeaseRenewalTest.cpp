@@ -21,14 +21,12 @@ const std::string kSecondCard("\x00\x10\x5A\x00\x00\x02", 6);
 
 FakeAdapter Card(const char* id, DWORD index, const std::string& hardware, bool dhcp = true,
                  UINT type = MIB_IF_TYPE_ETHERNET) {
-    FakeAdapter adapter;
-    adapter.id = id;
-    adapter.index = index;
-    adapter.hardware = hardware;
-    adapter.dhcp = dhcp;
-    adapter.type = type;
-    adapter.address = "10.0.0.2";
-    return adapter;
+    return {.id = id,
+            .type = type,
+            .hardware = hardware,
+            .address = "10.0.0.2",
+            .dhcp = dhcp,
+            .index = index};
 }
 
 class LeaseRenewalTest : public testing::Test, public DhcpClientLibrary {

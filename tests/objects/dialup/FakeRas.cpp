@@ -294,17 +294,7 @@ void FakeRas::Reset() {
     }
     senders.clear();
     const Lock lock(mutex);
-    release = 0;
-    entries.clear();
-    devices = {
-        {L"Parallel cable", L"PARALLEL"}, {L"Modem 56K", L"modem"}, {L"WAN Miniport", L"vpn"}};
-    countries = {{1, 1}, {7, 7}, {44, 44}, {49, 49}, {107, 1}};
-    connections.clear();
-    listError = setEntryError = setCredentialsError = dialError = 0;
-    progress.clear();
-    pollsUntilGone = 2;
-    hangUps = 0;
-    canNotify = true;
+    static_cast<RasState&>(*this) = {};
 }
 
 void FakeRas::Drop(const std::wstring& entry) {

@@ -40,12 +40,17 @@ struct Progress {
     DWORD error;
 };
 
-struct FakeRas {
+// What a test chooses, and what becomes of it.
+struct RasState {
     // Which release of Windows it is: 0 XP, 1 2000, 2 NT 4, 3 95; larger structures are refused.
     int release = 0;
-    std::map<std::wstring, FakeEntry> entries;                  // by their names in lower case
-    std::vector<std::pair<std::wstring, std::wstring>> devices; // names and types
-    std::map<DWORD, DWORD> countries;                           // codes by identifiers
+    std::map<std::wstring, FakeEntry> entries; // by their names in lower case
+    std::vector<std::pair<std::wstring, std::wstring>> devices = {
+        {L"Parallel cable", L"PARALLEL"},
+        {L"Modem 56K", L"modem"},
+        {L"WAN Miniport", L"vpn"}}; // names and types
+    std::map<DWORD, DWORD> countries = {
+        {1, 1}, {7, 7}, {44, 44}, {49, 49}, {107, 1}}; // codes by identifiers
     std::map<HRASCONN, FakeConnection> connections;
     DWORD listError = 0;
     DWORD setEntryError = 0;
@@ -60,7 +65,9 @@ struct FakeRas {
     std::wstring dialledUser;
     std::wstring dialledPassword;
     bool hearsBroadcasts = false; // the window that is told
+};
 
+struct FakeRas : RasState {
     TestMutex mutex;
     std::list<TestThread> senders;
 

@@ -24,27 +24,17 @@ const std::wstring kSecondId = L"{9F5E7B31-6D2A-4B8F-8E21-1A2B3C4D5E02}";
 class AccountStoreTest : public testing::Test {
 protected:
     AccountStoreTest() {
-        const RegistryKey manager = user_.Create(kManager);
-        manager.WriteText(L"Default Mail Account", L"00000001");
-        manager.WriteText(L"Default LDAP Account", L"Active Directory GC");
-        manager.WriteNumber(L"Account Name", 4);
-        const RegistryKey mail = Account(L"00000001");
-        mail.WriteText(L"Account Name", L"Work");
-        mail.WriteText(L"POP3 Server", L"pop.example.org");
-        mail.WriteText(L"POP3 User Name", L"jane");
-        mail.WriteBytes(L"POP3 Password2", std::vector<unsigned char>{1, 0, 0, 0});
-        mail.WriteText(L"SMTP Server", L"smtp.example.org");
-        mail.WriteNumber(L"SMTP Port", 587);
-        mail.WriteNumber(L"SMTP Use Sicily", 2);
-        mail.WriteText(L"SMTP Display Name", L"Jane");
-        const RegistryKey news = Account(L"00000003");
-        news.WriteText(L"Account Name", L"News");
-        news.WriteText(L"NNTP Server", L"news.example.org");
-        news.WriteText(L"NNTP Display Name", L"J.");
-        const RegistryKey directory = Account(L"VeriSign");
-        directory.WriteText(L"Account Name", L"VeriSign Internet Directory Service");
-        directory.WriteText(L"LDAP Server", L"directory.verisign.com");
-        Account(L"00000009"); // a leftover without any value
+        user_.Fill(kManager, LR"(
+            : Default Mail Account=00000001; Default LDAP Account=Active Directory GC; Account Name=#4
+            \Accounts\00000001: Account Name=Work; POP3 Server=pop.example.org; POP3 User Name=jane
+            \Accounts\00000001: SMTP Server=smtp.example.org; SMTP Port=#587; SMTP Use Sicily=#2
+            \Accounts\00000001: SMTP Display Name=Jane
+            \Accounts\00000003: Account Name=News; NNTP Server=news.example.org
+            \Accounts\00000003: NNTP Display Name=J.
+            \Accounts\VeriSign: Account Name=VeriSign Internet Directory Service
+            \Accounts\VeriSign: LDAP Server=directory.verisign.com
+            \Accounts\00000009)"); // a leftover without any value
+        Account(L"00000001").WriteBytes(L"POP3 Password2", std::vector<unsigned char>{1, 0, 0, 0});
     }
 
     RegistryKey Account(const std::wstring& key) {
@@ -202,10 +192,8 @@ TEST_F(AccountStoreTest, StaysAsItWasWhenTheRegistryRefuses) {
 
 class MailIdentitiesTest : public testing::Test {
 protected:
-    void AddIdentity(const std::wstring& id, const wchar_t* name, DWORD ordinal) {
-        const RegistryKey identity = user_.Create(L"Identities\\" + id);
-        identity.WriteText(L"Username", name);
-        identity.WriteNumber(L"Identity Ordinal", ordinal);
+    void AddIdentity(const std::wstring& id, const std::wstring& name, const wchar_t* ordinal) {
+        user_.Fill(L"Identities\\", id + L": Username=" + name + L"; Identity Ordinal=#" + ordinal);
     }
     void AddAccount(const std::wstring& manager, const wchar_t* name) {
         AccountStore(manager).Add({AccountProtocol::kPop3, name, L"pop", L"smtp", L"a@b"});
@@ -236,8 +224,8 @@ TEST_F(MailIdentitiesTest, AreNoneBeforeTheMailClientIsSetUp) {
 }
 
 TEST_F(MailIdentitiesTest, HaveAccountsOfTheirOwn) {
-    AddIdentity(kSecondId, L"Élodie", 2);
-    AddIdentity(kMainId, L"Main Identity", 1);
+    AddIdentity(kSecondId, L"Élodie", L"2");
+    AddIdentity(kMainId, L"Main Identity", L"1");
     user_.Create(L"Identities\\{without a name}");
     AddAccount(kManager, L"Main's");
     EXPECT_EQ((Names{L"Main Identity", L"Élodie"}), identities_.Names());
@@ -265,16 +253,14 @@ TEST(OutlookExpressProgramTest, IsReadFromItsSetup) {
     const ScratchHive machine(RegistryHive::kLocalMachine);
     EXPECT_EQ(L"", OutlookExpressVersion());
     EXPECT_EQ(L"", OutlookExpressPath());
-    const RegistryKey program = machine.Create(L"SOFTWARE\\Microsoft\\Outlook Express");
+    const std::wstring microsoft = L"SOFTWARE\\Microsoft\\";
+    const RegistryKey program = machine.Create(microsoft + L"Outlook Express");
     program.WriteExpandableText(L"InstallRoot", L"%SystemDrive%\\Outlook Express");
     EXPECT_EQ(L"C:\\Outlook Express\\msimn.exe", OutlookExpressPath());
-    machine.Create(L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\msimn.exe")
-        .WriteText(L"", L"\"D:\\OE\\msimn.exe\"");
+    machine.Fill(microsoft, LR"(Windows\CurrentVersion\App Paths\msimn.exe: ="D:\OE\msimn.exe")");
     EXPECT_EQ(L"D:\\OE\\msimn.exe", OutlookExpressPath());
-    machine
-        .Create(L"SOFTWARE\\Microsoft\\Active Setup\\Installed Components\\"
-                L"{44BBA840-CC51-11CF-AAFA-00AA00B6015C}")
-        .WriteText(L"Version", L"5,50,4807,1700");
+    machine.Fill(microsoft + L"Active Setup\\Installed Components\\",
+                 L"{44BBA840-CC51-11CF-AAFA-00AA00B6015C}: Version=5,50,4807,1700");
     EXPECT_EQ(L"5.50.4807.1700", OutlookExpressVersion());
     program.WriteText(L"MediaVer", L"6,0,2900,5512");
     EXPECT_EQ(L"6.0.2900.5512", OutlookExpressVersion());

@@ -16,26 +16,21 @@ using test::ScratchHive;
 constexpr wchar_t kDependent[] = L"Dependent";
 
 // A service manager with the server service and another one that depends on it.
-struct FakeServices {
-    static inline DWORD openManagerError, openError, configError, stopError;
-    static inline DWORD state, dependentState, startType, slept, stopsAfter;
-    static inline int handles;
-    static inline std::string stops; // what was told to stop
+struct ServiceState {
+    DWORD openManagerError = 0, openError = 0, configError = 0, stopError = 0;
+    DWORD state = SERVICE_RUNNING, dependentState = SERVICE_STOPPED;
+    DWORD startType = SERVICE_AUTO_START;
+    DWORD slept = 0, stopsAfter = 0;
+    int handles = 0;
+    std::string stops; // what was told to stop
+};
+ServiceState played;
 
-    static void Reset() {
-        openManagerError = openError = configError = stopError = 0;
-        state = SERVICE_RUNNING;
-        dependentState = SERVICE_STOPPED;
-        startType = SERVICE_AUTO_START;
-        slept = 0;
-        stopsAfter = 0;
-        handles = 0;
-        stops = "";
-    }
+struct FakeServices {
     // 1 for the server service and the manager, 2 for the dependent service.
     static SC_HANDLE Handle(DWORD error, INT_PTR which = 1) {
         SetLastError(error);
-        handles += error == 0;
+        played.handles += error == 0;
         return error == 0 ? reinterpret_cast<SC_HANDLE>(which) : nullptr;
     }
     static bool IsDependent(SC_HANDLE service) { return reinterpret_cast<INT_PTR>(service) == 2; }
@@ -44,15 +39,15 @@ struct FakeServices {
         return error == 0;
     }
     static SC_HANDLE WINAPI OpenManager(LPCWSTR, LPCWSTR, DWORD) {
-        return Handle(openManagerError);
+        return Handle(played.openManagerError);
     }
     static SC_HANDLE WINAPI Open(SC_HANDLE, LPCWSTR name, DWORD) {
-        return Handle(openError, std::wstring(name) == kDependent ? 2 : 1);
+        return Handle(played.openError, std::wstring(name) == kDependent ? 2 : 1);
     }
-    static BOOL WINAPI Close(SC_HANDLE) { return --handles >= 0; }
+    static BOOL WINAPI Close(SC_HANDLE) { return --played.handles >= 0; }
     static BOOL WINAPI QueryStatus(SC_HANDLE service, SERVICE_STATUS* status) {
         *status = {};
-        status->dwCurrentState = IsDependent(service) ? dependentState : state;
+        status->dwCurrentState = IsDependent(service) ? played.dependentState : played.state;
         return TRUE;
     }
     static BOOL WINAPI QueryConfig(SC_HANDLE, QUERY_SERVICE_CONFIGW* config, DWORD size,
@@ -61,27 +56,28 @@ struct FakeServices {
         if (size < *needed) {
             return Result(ERROR_INSUFFICIENT_BUFFER);
         }
-        config->dwStartType = startType;
+        config->dwStartType = played.startType;
         return TRUE;
     }
     static BOOL WINAPI ChangeConfig(SC_HANDLE, DWORD, DWORD start, DWORD, LPCWSTR, LPCWSTR, DWORD*,
                                     LPCWSTR, LPCWSTR, LPCWSTR, LPCWSTR) {
-        if (configError == 0) {
-            startType = start;
+        if (played.configError == 0) {
+            played.startType = start;
         }
-        return Result(configError);
+        return Result(played.configError);
     }
     static BOOL WINAPI Control(SC_HANDLE service, DWORD, SERVICE_STATUS*) {
-        if (stopError == 0) {
-            stops += IsDependent(service) ? "dependent " : "server ";
-            (IsDependent(service) ? dependentState : state) = SERVICE_STOP_PENDING;
+        if (played.stopError == 0) {
+            played.stops += IsDependent(service) ? "dependent " : "server ";
+            (IsDependent(service) ? played.dependentState : played.state) = SERVICE_STOP_PENDING;
         }
-        return Result(stopError);
+        return Result(played.stopError);
     }
     static BOOL WINAPI EnumDependents(SC_HANDLE, DWORD, ENUM_SERVICE_STATUSW* dependents,
                                       DWORD size, DWORD* needed, DWORD* count) {
         *count = 0;
-        *needed = dependentState == SERVICE_STOPPED ? 0 : sizeof(*dependents) + sizeof(kDependent);
+        *needed =
+            played.dependentState == SERVICE_STOPPED ? 0 : sizeof(*dependents) + sizeof(kDependent);
         if (size < *needed) {
             return Result(ERROR_MORE_DATA);
         }
@@ -97,11 +93,11 @@ struct FakeServices {
                                                                                 : SERVICE_RUNNING;
     }
     static void WINAPI Sleep(DWORD milliseconds) {
-        slept += milliseconds;
-        if (slept >= stopsAfter) {
-            stopError = 0;
-            Settle(state);
-            Settle(dependentState);
+        played.slept += milliseconds;
+        if (played.slept >= played.stopsAfter) {
+            played.stopError = 0;
+            Settle(played.state);
+            Settle(played.dependentState);
         }
     }
     static const ServiceApi& Api() {
@@ -114,8 +110,8 @@ struct FakeServices {
 
 class SharingServiceTest : public testing::Test {
 protected:
-    SharingServiceTest() { FakeServices::Reset(); }
-    ~SharingServiceTest() override { EXPECT_EQ(0, FakeServices::handles); }
+    SharingServiceTest() { played = {}; }
+    ~SharingServiceTest() override { EXPECT_EQ(0, played.handles); }
 
     const SharingService sharing_{FakeServices::Api()};
     bool rebootNeeded_ = false;
@@ -123,13 +119,13 @@ protected:
 };
 
 TEST_F(SharingServiceTest, IsDisabledAndStoppedWithItsDependents) {
-    FakeServices::dependentState = SERVICE_RUNNING;
+    played.dependentState = SERVICE_RUNNING;
     EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
     EXPECT_FALSE(rebootNeeded_);
-    EXPECT_EQ("dependent server ", FakeServices::stops);
-    EXPECT_EQ(DWORD{SERVICE_STOPPED}, FakeServices::state);
-    EXPECT_EQ(DWORD{SERVICE_STOPPED}, FakeServices::dependentState);
-    EXPECT_EQ(DWORD{SERVICE_DISABLED}, FakeServices::startType);
+    EXPECT_EQ("dependent server ", played.stops);
+    EXPECT_EQ(DWORD{SERVICE_STOPPED}, played.state);
+    EXPECT_EQ(DWORD{SERVICE_STOPPED}, played.dependentState);
+    EXPECT_EQ(DWORD{SERVICE_DISABLED}, played.startType);
     EXPECT_EQ(0u, sharing_.IsOn(on_));
     EXPECT_FALSE(on_);
 }
@@ -143,69 +139,67 @@ TEST_F(SharingServiceTest, CountsAsOnWhenItRunsOrWillStartAndIsLeftAloneWhenOff)
                 {SERVICE_RUNNING, SERVICE_DEMAND_START, true},
                 {SERVICE_STOPPED, SERVICE_DEMAND_START, false}};
     for (const auto& row : rows) {
-        FakeServices::Reset();
-        FakeServices::state = row.state;
-        FakeServices::startType = row.start;
+        played = {};
+        played.state = row.state;
+        played.startType = row.start;
         EXPECT_EQ(0u, sharing_.IsOn(on_));
         EXPECT_EQ(row.isOn, on_) << row.state << " " << row.start;
         EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
         EXPECT_FALSE(rebootNeeded_);
-        EXPECT_EQ(row.isOn ? DWORD{SERVICE_DISABLED} : row.start, FakeServices::startType);
+        EXPECT_EQ(row.isOn ? DWORD{SERVICE_DISABLED} : row.start, played.startType);
     }
 }
 
 TEST_F(SharingServiceTest, IsNotChangedWhenTheSystemRefuses) {
-    FakeServices::configError = ERROR_ACCESS_DENIED;
+    played.configError = ERROR_ACCESS_DENIED;
     EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, sharing_.TurnOff(rebootNeeded_));
-    EXPECT_EQ(DWORD{SERVICE_RUNNING}, FakeServices::state);
-    FakeServices::openError = ERROR_INVALID_HANDLE;
+    EXPECT_EQ(DWORD{SERVICE_RUNNING}, played.state);
+    played.openError = ERROR_INVALID_HANDLE;
     EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, sharing_.IsOn(on_));
     EXPECT_FALSE(on_);
-    FakeServices::openError = ERROR_SERVICE_DOES_NOT_EXIST;
+    played.openError = ERROR_SERVICE_DOES_NOT_EXIST;
     EXPECT_EQ(0u, sharing_.IsOn(on_));
     EXPECT_FALSE(on_);
     EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
-    FakeServices::openManagerError = RPC_S_SERVER_UNAVAILABLE;
+    played.openManagerError = RPC_S_SERVER_UNAVAILABLE;
     EXPECT_EQ(DWORD{RPC_S_SERVER_UNAVAILABLE}, sharing_.IsOn(on_));
     EXPECT_EQ(DWORD{RPC_S_SERVER_UNAVAILABLE}, sharing_.TurnOff(rebootNeeded_));
     EXPECT_FALSE(rebootNeeded_);
 }
 
 TEST_F(SharingServiceTest, GoesWithTheNextStartWhenItDoesNotStop) {
-    FakeServices::stopsAfter = 1'000'000;
+    played.stopsAfter = 1'000'000;
     EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
     EXPECT_TRUE(rebootNeeded_);
-    EXPECT_EQ(DWORD{SERVICE_DISABLED}, FakeServices::startType);
-    EXPECT_EQ(30'000u, FakeServices::slept);
+    EXPECT_EQ(DWORD{SERVICE_DISABLED}, played.startType);
+    EXPECT_EQ(30'000u, played.slept);
 
-    FakeServices::Reset();
-    FakeServices::stopError = ERROR_SERVICE_REQUEST_TIMEOUT;
+    played = {};
+    played.stopError = ERROR_SERVICE_REQUEST_TIMEOUT;
     EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
     EXPECT_TRUE(rebootNeeded_);
 }
 
 TEST_F(SharingServiceTest, IsAskedAgainWhileItIsStarting) {
-    FakeServices::state = SERVICE_START_PENDING;
-    FakeServices::stopError = ERROR_SERVICE_CANNOT_ACCEPT_CTRL;
-    FakeServices::stopsAfter = 500;
+    played.state = SERVICE_START_PENDING;
+    played.stopError = ERROR_SERVICE_CANNOT_ACCEPT_CTRL;
+    played.stopsAfter = 500;
     EXPECT_EQ(0u, sharing_.TurnOff(rebootNeeded_));
     EXPECT_FALSE(rebootNeeded_);
-    EXPECT_EQ(DWORD{SERVICE_STOPPED}, FakeServices::state);
+    EXPECT_EQ(DWORD{SERVICE_STOPPED}, played.state);
 }
 
 class SharingBindingsTest : public testing::Test {
 protected:
     SharingBindingsTest() {
         // As two protocols over one adapter each leave it, and the components themselves.
-        for (const wchar_t* path :
-             {L"MSTCP\\0000\\Bindings", L"MSTCP\\0001\\Bindings", L"NETBEUI\\0000\\Bindings"}) {
-            Bindings(path).WriteText(L"VREDIR\\0000", L"");
-            Bindings(path).WriteText(L"VSERVER\\0000", L"");
-        }
-        Bindings(L"NWLINK\\0000\\Bindings").WriteText(L"nwserver\\0001", L"kept");
-        Bindings(L"NWLINK\\0000\\Bindings").WriteText(L"VSERVERX\\0000", L"");
-        Bindings(L"VSERVER\\0000\\Bindings");
-        Bindings(L"VREDIR\\0000");
+        machine_.Fill(L"Enum\\Network\\", LR"(
+            MSTCP\0000\Bindings: VREDIR\0000=; VSERVER\0000=
+            MSTCP\0001\Bindings: VREDIR\0000=; VSERVER\0000=
+            NETBEUI\0000\Bindings: VREDIR\0000=; VSERVER\0000=
+            NWLINK\0000\Bindings: nwserver\0001=kept; VSERVERX\0000=
+            VSERVER\0000\Bindings
+            VREDIR\0000)");
     }
     RegistryKey Bindings(const std::wstring& path) {
         return machine_.Create(L"Enum\\Network\\" + path);

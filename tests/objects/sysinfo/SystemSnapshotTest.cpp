@@ -103,9 +103,7 @@ SystemSnapshot ExpectWholeSnapshot() {
 }
 
 TEST(SystemSnapshotTest, SaysWhatThePlainCallsSay) {
-    if (!test::IsWine()) {
-        GTEST_SKIP() << "compares with files of Wine's host";
-    }
+    TERVANE_ONLY_ON_WINE();
     const SystemSnapshot snapshot = ExpectWholeSnapshot();
     ExpectNames(snapshot);
     EXPECT_FALSE(snapshot.usbSupported);
@@ -127,9 +125,7 @@ TEST(SystemSnapshotTest, DISABLED_Report) {
 }
 
 TEST(SystemSnapshotTest, IsWholeOnEveryWindows) {
-    if (!test::IsWine()) {
-        GTEST_SKIP() << "only Wine can be told to be another Windows";
-    }
+    TERVANE_ONLY_ON_WINE();
     const std::pair<const char*, const wchar_t*> rows[] = {
         {"win95", L"win95osr1"},      {"win98", L"win98se"},    {"winme", L"winme"},
         {"nt40", L"winnt4sp6"},       {"win2k", L"win2kgtsp3"}, {"winxp", L"winxppro"},
@@ -170,69 +166,59 @@ public:
     }
 };
 
-using Servers = std::vector<std::wstring>;
-
 TEST(NetworkIdentityTest, FallsBackOnWhatIsSet) {
+    using enum PlatformFamily;
     const test::ScratchHive machine(RegistryHive::kLocalMachine);
     FakeParameters library;
-    std::vector<StaticAdapter> adapters(3);
+    std::vector<StaticAdapter> adapters;
+    const auto told = [&](PlatformFamily family) {
+        const auto identity = ReadNetworkIdentity(library, family, adapters);
+        std::wstring text = identity.hostName + L"." + identity.domainName;
+        for (const std::wstring& server : identity.dnsServers) {
+            text += L" " + server;
+        }
+        return text;
+    };
+    EXPECT_EQ(L".", told(kXp));
+    adapters.resize(3);
     adapters[0].nameServers = {L"10.0.0.1", L"10.0.0.2"};
     adapters[2].nameServers = {L"10.0.0.2", L"", L"10.0.0.3"};
     for (StaticAdapter& adapter : adapters) {
         adapter.isEnabled = adapter.boundIndirectlyOrDirectlyToTcpip = true;
     }
-    auto identity = ReadNetworkIdentity(library, PlatformFamily::kXp, {});
-    EXPECT_EQ(L"", identity.hostName + identity.domainName);
-    EXPECT_TRUE(identity.dnsServers.empty());
-    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
-    EXPECT_EQ(Servers({L"10.0.0.1", L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    EXPECT_EQ(L". 10.0.0.1 10.0.0.2 10.0.0.3", told(kXp));
     adapters[0].isEnabled = false;
-    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
-    EXPECT_EQ(Servers({L"10.0.0.2", L"10.0.0.3"}), identity.dnsServers);
+    EXPECT_EQ(L". 10.0.0.2 10.0.0.3", told(kXp));
     adapters[2].boundIndirectlyOrDirectlyToTcpip = false;
-    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
-    EXPECT_TRUE(identity.dnsServers.empty());
+    EXPECT_EQ(L".", told(kXp));
 
-    const std::wstring services = L"System\\CurrentControlSet\\Services\\";
-    const RegistryKey nt = machine.Create(services + L"Tcpip\\Parameters");
-    nt.WriteText(L"Hostname", L"station");
-    nt.WriteText(L"Domain", L"example.com");
-    nt.WriteText(L"NameServer", L"10.1.0.1,10.1.0.2  10.1.0.1");
-    const RegistryKey w9x = machine.Create(services + L"VxD\\MSTCP");
-    w9x.WriteText(L"HostName", L"home");
-    w9x.WriteText(L"NameServer", L",10.2.0.1");
-    identity = ReadNetworkIdentity(library, PlatformFamily::kNt4, adapters);
-    EXPECT_EQ(L"station", identity.hostName);
-    EXPECT_EQ(L"example.com", identity.domainName);
-    EXPECT_EQ(Servers({L"10.1.0.1", L"10.1.0.2"}), identity.dnsServers);
-    identity = ReadNetworkIdentity(library, PlatformFamily::kWindowsMe, adapters);
-    EXPECT_EQ(L"home", identity.hostName);
-    EXPECT_EQ(L"", identity.domainName);
-    EXPECT_EQ(Servers({L"10.2.0.1"}), identity.dnsServers);
+    machine.Fill(L"System\\CurrentControlSet\\Services\\", LR"(
+        Tcpip\Parameters: Hostname=station; Domain=example.com
+        Tcpip\Parameters: NameServer=10.1.0.1,10.1.0.2  10.1.0.1
+        VxD\MSTCP: HostName=home; NameServer=,10.2.0.1)");
+    EXPECT_EQ(L"station.example.com 10.1.0.1 10.1.0.2", told(kNt4));
+    EXPECT_EQ(L"home. 10.2.0.1", told(kWindowsMe));
 
     library.parameters = FIXED_INFO();
-    memset(library.parameters->HostName, 'x', sizeof(library.parameters->HostName));
+    strcpy(library.parameters->HostName, "told");
     strcpy(library.parameters->DnsServerList.IpAddress.String, "10.3.0.1");
     IP_ADDR_STRING more = {};
     strcpy(more.IpAddress.String, "10.3.0.2");
     library.parameters->DnsServerList.Next = &more;
-    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
-    EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
-    EXPECT_EQ(L"example.com", identity.domainName);
-    EXPECT_EQ(Servers({L"10.3.0.1", L"10.3.0.2"}), identity.dnsServers);
+    EXPECT_EQ(L"told.example.com 10.3.0.1 10.3.0.2", told(kXp));
     // That there are none is an answer.
     library.parameters->DnsServerList = {};
-    EXPECT_TRUE(ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers.empty());
-    // A list without an end, of addresses without one.
+    EXPECT_EQ(L"told.example.com", told(kXp));
+    // A list without an end, of addresses without one, and names without one.
+    FIXED_INFO& parameters = *library.parameters;
+    memset(parameters.HostName, 'x', sizeof(parameters.HostName));
+    memset(parameters.DomainName, 'y', sizeof(parameters.DomainName));
     memset(more.IpAddress.String, '9', sizeof(more.IpAddress.String));
-    more.Next = &more;
-    library.parameters->DnsServerList.Next = &more;
-    EXPECT_EQ(Servers({std::wstring(sizeof(more.IpAddress.String), L'9')}),
-              ReadNetworkIdentity(library, PlatformFamily::kXp, adapters).dnsServers);
-    // Neither name is terminated.
-    memset(library.parameters->DomainName, 'y', sizeof(library.parameters->DomainName));
-    identity = ReadNetworkIdentity(library, PlatformFamily::kXp, adapters);
-    EXPECT_EQ(std::wstring(sizeof(library.parameters->HostName), L'x'), identity.hostName);
+    more.Next = parameters.DnsServerList.Next = &more;
+    EXPECT_EQ(std::wstring(sizeof(parameters.HostName), L'x') + L"." +
+                  std::wstring(sizeof(parameters.DomainName), L'y') + L" " +
+                  std::wstring(sizeof(more.IpAddress.String), L'9'),
+              told(kXp));
 }
 
 TEST(OsReleaseTest, ClassifiesEveryRow) {

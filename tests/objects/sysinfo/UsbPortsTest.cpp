@@ -168,12 +168,12 @@ TEST(UsbSupportTest, FollowsThePortsOrTheDeviceClasses) {
     EXPECT_FALSE(IsUsbSupported(kNt4, 7, usb));
     EXPECT_FALSE(IsUsbSupported(kWindows95, 7, usb));
 
-    const std::wstring nt = L"SYSTEM\\CurrentControlSet\\Enum\\";
-    machine.Create(nt + L"PCI\\VEN_8086\\1").WriteText(L"Class", L"Net");
-    machine.Create(nt + L"PCI\\VEN_8087\\1").WriteNumber(L"Class", 5);
-    machine.Create(nt + L"PCI\\VEN_8088\\1").WriteText(L"Class", L"USBDevice");
+    const std::wstring nt = L"SYSTEM\\CurrentControlSet\\Enum\\PCI\\";
+    machine.Fill(nt, LR"(VEN_8086\1: Class=Net
+                         VEN_8087\1: Class=#5
+                         VEN_8088\1: Class=USBDevice)");
     EXPECT_FALSE(IsUsbSupported(kNt4, 0, usb));
-    machine.Create(nt + L"PCI\\VEN_8088\\2").WriteText(L"Class", L"uSb");
+    machine.Fill(nt, L"VEN_8088\\2: Class=uSb");
     EXPECT_TRUE(IsUsbSupported(kNt4, 0, usb));
     EXPECT_FALSE(IsUsbSupported(kWindows95, 0, usb));
 

@@ -1,10 +1,10 @@
 // Hardware addresses from drivers: the real ones of this machine, and drivers that misbehave.
 
 #include "platform/adapters/DriverAddress.h"
-#include "ZelBase/SystemLibrary.h"
 
 #include "ZelBase/Handles.h"
 #include "ZelBase/threads/ModulePin.h"
+#include "ZelNet/SourceCode/IpHelper.h"
 #include "platform/adapters/HardwareAddress.h"
 #include "platform/adapters/StaticAdapter.h"
 #include "support/AdapterRegistry.h"
@@ -18,9 +18,6 @@
 #include <string>
 #include <vector>
 
-#include <iphlpapi.h>
-#include <winsock2.h>
-
 namespace tervane {
 namespace {
 
@@ -33,6 +30,8 @@ struct PlayedDriver {
     bool exists = true;
     DWORD queryError = ERROR_FILE_NOT_FOUND;
     std::map<DWORD, std::vector<unsigned char>> answers = {}; // by object
+    std::function<void()> whenFound = [] {};                  // its name
+    std::function<void()> whenAsked = [] {};
     std::string calls = {};
 };
 PlayedDriver driver;
@@ -43,6 +42,7 @@ DWORD WINAPI PlayQuery(LPCSTR name, LPSTR target, DWORD size) {
         SetLastError(driver.queryError);
         return 0;
     }
+    driver.whenFound();
     strcpy(target, "x");
     return 3;
 }
@@ -68,6 +68,7 @@ BOOL WINAPI PlayControl(HANDLE, DWORD code, LPVOID input, DWORD inputSize, LPVOI
     EXPECT_EQ(0x170002u, code);
     EXPECT_EQ(4u, inputSize);
     EXPECT_EQ(4096u, outputSize);
+    driver.whenAsked();
     const auto answer = driver.answers.find(*static_cast<DWORD*>(input));
     if (answer == driver.answers.end()) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -136,93 +137,56 @@ TEST_F(DriverAddressTest, KnowsTheCardThatCannotBeAsked) {
 }
 
 // A name that whoever has looked it up is slow to use, and a driver that is slow to answer.
-std::atomic<int> definitions;
-std::atomic<bool> isAsked;
-
-TEST(SharedDeviceNameTest, IsNotTakenFromAnotherThread) {
-    static constexpr DeviceApi kSlow = {
-        [](LPCSTR, LPSTR target, DWORD) WINAPI -> DWORD {
-            if (definitions == 0) {
-                SetLastError(ERROR_FILE_NOT_FOUND);
-                return 0;
-            }
-            Sleep(300);
-            strcpy(target, "x");
-            return 3;
-        },
-        [](DWORD flags, LPCSTR, LPCSTR) WINAPI -> BOOL {
-            definitions += flags == 1 ? 1 : -1;
-            return TRUE;
-        },
-        [](LPCSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) WINAPI -> HANDLE {
-            return definitions > 0 ? CreateEventW(nullptr, FALSE, FALSE, nullptr)
-                                   : INVALID_HANDLE_VALUE;
-        },
-        [](HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size, LPOVERLAPPED)
-            WINAPI -> BOOL {
-                isAsked = true;
-                Sleep(100);
-                memset(output, 7, 6);
-                *size = 6;
-                return TRUE;
-            },
-        nullptr};
-    const auto read = [] {
-        EXPECT_EQ(L"07-07-07-07-07-07", DriverAddresses(kSlow).Read(L"El90x1"));
+TEST_F(DriverAddressTest, TakesNoNameFromAnotherThread) {
+    std::atomic<bool> isAsked = false;
+    driver.answers[0x01010102].resize(6, 7);
+    driver.whenFound = [] { Sleep(300); };
+    driver.whenAsked = [&] {
+        isAsked = true;
+        Sleep(100);
     };
+    const auto read = [] { EXPECT_EQ(L"07-07-07-07-07-07", Read(L"El90x1")); };
     test::TestThread first(read);
     while (!isAsked) {
         Sleep(1);
     }
     read();
     first.join();
-    EXPECT_EQ(0, definitions);
+    EXPECT_FALSE(driver.hasName);
 }
 
-ZelBase::UniqueHandle isStuck(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-ZelBase::UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-
-BOOL WINAPI AnswerWhenTold(HANDLE, DWORD, LPVOID, DWORD, LPVOID output, DWORD, LPDWORD size,
-                           LPOVERLAPPED) {
-    SetEvent(isStuck.Get());
-    WaitForSingleObject(goOn.Get(), INFINITE);
-    memset(output, 9, 6);
-    *size = 6;
-    return TRUE;
-}
-
-TEST(StuckDriverTest, IsWaitedForOnceInAList) {
-    static constexpr DeviceApi kStuck = {&PlayQuery, &PlayDefine, &PlayOpen, &AnswerWhenTold,
-                                         nullptr};
-    driver = PlayedDriver();
+TEST_F(DriverAddressTest, WaitsForAStuckDriverOnceInAList) {
+    const ZelBase::UniqueHandle isStuck(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const ZelBase::UniqueHandle goOn(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     driver.hasName = true;
-    const auto stuck = ZelBase::ModulePin::StartThread([] { DriverAddresses(kStuck).Read(L"A"); });
+    driver.answers[0x01010102].resize(6, 9);
+    driver.whenAsked = [&] {
+        SetEvent(isStuck.Get());
+        WaitForSingleObject(goOn.Get(), INFINITE);
+    };
+    const auto stuck = ZelBase::ModulePin::StartThread([] { Read(L"A"); });
     WaitForSingleObject(isStuck.Get(), INFINITE);
-    DriverAddresses list(kStuck);
+    DriverAddresses list(kPlayed);
     EXPECT_EQ(std::nullopt, list.Read(L"B"));
     SetEvent(goOn.Get());
     WaitForSingleObject(stuck.Get(), INFINITE);
     driver.calls.clear();
     EXPECT_EQ(std::nullopt, list.Read(L"B"));
     EXPECT_TRUE(driver.calls.empty());
-    EXPECT_EQ(L"09-09-09-09-09-09", DriverAddresses(kStuck).Read(L"B"));
+    EXPECT_EQ(L"09-09-09-09-09-09", Read(L"B"));
 }
 
 // The adapters of this machine, installed by the test. Wine's network driver, which makes their
 // devices, comes up at some time after the first program of a session.
 TEST(StaticAdapterTest, TellsTheAddressesThatTheStackTells) {
-    const ZelBase::SystemLibrary library("IPHLPAPI.DLL");
-    const auto getAdapters = library.Find<decltype(&GetAdaptersInfo)>("GetAdaptersInfo");
-    ULONG size = 0;
-    getAdapters(nullptr, &size);
-    std::vector<unsigned char> buffer(size);
-    auto* live = reinterpret_cast<IP_ADAPTER_INFO*>(buffer.data());
-    if (size == 0 || getAdapters(live, &size) != ERROR_SUCCESS) {
+    std::vector<IP_ADAPTER_INFO> places(100);
+    auto size = static_cast<ULONG>(places.size() * sizeof places[0]);
+    if (ZelNet::IpHelper::Load()->GetAdaptersInfo(places.data(), &size) != ERROR_SUCCESS) {
         GTEST_SKIP() << "this machine has no network adapter";
     }
     const test::AdapterHives hives;
     std::map<std::wstring, std::wstring> told;
-    for (; live != nullptr; live = live->Next) {
+    for (const IP_ADAPTER_INFO* live = places.data(); live; live = live->Next) {
         const std::string name = live->AdapterName;
         const std::wstring instance(name.begin(), name.end());
         test::AddNtCard(hives, {instance, std::to_wstring(told.size()), L"Card", L""});

@@ -2,7 +2,7 @@
 // with the wide ones failing, as they do on the 9x family.
 
 #include "platform/registry/RegistryKey.h"
-#include "tests/support/HandleCount.h"
+#include "tests/support/ProcessUsage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "ZelBase/log/Logger.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TestThreads.h"
-#include "tests/zelbase/ChildProcess.h"
 #include "tests/zelbase/log/RingView.h"
 
 #include <gtest/gtest.h>
@@ -14,10 +14,13 @@
 namespace ZelBase::test {
 namespace {
 
+using tervane::test::ChildProcess;
 using Lines = std::vector<std::string>;
 
+constexpr wchar_t kViewer[] = L"..\\tools\\log_viewer.exe";
+
 ChildProcess StartViewer(const std::string& arguments) {
-    return ChildProcess::Program("..\\tools\\log_viewer.exe", arguments);
+    return ChildProcess::Program(kViewer, std::wstring(arguments.begin(), arguments.end()));
 }
 
 // Starts following and comes back when records from now on will be seen.
@@ -215,13 +218,12 @@ TEST_F(LogViewerConsole, HasColours) {
     logger->Log("", LogLevel::kWarning, "yellow");
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
     for (const auto& [options, error, warning] :
-         {std::tuple("", 0xC, 0x6), std::tuple("--plain ", 0x7, 0x7)}) {
+         {std::tuple(L"", 0xC, 0x6), std::tuple(L"--plain ", 0x7, 0x7)}) {
         const UniqueFile screen(CreateConsoleScreenBuffer(
             GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CONSOLE_TEXTMODE_BUFFER, nullptr));
         SetConsoleTextAttribute(screen.Get(), 0x7);
-        auto viewer =
-            ChildProcess::Program("..\\tools\\log_viewer.exe",
-                                  std::string(options) + "--component ViewerColours", screen.Get());
+        auto viewer = ChildProcess::Program(
+            kViewer, std::wstring(options) + L"--component ViewerColours", screen.Get());
         EXPECT_EQ(viewer.Wait(), 0u);
         CONSOLE_SCREEN_BUFFER_INFO info{};
         ASSERT_TRUE(GetConsoleScreenBufferInfo(screen.Get(), &info));

@@ -4,8 +4,8 @@
 #include "ZelBase/log/ALogger.h"
 #include "ZelBase/log/LogRing.h"
 #include "ZelBase/threads/ModulePin.h"
-#include "tests/support/HandleCount.h"
-#include "tests/zelbase/ChildProcess.h"
+#include "tests/support/OtherWindows.h"
+#include "tests/support/ProcessUsage.h"
 #include "tests/zelbase/log/RingView.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +16,8 @@
 
 namespace ZelBase::test {
 namespace {
+
+using tervane::test::ChildProcess;
 
 // A logger whose component no other test and no other process uses at the time.
 class LoggerTest : public testing::Test {
@@ -162,13 +164,10 @@ TEST_F(LoggerTest, DropsRecordsWhileTheRingStaysLocked) {
     }
 }
 
-// Only Wine lets a test choose the system's version.
 TEST(Logger, SharesOneRingAcrossSessionsFromWindows2000On) {
-    if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version")) {
-        GTEST_SKIP() << "needs Wine";
-    }
+    TERVANE_ONLY_ON_WINE();
     for (const auto& [version, ring] : {std::pair("win98", 1u), {"nt40", 1u}, {"win2k", 2u}}) {
-        EXPECT_EQ(ChildProcess::SelfOnOldSystem("name-ring", version).Wait(), ring) << version;
+        EXPECT_EQ(ChildProcess::SelfOn(version, "name-ring").Wait(), ring) << version;
     }
 }
 
@@ -275,7 +274,7 @@ TEST_F(RingChoice, IsTheNextWhereOneIsNotWhatItShouldBe) {
             ASSERT_TRUE(obstacles.back());
         }
         EXPECT_EQ(ChildProcess::Self("name-ring").Wait(), row.ring);
-        auto viewer = ChildProcess::Program("..\\tools\\log_viewer.exe", "dump");
+        auto viewer = ChildProcess::Program(L"..\\tools\\log_viewer.exe", L"dump");
         EXPECT_NE(viewer.ReadLine().value_or("").find(shown[row.ring]), std::string::npos);
     }
 }
@@ -302,7 +301,7 @@ TEST_F(RingChoice, IsOneForAllLoggers) {
 TEST_F(RingChoice, OfAViewerIsTheOneThatIsThere) {
     std::unique_ptr<LogRing> session;
     ASSERT_EQ(LogRing::Open(LogRing::Place::kSession, 0, session), LogRing::Result::kOpened);
-    auto viewer = ChildProcess::Program("..\\tools\\log_viewer.exe", "dump");
+    auto viewer = ChildProcess::Program(L"..\\tools\\log_viewer.exe", L"dump");
     EXPECT_NE(viewer.ReadLine().value_or("").find("the log of this session"), std::string::npos);
 }
 

@@ -1,7 +1,7 @@
 #include "ZelBase/threads/Thread.h"
 #include "ZelBase/threads/Event.h"
 #include "ZelBase/threads/Mutex.h"
-#include "tests/support/HandleCount.h"
+#include "tests/support/ProcessUsage.h"
 #include "tests/zelbase/log/RingView.h"
 
 #include <gtest/gtest.h>

@@ -108,23 +108,38 @@ protected:
     std::string told_;
 };
 
-TEST_F(DnsLookUp, BelievesTheServersThatItAskedAlone) {
+TEST_F(DnsLookUp, TakesTheFirstAnswerToItsQuestionFromTheServersThatItAsked) {
+    std::string otherName = Answer(1);
+    otherName[13] = 'b';
+    std::string otherCase = Answer(1);
+    otherCase[13] = 'A';
+    std::string none = Answer(1).substr(0, 27);
+    none[7] = 0;
     const struct {
         const char* sender;
         std::uint16_t port;
+        std::string first;
         const char* told;
     } cases[] = {
-        {"10.0.0.1", 53, "ok 10.9.9.1"}, {"10.0.0.2", 53, "ok 10.9.9.1"},
-        {"10.0.0.1", 54, "ok 10.9.9.2"}, {"10.0.0.2", 0, "ok 10.9.9.2"},
-        {"10.0.0.3", 53, "ok 10.9.9.2"}, {"127.0.0.1", 53, "ok 10.9.9.2"},
-        {"0.0.0.0", 53, "ok 10.9.9.2"},
+        {"10.0.0.1", 53, Answer(1), "ok 10.9.9.1"},
+        {"10.0.0.2", 53, Answer(1), "ok 10.9.9.1"},
+        {"10.0.0.1", 54, Answer(1), "ok 10.9.9.2"},
+        {"10.0.0.2", 0, Answer(1), "ok 10.9.9.2"},
+        {"10.0.0.3", 53, Answer(1), "ok 10.9.9.2"},
+        {"127.0.0.1", 53, Answer(1), "ok 10.9.9.2"},
+        {"0.0.0.0", 53, Answer(1), "ok 10.9.9.2"},
+        {"10.0.0.1", 53, "xy" + Answer(1).substr(2), "ok 10.9.9.1"}, // another identifier
+        {"10.0.0.1", 53, otherName, "ok 10.9.9.2"},
+        {"10.0.0.1", 53, otherCase, "ok 10.9.9.2"},
+        {"10.0.0.1", 53, none, "ok 10.9.9.2"}, // an empty answer is the last resort
+        {"10.0.0.1", 53, Answer(1).substr(0, 30), "ok 10.9.9.2"},
     };
     for (const auto& row : cases) {
         ASSERT_TRUE(Resolve());
         socket_->CanSend();
-        socket_->arriving = {{row.sender, row.port, Answer(1)}, {"10.0.0.2", 53, Answer(2)}};
+        socket_->arriving = {{row.sender, row.port, row.first}, {"10.0.0.2", 53, Answer(2)}};
         socket_->Receive();
-        EXPECT_EQ(told_, row.told) << row.sender << ":" << row.port;
+        EXPECT_EQ(told_, row.told) << &row - cases;
     }
 }
 

@@ -78,19 +78,18 @@ TEST_F(TcpSocketTest, ConnectsSendsAndReceives) {
     EXPECT_EQ(listener.Count("close:0"), 1);
     // Viewers, and people, know the objects of this library by the texts that they log.
     log.Expect("WIN32_SETManager",
-               "ReleaseThread|3|Marking thread for self-destruct.  ZelBase::Thread: *, Count: 0.");
+               {"ReleaseThread|3|Marking thread for self-destruct.  ZelBase::Thread: "});
     log.Expect("WIN32_SocketEventThread",
-               R"(AddSocket|3|Adding socket #0 from listener: * with event: * to thread: * count: 1
-           RemoveSocket|3|removing socket #0 from listener: * with event: * from thread: *
-           Run|3|Waiting for socket events with 1 sockets
-           Run|3|Network events: * on event: *)");
-    log.Expect("WIN32_TcpNonBlockingClientSocket", R"(Create|3|Socket creation succeeded.  handle: *
-                                                      Create|0|Socket already created.
-                                                      FinishConnect|3|Connect returned would block.
-                                                      OnConnect|3|Calling OnConnect with errorcode 0
-                                                      Receive|0|recv() failed with error code: 10035.
-                                                      Close|3|Calling Shutdown() on socket *.
-                                                      OnClose|3|Calling closesocket() on socket *.)");
+               {"AddSocket|3|Adding socket #0 from listener: ",
+                "RemoveSocket|3|removing socket #0 from listener: ",
+                "Run|3|Waiting for socket events with 1 sockets", "Run|3|Network events: "});
+    log.Expect("WIN32_TcpNonBlockingClientSocket",
+               {"Create|3|Socket creation succeeded.  handle: ", "Create|0|Socket already created.",
+                "FinishConnect|3|Connect returned would block.",
+                "OnConnect|3|Calling OnConnect with errorcode 0",
+                "Receive|0|recv() failed with error code: 10035.",
+                "Close|3|Calling Shutdown() on socket ",
+                "OnClose|3|Calling closesocket() on socket "});
 }
 
 TEST_F(TcpSocketTest, TellsHowConnectionsEnd) {

@@ -235,23 +235,19 @@ TEST(ProxyServersTest, ReadsLongTextsInOneGo) {
 }
 
 TEST(LocalBypassTest, KeepsOneMarkerAtTheEnd) {
-    EXPECT_EQ(L"<local>", WithLocalBypass(L""));
-    EXPECT_EQ(L"a;b;<local>", WithLocalBypass(L"a;b"));
-    EXPECT_EQ(L"a;<local>", WithLocalBypass(WithLocalBypass(L"a")));
-    EXPECT_EQ(L"a;<LOCAL>", WithLocalBypass(L"a;<LOCAL>"));
-
-    EXPECT_EQ(L"", WithoutLocalBypass(L"<local>"));
-    EXPECT_EQ(L"host", WithoutLocalBypass(L"host;<local>"));
-    EXPECT_EQ(L"a;b", WithoutLocalBypass(L"a;b;<Local>"));
-    EXPECT_EQ(L"a", WithoutLocalBypass(L"a;<local>;behind"));
-    EXPECT_EQ(L"a;<loca", WithoutLocalBypass(L"a;<loca"));
-}
-
-TEST(LocalBypassTest, StaysWhenExceptionsAreReplaced) {
-    EXPECT_EQ(L"new", WithExceptions(L"", L"new"));
-    EXPECT_EQ(L"new", WithExceptions(L"old", L"new"));
-    EXPECT_EQ(L"", WithExceptions(L"old", L""));
-    EXPECT_EQ(L"new;<local>", WithExceptions(L"old;<local>", L"new"));
+    const struct {
+        const wchar_t *list, *with, *without, *replaced; // by "new"
+    } rows[] = {{L"", L"<local>", L"", L"new"},
+                {L"a;b", L"a;b;<local>", L"a;b", L"new"},
+                {L"<local>", L"<local>", L"", L"new;<local>"},
+                {L"a;<LOCAL>", L"a;<LOCAL>", L"a", L"new;<local>"},
+                {L"a;<local>;behind", L"a;<local>;behind", L"a", L"new;<local>"},
+                {L"a;<loca", L"a;<loca;<local>", L"a;<loca", L"new"}};
+    for (const auto& [list, with, without, replaced] : rows) {
+        EXPECT_EQ(with, WithLocalBypass(list));
+        EXPECT_EQ(without, WithoutLocalBypass(list));
+        EXPECT_EQ(replaced, WithExceptions(list, L"new"));
+    }
     EXPECT_EQ(L"<local>", WithExceptions(L"old;<local>", L""));
     EXPECT_EQ(L"a;<local>", WithExceptions(L"a;<local>", L"a;<local>"));
 }

@@ -87,8 +87,7 @@ TEST(WindowFinder, MatchesTitlesOfTheWindowAndBelow) {
         WindowFinder finder(row.topLevel, row.child);
         HWND window = finder.Find();
         EXPECT_EQ(row.found, window != nullptr);
-        EXPECT_TRUE(!window ||
-                    (ProcessOf(window) == program.ProcessId() && TitleOf(window) == title));
+        EXPECT_TRUE(!window || (ProcessOf(window) == program.Id() && TitleOf(window) == title));
     }
     EXPECT_TRUE(WindowFinder(number, L"Deep").IsValid());
     EXPECT_FALSE(WindowFinder(number + L"(", L"").IsValid());

@@ -1,13 +1,20 @@
 #pragma once
 
-// How many handles this process has open. Under Wine GetProcessHandleCount answers 0 whatever
-// happens, so a test for leaks would prove nothing with it; the system's table of all handles is
-// kept there, too.
+// What this process has taken of the system; for finding leaks. Under Wine GetProcessHandleCount
+// answers 0 whatever happens, so a test for leaks would prove nothing with it; the system's table
+// of all handles is kept there, too.
+
+#include "ZelBase/Handles.h"
 
 #include <cstddef>
 #include <vector>
 
 #include <windows.h>
+
+#include <tlhelp32.h>
+
+#define PSAPI_VERSION 2 // the functions of kernel32
+#include <psapi.h>
 
 namespace tervane::test {
 
@@ -42,6 +49,25 @@ inline size_t OpenHandleCount() {
         count += entries[i].process == GetCurrentProcessId();
     }
     return count;
+}
+
+inline size_t ThreadCount() {
+    const ZelBase::UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry = {};
+    entry.dwSize = sizeof entry;
+    size_t count = 0;
+    for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
+         more = Thread32Next(snapshot.Get(), &entry)) {
+        count += entry.th32OwnerProcessID == GetCurrentProcessId();
+    }
+    return count;
+}
+
+// Bytes.
+inline size_t CommittedMemory() {
+    PROCESS_MEMORY_COUNTERS counters = {};
+    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    return counters.PagefileUsage;
 }
 
 } // namespace tervane::test
