@@ -105,17 +105,13 @@ TEST_F(GeneralSysInfoTest, MayBeReadWhileItIsRenewed) {
     for (size_t renewal = 0; renewal < kRenewals; ++renewal) {
         info->GetSystemInfo();
     }
-    std::vector<TestThread> readers;
-    for (int reader = 0; reader < 4; ++reader) {
-        readers.emplace_back([&] {
-            for (int round = 0; round < 200; ++round) {
-                UniqueBstr vendor;
-                EXPECT_EQ(S_OK, info->get_CpuVendor(vendor.Put()));
-                EXPECT_EQ(12u, TextOf(vendor.Get()).size());
-            }
-        });
-    }
-    readers.clear();
+    OnThreads(4, [&](int) {
+        for (int round = 0; round < 200; ++round) {
+            UniqueBstr vendor;
+            EXPECT_EQ(S_OK, info->get_CpuVendor(vendor.Put()));
+            EXPECT_EQ(12u, TextOf(vendor.Get()).size());
+        }
+    });
     EXPECT_TRUE(sink_.WaitFor(kRenewals, kPatience));
 }
 

@@ -312,9 +312,7 @@ struct Taken {
 };
 
 Taken TakenNow() {
-    const DWORD slot = TlsAlloc();
-    TlsFree(slot);
-    return {slot, OpenHandleCount(), CommittedMemory()};
+    return {LowestFreeTlsSlot(), OpenHandleCount(), CommittedMemory()};
 }
 
 // The environment may ask for more, TERVANE_CYCLES=10000.

@@ -2,8 +2,7 @@
 
 #include "support/Classes.h"
 #include "support/ObjectTest.h"
-#include "support/OwnWindow.h"
-#include "support/WindowProgram.h"
+#include "support/TestWindows.h"
 
 #include <map>
 

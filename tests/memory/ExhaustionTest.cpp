@@ -14,8 +14,8 @@
 #include "support/LoopbackServer.h"
 #include "support/ObjectClasses.h"
 #include "support/ObjectTest.h"
-#include "support/OwnWindow.h"
 #include "support/ProcessUsage.h"
+#include "support/TestWindows.h"
 
 #include <algorithm>
 #include <cstdlib>

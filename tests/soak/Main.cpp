@@ -22,24 +22,11 @@ struct Usage {
     size_t handles;
     size_t threads;
     size_t privateKb;
-    size_t tlsSlots;
+    size_t tlsSlots; // all below the lowest free one
 };
 
-// Nobody tells how many are used, so all that are left are taken for a moment.
-size_t CountTlsSlots() {
-    constexpr size_t kSlots = 1088;
-    std::vector<DWORD> left;
-    for (DWORD slot; (slot = TlsAlloc()) != TLS_OUT_OF_INDEXES;) {
-        left.push_back(slot);
-    }
-    for (const DWORD slot : left) {
-        TlsFree(slot);
-    }
-    return kSlots - left.size();
-}
-
 Usage UsageNow() {
-    return {OpenHandleCount(), ThreadCount(), CommittedMemory() / 1024, CountTlsSlots()};
+    return {OpenHandleCount(), ThreadCount(), CommittedMemory() / 1024, LowestFreeTlsSlot()};
 }
 
 size_t MedianOf(std::vector<Usage> part, size_t Usage::*figure) {
@@ -91,11 +78,10 @@ const char* RunRound(unsigned seed, const LoopbackServer& server, long& calls) {
     for (unsigned i = 0; i < kApartments; ++i) {
         scripts.push_back({RandomCalls(seed + i, server)});
     }
-    std::vector<TestThread> threads;
-    for (Script& script : scripts) {
-        threads.emplace_back([&script] { script.succeeded = script.calls.Run(kRound); });
-    }
-    threads.clear(); // should one hang, scripts/soak ends this program
+    // Should one hang, scripts/soak ends this program.
+    OnThreads(kApartments, [&scripts](int number) {
+        scripts[number].succeeded = scripts[number].calls.Run(kRound);
+    });
     for (const Script& script : scripts) {
         calls += script.calls.Calls();
         if (!script.succeeded) {

@@ -70,4 +70,11 @@ inline size_t CommittedMemory() {
     return counters.PagefileUsage;
 }
 
+// Of thread-local storage.
+inline DWORD LowestFreeTlsSlot() {
+    const DWORD slot = TlsAlloc();
+    TlsFree(slot);
+    return slot;
+}
+
 } // namespace tervane::test

@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include <process.h>
 
@@ -55,6 +56,15 @@ private:
 
     HANDLE thread_ = nullptr;
 };
+
+// Runs `body`, with a number from 0, on so many threads at once, and waits for them.
+template <typename Body>
+void OnThreads(int count, Body body) {
+    std::vector<TestThread> threads;
+    for (int number = 0; number < count; ++number) {
+        threads.emplace_back(body, number);
+    }
+}
 
 // Its owner may lock it again.
 class TestMutex {

@@ -64,12 +64,7 @@ TEST_F(RealPing, LastsAsLongAsItsLastUser) {
 
 TEST_F(RealPing, ManyAtOnce) {
     std::atomic<int> answered = 0;
-    {
-        std::vector<tervane::test::TestThread> threads;
-        for (int index = 0; index < 50; ++index) {
-            threads.emplace_back([&answered] { answered += Reaches(APing::Create().get()); });
-        }
-    }
+    tervane::test::OnThreads(50, [&](int) { answered += Reaches(APing::Create().get()); });
     EXPECT_EQ(answered, 50);
 }
 

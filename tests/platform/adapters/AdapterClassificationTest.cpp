@@ -49,17 +49,12 @@ TEST(AdapterClassificationTest, SurvivesHostileDescriptions) {
 
 TEST(AdapterClassificationTest, IsMadeOnceForAllThreads) {
     std::atomic<int> found = 0;
-    {
-        std::vector<test::TestThread> threads;
-        for (int i = 0; i < 8; ++i) {
-            threads.emplace_back([&found] {
-                for (int round = 0; round < 20; ++round) {
-                    found += IsEthernetDescription(L"intel pro/100") ? 1 : 0;
-                    found += IsEthernetDriver(L"EL90XBC.SYS") ? 1 : 0;
-                }
-            });
+    test::OnThreads(8, [&found](int) {
+        for (int round = 0; round < 20; ++round) {
+            found += IsEthernetDescription(L"intel pro/100") ? 1 : 0;
+            found += IsEthernetDriver(L"EL90XBC.SYS") ? 1 : 0;
         }
-    }
+    });
     EXPECT_EQ(8 * 40, found);
 }
 

@@ -68,8 +68,7 @@ TEST_P(RegistryKeyTest, WritesAndReadsEveryType) {
     const std::vector<std::wstring> texts = {L"one", L"t w o", L"é"};
     const RegistryBytes bytes = {0, 1, 2, 254, 255};
     EXPECT_TRUE(key.WriteText(L"", L"default"));
-    EXPECT_TRUE(key.WriteText(L"text", L"Gr\xFC\xDF"
-                                       L"e"));
+    EXPECT_TRUE(key.WriteText(L"text", L"Grüße"));
     EXPECT_TRUE(key.WriteExpandableText(L"expandable", L"%TEMP%\\x"));
     EXPECT_TRUE(key.WriteTexts(L"texts", texts));
     EXPECT_TRUE(key.WriteTexts(L"no texts", {}));
@@ -78,8 +77,7 @@ TEST_P(RegistryKeyTest, WritesAndReadsEveryType) {
     EXPECT_TRUE(key.WriteBytes(L"no bytes", {}));
 
     EXPECT_EQ(key.ReadText(L""), L"default");
-    EXPECT_EQ(key.ReadText(L"text"), L"Gr\xFC\xDF"
-                                     L"e");
+    EXPECT_EQ(key.ReadText(L"text"), L"Grüße");
     EXPECT_EQ(key.ReadText(L"expandable"), L"%TEMP%\\x");
     EXPECT_EQ(key.TypeOf(L"expandable"), static_cast<DWORD>(REG_EXPAND_SZ));
     EXPECT_EQ(key.ReadTexts(L"texts"), texts);

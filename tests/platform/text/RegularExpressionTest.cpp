@@ -125,18 +125,13 @@ TEST(RegularExpression, PlainPatternsNeverSpendTheirPurse) {
 TEST(RegularExpression, ServesSeveralThreadsAtOnce) {
     const auto shared = RegularExpression::WholeTextMatch(L"(a|b)+c");
     std::atomic<int> wrong = 0;
-    {
-        std::vector<test::TestThread> threads;
-        for (int thread = 0; thread < 4; ++thread) {
-            threads.emplace_back([&] {
-                for (int i = 0; i < 500; ++i) {
-                    const std::wstring own = L"x" + std::to_wstring(i);
-                    wrong += !shared.Matches(L"ababc") || shared.Matches(L"abab") ||
-                             !RegularExpression::WholeTextMatch(own).Matches(own);
-                }
-            });
+    test::OnThreads(4, [&](int) {
+        for (int i = 0; i < 500; ++i) {
+            const std::wstring own = L"x" + std::to_wstring(i);
+            wrong += !shared.Matches(L"ababc") || shared.Matches(L"abab") ||
+                     !RegularExpression::WholeTextMatch(own).Matches(own);
         }
-    }
+    });
     EXPECT_EQ(wrong, 0);
 }
 

@@ -2,11 +2,14 @@
 #include "ZelBase/threads/ModulePin.h"
 #include "ZelBase/threads/Mutex.h"
 #include "ZelBase/threads/Thread.h"
+#include "tests/support/TestThreads.h"
 
 #include <gtest/gtest.h>
 
 namespace ZelBase::test {
 namespace {
+
+using tervane::test::OnThreads;
 
 DWORD ExitCode(HANDLE thread) {
     DWORD code = 0;
@@ -15,17 +18,11 @@ DWORD ExitCode(HANDLE thread) {
     return code;
 }
 
-// Runs `body` on a thread of its own and waits for its end.
-template <typename Body>
-void OnOtherThread(Body body) {
-    ExitCode(ModulePin::StartThread(body).Get());
-}
-
 TEST(Event, LetsWaitersThroughUntilItIsReset) {
     const auto event = Event::Create();
     ASSERT_TRUE(event && event->IsValid());
     EXPECT_FALSE(event->Wait(0, nullptr));
-    OnOtherThread([&] { event->Set(); });
+    OnThreads(1, [&](int) { event->Set(); });
     EXPECT_TRUE(event->Wait(0, nullptr));
     EXPECT_TRUE(event->Wait(kInfinite, nullptr));
     event->Wait(nullptr);
@@ -44,9 +41,9 @@ TEST(Mutex, IsHadByOneThreadAtATime) {
         EXPECT_EQ(mutex.OwnerThreadId(), GetCurrentThreadId());
         mutex.Unlock();
         EXPECT_EQ(mutex.OwnerThreadId(), WIN32_Mutex::kNoOwner);
-        OnOtherThread([&] { EXPECT_FALSE(mutex.Lock(20, nullptr)); });
+        OnThreads(1, [&](int) { EXPECT_FALSE(mutex.Lock(20, nullptr)); });
     }
-    OnOtherThread([&] {
+    OnThreads(1, [&](int) {
         EXPECT_TRUE(mutex.Lock(20, nullptr));
         mutex.Unlock();
     });
@@ -58,10 +55,10 @@ TEST(Mutex, PassesOnWhenItsOwnerDied) {
     const auto thread = Thread::Create();
     thread->SetThreadFunction(
         [&](Thread* self, std::uint32_t) { return mutex->Lock(1000, self) ? 1u : 2u; });
-    OnOtherThread([&] { mutex->Lock(nullptr); });
+    OnThreads(1, [&](int) { mutex->Lock(nullptr); });
     EXPECT_TRUE(mutex->Lock(1000, nullptr));
     mutex->Unlock();
-    OnOtherThread([&] { mutex->Lock(nullptr); });
+    OnThreads(1, [&](int) { mutex->Lock(nullptr); });
     ASSERT_TRUE(thread->Execute());
     EXPECT_TRUE(thread->Terminate(false));
     EXPECT_EQ(thread->GetExitCode(), 1u);

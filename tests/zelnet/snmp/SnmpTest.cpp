@@ -302,16 +302,11 @@ TEST(RealAgent, IsSharedByManyThreads) {
         EXPECT_EQ(mask.GetText(), "255.0.0.0");
     }
     std::atomic<int> alike = 0;
-    {
-        std::vector<tervane::test::TestThread> threads;
-        for (int i = 0; i < 8; ++i) {
-            threads.emplace_back([&] {
-                for (int round = 0; round < 20; ++round) {
-                    alike += NamesOfInterfaces() == expected;
-                }
-            });
+    tervane::test::OnThreads(8, [&](int) {
+        for (int round = 0; round < 20; ++round) {
+            alike += NamesOfInterfaces() == expected;
         }
-    }
+    });
     EXPECT_EQ(alike, 8 * 20);
     EXPECT_EQ(GetModuleHandleA("INETMIB1.DLL"), nullptr); // gone with its last user
 }

@@ -107,13 +107,10 @@ TEST_F(NamespaceDnsTest, ManyLookUpsAtOnce) {
     constexpr int kLookUps = 300;
     std::atomic<int> found = 0;
     const auto round = [&found](int lookUps) {
-        std::vector<tervane::test::TestThread> threads;
-        for (int index = 0; index < lookUps; ++index) {
-            threads.emplace_back([&found, index] {
-                const std::string name = "host" + std::to_string(index) + ".many.example";
-                found += LookUp({kReal, kNobody}, "", name, 60000) == "ok 10.0.0.99" ? 1 : 0;
-            });
-        }
+        tervane::test::OnThreads(lookUps, [&found](int index) {
+            const std::string name = "host" + std::to_string(index) + ".many.example";
+            found += LookUp({kReal, kNobody}, "", name, 60000) == "ok 10.0.0.99" ? 1 : 0;
+        });
     };
     round(20);
     EXPECT_EQ(Settled(ThreadCount, idle_), idle_);

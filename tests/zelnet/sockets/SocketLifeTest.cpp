@@ -275,23 +275,20 @@ TEST(SocketLayer, CanBeShutDownFromACallback) {
 // Many threads open, connect and let go at every possible moment.
 void OpenAndReleaseOnManyThreads(std::uint16_t port) {
     constexpr int kSockets = 12;
-    std::vector<tervane::test::TestThread> threads;
-    for (int thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([port, thread] {
-            for (int index = 0; index < kSockets; ++index) {
-                RecordingListener listener;
-                const auto socket = OpenSocket(listener);
-                EXPECT_TRUE(socket->Connect("127.0.0.1", port));
-                const int way = (thread + index) % 3; // one of them: released at once
-                if (way == 1) {
-                    EXPECT_TRUE(socket->Close(false));
-                    listener.Await("close:0");
-                } else if (way == 2) {
-                    listener.Await("connect:0");
-                }
+    tervane::test::OnThreads(8, [port](int thread) {
+        for (int index = 0; index < kSockets; ++index) {
+            RecordingListener listener;
+            const auto socket = OpenSocket(listener);
+            EXPECT_TRUE(socket->Connect("127.0.0.1", port));
+            const int way = (thread + index) % 3; // one of them: released at once
+            if (way == 1) {
+                EXPECT_TRUE(socket->Close(false));
+                listener.Await("close:0");
+            } else if (way == 2) {
+                listener.Await("connect:0");
             }
-        });
-    }
+        }
+    });
 }
 
 TEST(SocketLayer, SurvivesManySocketsAtOnce) {

@@ -4,9 +4,8 @@
 #include "objects/config/windows/WindowFinder.h"
 #include "ZelBase/Handles.h"
 #include "platform/PumpingWait.h"
-#include "support/OwnWindow.h"
 #include "support/TestThreads.h"
-#include "support/WindowProgram.h"
+#include "support/TestWindows.h"
 
 #include <gtest/gtest.h>
 

@@ -1,16 +1,57 @@
 #pragma once
 
-// A window of this process on a thread of its own, which pumps messages only when told to.
+// Windows to find: of a second process, and of this one on threads of their own.
 
 #include "ZelBase/Handles.h"
+#include "support/ChildProcess.h"
 #include "support/TestThreads.h"
 
+#include <atomic>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <windows.h>
 
 namespace tervane::test {
 
+// window_program, started with the options that it describes in tests/window_program/Main.cpp and
+// read line by line.
+class WindowProgram : public ChildProcess {
+public:
+    // Starts the program; `Expect("ready")` waits for its windows.
+    explicit WindowProgram(const std::vector<std::wstring>& options)
+        : ChildProcess(Program(L"window_program.exe", Quoted(options))) {}
+
+    // Waits until the program writes this line, and skips those before it. False when nothing comes
+    // for ten seconds.
+    bool Expect(std::string_view line) {
+        while (const auto next = ReadLine(10000)) {
+            if (*next == line) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    static std::wstring Quoted(const std::vector<std::wstring>& options) {
+        std::wstring text;
+        for (const std::wstring& option : options) {
+            text.append(L" \"").append(option).append(L"\"");
+        }
+        return text;
+    }
+};
+
+// A title that no other window has.
+inline std::wstring UniqueTitle(std::wstring_view stem) {
+    static std::atomic<int> number = 0;
+    return std::wstring(stem) + L" " + std::to_wstring(GetCurrentProcessId()) + L" " +
+           std::to_wstring(++number);
+}
+
+// On a thread which pumps messages only when told to.
 class OwnWindow {
 public:
     enum class Thread { kPumps, kHangs };
