@@ -171,7 +171,7 @@ abi::__cxa_eh_globals* ExceptionsOfThisThread() noexcept {
     return exceptions;
 }
 
-// The locks of the run-time library wait on semaphores that nobody ever closes.
+// The locks of the run-time library wait on semaphores that nobody else closes.
 HANDLE WINAPI CreateRememberedSemaphore(SECURITY_ATTRIBUTES* security, LONG count, LONG most,
                                         const wchar_t*) {
     HANDLE semaphore = CreateSemaphoreA(security, count, most, nullptr);
@@ -227,3 +227,8 @@ abi::__cxa_eh_globals* abi::__cxa_get_globals_fast() noexcept {
 #endif
 decltype(&tervane::CreateRememberedSemaphore) importOfCreateSemaphore __asm__(
     TERVANE_IMPORT_OF_CREATE_SEMAPHORE) = &tervane::CreateRememberedSemaphore;
+
+// What the library is linked to call when a lock of the run-time library is destroyed, which only
+// the lock of the memory for exceptions ever is. Its semaphore is closed with the others: closed
+// twice, its number might be another thread's new handle by then.
+extern "C" void __wrap___gthr_win32_mutex_destroy(void* /*lock*/) {}
