@@ -13,10 +13,13 @@ namespace {
 constexpr unsigned kStackGuardFailed = 2; // FAST_FAIL_STACK_COOKIE_CHECK_FAILURE
 
 // Ends the process at once, past all handlers of exceptions, which may lie in what was written
-// over. Windows before 8 sees an access violation.
+// over. Windows before 8 takes the interrupt for an access violation, which hosts of scripts catch.
 [[noreturn]] void EndProcess() noexcept {
-    __asm__ volatile("int $0x29" : : "c"(kStackGuardFailed));
-    __builtin_unreachable();
+    if (IsProcessorFeaturePresent(PF_FASTFAIL_AVAILABLE)) {
+        __asm__ volatile("int $0x29" : : "c"(kStackGuardFailed));
+    }
+    TerminateProcess(GetCurrentProcess(), STATUS_STACK_BUFFER_OVERRUN);
+    __builtin_trap();
 }
 
 std::uintptr_t RandomNumber() noexcept {
