@@ -51,7 +51,8 @@ bool Shorten(UniqueBstr& text, std::size_t length) {
 // The lines, joined by CR LF, are written where they are to stay: a message may be large.
 UniqueBstr JoinLines(std::string_view lines) {
     const auto count = static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
-    UniqueBstr joined = AllocateBstr(lines.size() + count);
+    const std::size_t spare = lines.ends_with('\n') ? 2 : 0; // the last line ends without
+    UniqueBstr joined = AllocateBstr(lines.size() + count - spare);
     if (!joined) {
         return joined;
     }
@@ -96,7 +97,7 @@ ComPtr<IEmailData> MakeReceivedMail(std::string text) {
         }
     }
     const UniqueBstr body = JoinLines(rest);
-    text = std::string(); // the property keeps a copy of the body, and memory is not endless
+    std::string().swap(text); // the property keeps a copy of the body, and memory is not endless
     if (!body || FAILED(emailData->put_TextMessage(body.Get()))) {
         return {};
     }

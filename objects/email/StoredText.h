@@ -5,6 +5,7 @@
 #include "platform/ComValues.h"
 
 #include <string>
+#include <utility>
 
 namespace tervane {
 
@@ -13,7 +14,7 @@ namespace tervane {
 template <typename Text>
 HRESULT StoreText(Text& field, BSTR text) noexcept {
     return Guarded([&] {
-        field = Text(TextOf(text));
+        const Text old = std::exchange(field, Text(TextOf(text)));
         return S_OK;
     });
 }

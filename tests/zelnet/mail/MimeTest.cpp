@@ -1,3 +1,5 @@
+#include "ZelBase/text/Base64.h"
+#include "ZelBase/text/TextConversion.h"
 #include "ZelNet/SourceCode/mail/AMIME.h"
 #include "ZelNet/SourceCode/mail/MailDate.h"
 
@@ -48,11 +50,26 @@ TEST(Mime, KnowsItsEnumeratorsAndTakesTheFirstForOthers) {
                {mixed.c_str(), alternative.c_str()}, 2);
 }
 
-TEST(Mime, EncodesABodyIntoOneLineHoweverLong) {
+TEST(Mime, EncodesABodyIntoOneLineInPiecesOfAnySize) {
+    std::wstring text = L"a\xD800\u00E9\u4E2D\U0001F600\r\n.\r\n\xDC00";
+    for (int i = 0; i < 9; ++i) {
+        text += text + L"b";
+    }
     AMIME message;
-    message.SetBody(std::string(100'000, 'x') + "\r\n.\r\n", true);
-    EXPECT_EQ(message.Body().size(), 133'340u);
-    EXPECT_EQ(message.Body().find_first_of("\r\n."), std::string::npos);
+    message.SetBody(WideMailText{nullptr, text});
+    const std::string whole = ZelBase::Base64Encode(ZelBase::Utf16ToUtf8(text));
+    for (const std::size_t room : {12, 13, 512, 2048}) {
+        const auto source = MimeText::Read(message.TextToSend());
+        std::string read;
+        while (source->Remaining() > 0) {
+            char piece[2048];
+            EXPECT_EQ(whole.size() - read.size(), source->Remaining());
+            const std::size_t size = source->Read(piece, room);
+            ASSERT_TRUE(size > 0 && size <= room) << room;
+            read.append(piece, size);
+        }
+        EXPECT_EQ(whole, read) << room;
+    }
 }
 
 TEST(Mime, PutsPartsBetweenDelimiters) {
