@@ -36,7 +36,8 @@ protected:
         test::AddOldCard(hives_, {kVirtual, L"Netz", L"0002", L"DFE530TX.SYS", L"", L""});
         Fill(L"Enum\\PCI\\", L"VEN_1&DEV_2\\00: Class=Modem");
         Fill(kServices, LR"(VxD\MSTCP: Domain=example.test; EnableDNS=1; NodeType=8
-                            VxD\MSTCP: NameServer=10.0.0.2,10.0.0.3; NameServer1=10.0.0.4)");
+                            VxD\MSTCP: NameServer=10.0.0.2,10.0.0.3; NameServer1=10.0.0.4
+                            VxD\MSTCP: NameServer2=10.0.0.5)");
     }
 
     const test::AdapterHives hives_;
@@ -56,7 +57,7 @@ TEST_F(Win9xAdaptersTest, ReadsEverythingOfACard) {
     EXPECT_TRUE(card.isEthernet && card.isEnabled && card.isFunctional);
     EXPECT_TRUE(card.boundToTcpip && card.boundIndirectlyOrDirectlyToTcpip);
     EXPECT_FALSE(card.isPpp);
-    EXPECT_EQ(L"10.1.2.3 255.255.0.0 10.1.0.1 static dns 10.0.0.2,10.0.0.3 wins 10.0.0.4",
+    EXPECT_EQ(L"10.1.2.3 255.255.0.0 10.1.0.1 static dns 10.0.0.2,10.0.0.3 wins 10.0.0.4,10.0.0.5",
               test::SettingsOf(card));
     EXPECT_EQ(L"example.test", card.domainName);
     EXPECT_EQ(8, card.winsState);
