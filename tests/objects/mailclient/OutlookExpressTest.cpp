@@ -247,6 +247,8 @@ TEST_F(MailIdentitiesTest, HaveAccountsOfTheirOwn) {
     EXPECT_EQ(Names{L"Hers"}, MailAccounts(L""));
     MailAccounts(L"Nobody");
     EXPECT_EQ(kUnknownIdentity, error_);
+    AddAccount(L"Identities\\" + kMainId + L"\\" + kManager, L"Own");
+    EXPECT_EQ(Names{L"Own"}, MailAccounts(L"Main Identity"));
 }
 
 TEST(OutlookExpressProgramTest, IsReadFromItsSetup) {
