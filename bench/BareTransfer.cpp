@@ -23,15 +23,15 @@ BareConnection::BareConnection(std::uint16_t port) : socket_(socket(AF_INET, SOC
             "connecting the bare socket");
 }
 
-void BareConnection::Move(size_t bytes, std::uint32_t records, bool sending) {
+void BareConnection::Move(std::size_t bytes, std::uint32_t records, bool sending) {
     const auto logger = ZelBase::Logger::Create();
     std::fill(piece_, piece_ + kPiece, 'x');
     std::uint32_t written = 0;
-    for (size_t moved = 0; moved < bytes;) {
-        const int part = static_cast<int>(std::min<size_t>(kPiece, bytes - moved));
+    for (std::size_t moved = 0; moved < bytes;) {
+        const int part = static_cast<int>(std::min<std::size_t>(kPiece, bytes - moved));
         const int done = sending ? send(socket_, piece_, part, 0) : recv(socket_, piece_, part, 0);
         Require(done > 0, "moving bytes over the bare socket");
-        moved += static_cast<size_t>(done);
+        moved += static_cast<std::size_t>(done);
         const auto due = static_cast<std::uint32_t>(1.0 * records * moved / bytes);
         for (; written < due; ++written) {
             logger->Log("Bench", ZelBase::LogLevel::kTrace, "Read %d bytes from socket", done);
@@ -47,7 +47,7 @@ std::string_view BareConnection::Say(std::string_view line) {
 }
 
 std::string_view BareConnection::Hear() {
-    size_t length = 0;
+    std::size_t length = 0;
     while (recv(socket_, piece_ + length, 1, 0) == 1 && piece_[length] != '\n') {
         Require(++length < kPiece, "receiving a short line");
     }

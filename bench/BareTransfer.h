@@ -23,15 +23,15 @@ public:
     BareConnection& operator=(const BareConnection&) = delete;
 
     // Sends or receives `bytes` bytes, with `records` trace records spread over the pieces.
-    void Send(size_t bytes, std::uint32_t records) { Move(bytes, records, true); }
-    void Receive(size_t bytes, std::uint32_t records) { Move(bytes, records, false); }
+    void Send(std::size_t bytes, std::uint32_t records) { Move(bytes, records, true); }
+    void Receive(std::size_t bytes, std::uint32_t records) { Move(bytes, records, false); }
     // Sends the line and returns the line that the server replies.
     std::string_view Say(std::string_view line);
     // Waits for a line of less than 512 bytes and returns it without its LF, until the next use.
     std::string_view Hear();
 
 private:
-    void Move(size_t bytes, std::uint32_t records, bool sending);
+    void Move(std::size_t bytes, std::uint32_t records, bool sending);
 
     static constexpr int kPiece = 512;
 

@@ -23,13 +23,13 @@ namespace {
 
 using tervane::Variant;
 
-constexpr size_t kMegabyte = 1000000;
+constexpr std::size_t kMegabyte = 1000000;
 constexpr LONG kTimeout = 600; // seconds: the records of the largest message take their time
 constexpr double kMostOfFloor = 1.1;
 constexpr double kMostOfGrowth = 1.2;
 constexpr double kMostSendingMemory = 3;
 constexpr double kMostFetchingMemory = 4;
-constexpr size_t kMemoryTest = 10 * kMegabyte;
+constexpr std::size_t kMemoryTest = 10 * kMegabyte;
 
 // Objects tell the ends of their operations by messages to the thread that made them.
 void DispatchUntil(const std::function<bool()>& ended) {
@@ -40,7 +40,7 @@ void DispatchUntil(const std::function<bool()>& ended) {
     }
 }
 
-LateBound MakeMail(size_t bytes) {
+LateBound MakeMail(std::size_t bytes) {
     LateBound mail(L"Pellow.EmailData");
     mail.Set(L"From", Text(L"from@a.example"));
     mail.Set(L"To", Text(L"to@b.example"));
@@ -92,7 +92,7 @@ private:
     LateBound pop_{L"Pellow.PopCtl"};
 };
 
-void SendBare(const MailPorts& ports, size_t bytes, std::uint32_t records) {
+void SendBare(const MailPorts& ports, std::size_t bytes, std::uint32_t records) {
     BareConnection connection(ports.smtp);
     connection.Hear();
     for (const char* line :
@@ -104,7 +104,7 @@ void SendBare(const MailPorts& ports, size_t bytes, std::uint32_t records) {
     connection.Say("QUIT");
 }
 
-void FetchBare(const MailPorts& ports, size_t bytes, std::uint32_t records) {
+void FetchBare(const MailPorts& ports, std::size_t bytes, std::uint32_t records) {
     BareConnection connection(ports.pop);
     connection.Hear();
     for (const char* line : {"USER someone", "PASS secret"}) {
@@ -150,11 +150,11 @@ double CompareWays(const std::string& title, const Ways& ways) {
     return ours;
 }
 
-void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes)>& waysFor,
-                  std::initializer_list<size_t> megabytes) {
-    const size_t smallest = *megabytes.begin();
+void CompareSizes(const std::string& what, const std::function<Ways(std::size_t bytes)>& waysFor,
+                  std::initializer_list<std::size_t> megabytes) {
+    const std::size_t smallest = *megabytes.begin();
     double smallestTime = 0;
-    for (const size_t size : megabytes) {
+    for (const std::size_t size : megabytes) {
         const double time =
             CompareWays(what + " " + std::to_string(size) + " MB", waysFor(size * kMegabyte));
         if (size == smallest) {
@@ -168,7 +168,7 @@ void CompareSizes(const std::string& what, const std::function<Ways(size_t bytes
     }
 }
 
-size_t MemoryInUse() {
+std::size_t MemoryInUse() {
     PROCESS_MEMORY_COUNTERS counters = {};
     Require(GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters) != FALSE,
             "reading the use of memory");
@@ -183,22 +183,22 @@ public:
         ended_ = true;
         thread_.join();
     }
-    size_t Peak() const { return peak_; }
+    std::size_t Peak() const { return peak_; }
 
 private:
     void Run() {
         while (!ended_) {
-            peak_ = std::max<size_t>(peak_, MemoryInUse());
+            peak_ = std::max<std::size_t>(peak_, MemoryInUse());
             Sleep(1);
         }
     }
 
     std::atomic<bool> ended_ = false;
-    std::atomic<size_t> peak_ = 0;
+    std::atomic<std::size_t> peak_ = 0;
     tervane::test::TestThread thread_;
 };
 
-void PrintMemory(const char* what, size_t peak, size_t inUse, double most) {
+void PrintMemory(const char* what, std::size_t peak, std::size_t inUse, double most) {
     PrintRow({std::string("memory while 10 MB are ") + what + ", over what is in use, per size",
               1.0 * static_cast<double>(peak - inUse) / kMemoryTest, 0, "times", -1, most});
 }
@@ -208,14 +208,14 @@ void PrintMemory(const char* what, size_t peak, size_t inUse, double most) {
 void CompareMail(const MailPorts& ports) {
     Require(ZelNet::InitializeSockets(), "starting the socket layer"); // for the bare ones
     BareConnection timekeeper(ports.timekeeper);
-    const auto send = [&](size_t bytes) {
+    const auto send = [&](std::size_t bytes) {
         const LateBound mail = MakeMail(bytes);
         return Ways{[&ports, mail] { SendMail(ports, mail); },
                     [&ports, bytes](auto records) { SendBare(ports, bytes, records); },
                     [&timekeeper] { return TimeOfCurl(timekeeper, "send"); }};
     };
     Mailbox mailbox(ports);
-    const auto fetch = [&](size_t bytes) {
+    const auto fetch = [&](std::size_t bytes) {
         const auto number = static_cast<LONG>(bytes / kMegabyte);
         return Ways{[&mailbox, number] { mailbox.Fetch(number); },
                     [&ports, bytes](auto records) { FetchBare(ports, bytes, records); },
@@ -230,7 +230,7 @@ void CompareMail(const MailPorts& ports) {
 void MeasureSendingMemory(const MailPorts& ports) {
     SendMail(ports, MakeMail(1)); // loads what sending needs
     const LateBound mail = MakeMail(kMemoryTest);
-    const size_t before = MemoryInUse();
+    const std::size_t before = MemoryInUse();
     const PeakWatch watch;
     SendMail(ports, mail);
     PrintMemory("sent", watch.Peak(), before, kMostSendingMemory);

@@ -95,7 +95,7 @@ void CompareFamily(const char* hundred, const char* thousand,
                    const std::function<std::vector<StaticAdapter>()>& list) {
     constexpr int kFew = 10;
     const AdapterRegistry few(kFew, add);
-    auto listOf = [&](const AdapterRegistry& registry, size_t count) {
+    auto listOf = [&](const AdapterRegistry& registry, std::size_t count) {
         registry.Use();
         if (list().size() != count) {
             Fail("listing the adapters", E_UNEXPECTED);
@@ -105,7 +105,7 @@ void CompareFamily(const char* hundred, const char* thousand,
         const AdapterRegistry many(count, add);
         Compare(
             {count == 100 ? hundred : thousand, 1.15, 1, 3},
-            [&] { listOf(many, static_cast<size_t>(count)); },
+            [&] { listOf(many, static_cast<std::size_t>(count)); },
             [&] {
                 for (int i = 0; i < count / kFew; ++i) {
                     listOf(few, kFew);

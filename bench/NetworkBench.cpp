@@ -20,7 +20,7 @@
 namespace bench {
 namespace {
 
-constexpr size_t kMegabyte = 1000000;
+constexpr std::size_t kMegabyte = 1000000;
 const std::string kLine = std::string(78, 'x') + "\r\n"; // a mail's usual line
 
 // A server for one connection, which it fills with lines or empties.
@@ -28,7 +28,7 @@ class LoopbackServer {
 public:
     enum class Does { SendLines, Receive };
 
-    LoopbackServer(Does does, size_t bytes) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    LoopbackServer(Does does, std::size_t bytes) : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address = {};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -46,7 +46,7 @@ public:
     std::uint16_t Port() const { return port_; }
 
 private:
-    void Serve(Does does, size_t bytes) const {
+    void Serve(Does does, std::size_t bytes) const {
         const SOCKET connection = accept(socket_, nullptr, nullptr);
         std::string block;
         while (block.size() < 64000) {
@@ -57,7 +57,7 @@ private:
             const int done = does == Does::SendLines ? send(connection, block.data(), part, 0)
                                                      : recv(connection, block.data(), part, 0);
             Require(done > 0, "serving over loopback");
-            bytes -= static_cast<size_t>(done);
+            bytes -= static_cast<std::size_t>(done);
         }
         closesocket(connection);
     }
@@ -70,7 +70,7 @@ private:
 // Our side: takes all lines, or sends all data, and signals the end.
 class LineClient final : public ZelNet::TcpNonBlockingLineSocketListener {
 public:
-    void Run(LoopbackServer::Does does, size_t bytes) {
+    void Run(LoopbackServer::Does does, std::size_t bytes) {
         const LoopbackServer server(does, bytes);
         sending_ = does == LoopbackServer::Does::Receive ? bytes : 0;
         socket_ = ZelNet::ATcpNonBlockingLineSocket::Create();
@@ -98,11 +98,11 @@ private:
     std::unique_ptr<ZelNet::ATcpNonBlockingLineSocket> socket_;
     const ZelBase::UniqueHandle ended_{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
     std::string line_;
-    size_t sending_ = 0;
-    size_t lines_ = 0;
+    std::size_t sending_ = 0;
+    std::size_t lines_ = 0;
 };
 
-void BareClient(LoopbackServer::Does does, size_t bytes, std::uint32_t records) {
+void BareClient(LoopbackServer::Does does, std::size_t bytes, std::uint32_t records) {
     const LoopbackServer server(does, bytes);
     BareConnection connection(server.Port());
     does == LoopbackServer::Does::SendLines ? connection.Receive(bytes, records)
@@ -121,7 +121,7 @@ void CompareDirection(const char* name, LoopbackServer::Does does, const Transfe
     double secondsPerMegabyte[2] = {};
     int run = 0;
     for (const int megabytes : {sizes.small, sizes.large}) {
-        const size_t bytes = static_cast<size_t>(megabytes) * kMegabyte;
+        const std::size_t bytes = static_cast<std::size_t>(megabytes) * kMegabyte;
         const std::uint32_t before = ring->Section().written;
         const double ours = Seconds([&] { LineClient().Run(does, bytes); });
         const std::uint32_t records = ring->Section().written - before;

@@ -11,7 +11,7 @@ namespace bench {
 // What is counted: all requests of this process, divided by `units`.
 struct Counted {
     std::string what;
-    size_t units = 1;
+    std::size_t units = 1;
     // What there should be at most, of requests and of openings of the log ring; a negative number
     // if there is no such goal.
     double most = -1;

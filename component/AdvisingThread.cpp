@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kWindowClass[] = "TervaneEvents";
 constexpr UINT kDeliver = WM_USER;
-constexpr size_t kMostWaiting = 10'000;
+constexpr std::size_t kMostWaiting = 10'000;
 // Handlers that dispatch messages let further events in; more than these would fill the stack.
 constexpr int kMostNested = 16;
 

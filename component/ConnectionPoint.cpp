@@ -137,7 +137,7 @@ HRESULT STDMETHODCALLTYPE EventSource::FindConnectionPoint(REFIID iid, IConnecti
 HRESULT FireEvent(SinkArray& sinks, DISPID event,
                   std::initializer_list<EventArgument> arguments) noexcept {
     VARIANT reversed[kMostEventArguments];
-    const size_t count = arguments.size();
+    const std::size_t count = arguments.size();
     if (count > kMostEventArguments) {
         return E_INVALIDARG;
     }

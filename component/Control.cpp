@@ -126,7 +126,7 @@ HRESULT STDMETHODCALLTYPE Control::GetUserType(DWORD, LPOLESTR* type) {
     if (!type) {
         return E_POINTER;
     }
-    const size_t size = (wcslen(row_.description) + 1) * sizeof(wchar_t);
+    const std::size_t size = (wcslen(row_.description) + 1) * sizeof(wchar_t);
     *type = static_cast<LPOLESTR>(CoTaskMemAlloc(size));
     if (!*type) {
         return E_OUTOFMEMORY;

@@ -34,8 +34,8 @@ public:
             all_.reserve(all_.size() + 1); // a reference once taken must not be lost
             all_.push_back(Traits::Copy(element));
         }
-        size_t Size() const noexcept { return all_.size(); }
-        const Element& operator[](size_t index) const noexcept { return all_[index]; }
+        std::size_t Size() const noexcept { return all_.size(); }
+        const Element& operator[](std::size_t index) const noexcept { return all_[index]; }
 
     private:
         std::vector<Element> all_;
@@ -81,7 +81,7 @@ public:
         return given == count ? S_OK : S_FALSE;
     }
     HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-        const size_t left = elements_->Size() - next_;
+        const std::size_t left = elements_->Size() - next_;
         next_ += count < left ? count : left;
         return count <= left ? S_OK : S_FALSE;
     }
@@ -101,13 +101,13 @@ public:
     }
 
 private:
-    InterfaceEnumerator(std::shared_ptr<const Elements> elements, size_t next)
+    InterfaceEnumerator(std::shared_ptr<const Elements> elements, std::size_t next)
         : elements_(std::move(elements)), next_(next) {}
     ~InterfaceEnumerator() = default;
 
     ModuleLock lock_;
     std::shared_ptr<const Elements> elements_;
-    size_t next_;
+    std::size_t next_;
     std::atomic<ULONG> references_ = 1;
 };
 

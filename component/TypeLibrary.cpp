@@ -56,7 +56,7 @@ ArgumentCounts CountArguments(ITypeInfo& info) {
 
 // Replaces what follows the last "." of the path; the whole path counts, as it always did here.
 std::wstring WithTypeLibraryExtension(std::wstring path) {
-    const size_t dot = path.rfind(L'.');
+    const std::size_t dot = path.rfind(L'.');
     if (dot != std::wstring::npos) {
         path.resize(dot);
     }
@@ -148,7 +148,7 @@ ITypeInfo* TypeInfoFor(REFGUID id) noexcept {
 
 HRESULT MemberId(ITypeInfo* info, LPOLESTR name, DISPID* id) {
     // Names may be spelled in any case; whoever tries them all must not fill the memory.
-    constexpr size_t kMostSpellings = 500;
+    constexpr std::size_t kMostSpellings = 500;
     TypeInfoCache& cache = Cache();
     const ZelBase::CriticalSectionLock lock(cache.mutex);
     auto& known = cache.names[info];
@@ -206,7 +206,7 @@ HRESULT RegisterTypeLibrary() {
     if (const HRESULT result = LoadModuleTypeLibrary(loaded); FAILED(result)) {
         return result;
     }
-    const size_t separator = loaded.path.find_last_of(L"\\/:");
+    const std::size_t separator = loaded.path.find_last_of(L"\\/:");
     std::wstring helpDirectory =
         loaded.path.substr(0, separator == std::wstring::npos ? 0 : separator + 1);
     return RegisterTypeLib(loaded.library.Get(), loaded.path.data(), helpDirectory.data());

@@ -70,7 +70,7 @@ public:
         }
     }
     explicit operator bool() const noexcept { return isLocked_; }
-    VARIANT& operator[](size_t index) const noexcept { return elements_[index]; }
+    VARIANT& operator[](std::size_t index) const noexcept { return elements_[index]; }
 
 private:
     SAFEARRAY* array_;
@@ -237,7 +237,7 @@ std::optional<Variant> MakeArray(std::vector<Variant> elements) noexcept {
         if (!places) {
             return std::nullopt;
         }
-        for (size_t i = 0; i < elements.size(); ++i) {
+        for (std::size_t i = 0; i < elements.size(); ++i) {
             places[i] = elements[i].Release();
         }
     }

@@ -9,7 +9,7 @@ namespace {
 
 // One number without sign and leading zeros, taken off the front of `text`.
 std::optional<unsigned char> TakeNumber(std::wstring_view& text) noexcept {
-    const size_t length = std::min(text.find_first_not_of(L"0123456789"), text.size());
+    const std::size_t length = std::min(text.find_first_not_of(L"0123456789"), text.size());
     if (length == 0 || length > 3 || (length > 1 && text.front() == L'0')) {
         return std::nullopt;
     }
@@ -28,7 +28,7 @@ std::optional<Ipv4Bytes> ParseIpv4(std::wstring_view text) noexcept {
     if (text.empty()) {
         return bytes;
     }
-    for (size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (i > 0) {
             if (text.empty() || text.front() != L'.') {
                 return std::nullopt;

@@ -20,7 +20,7 @@ bool IsWithoutPhoneBook(DWORD error) noexcept {
 
 } // namespace
 
-bool FitsEntry(std::wstring_view text, size_t longest) noexcept {
+bool FitsEntry(std::wstring_view text, std::size_t longest) noexcept {
     return text.size() <= longest && std::none_of(text.begin(), text.end(), [](wchar_t letter) {
                return letter < L' ' || letter == 0x7F;
            });

@@ -53,6 +53,6 @@ private:
 
 // What fits into an entry. The system's structures have room for so many characters; a name or a
 // text with control characters is none.
-bool FitsEntry(std::wstring_view text, size_t longest) noexcept;
+bool FitsEntry(std::wstring_view text, std::size_t longest) noexcept;
 
 } // namespace tervane

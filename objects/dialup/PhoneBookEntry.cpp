@@ -21,7 +21,7 @@ HRESULT PhoneBookEntry::GetText(BSTR* result, Field field) noexcept {
 }
 
 template <typename Text, typename Field>
-HRESULT PhoneBookEntry::PutText(BSTR text, size_t longest, Field field) noexcept {
+HRESULT PhoneBookEntry::PutText(BSTR text, std::size_t longest, Field field) noexcept {
     return Guarded([&] {
         Text copy(TextOf(text));
         const Lock lock(lock_);

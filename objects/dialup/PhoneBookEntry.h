@@ -65,7 +65,7 @@ private:
     template <typename Field>
     HRESULT GetText(BSTR* result, Field field) noexcept;
     template <typename Text = std::wstring, typename Field>
-    HRESULT PutText(BSTR text, size_t longest, Field field) noexcept;
+    HRESULT PutText(BSTR text, std::size_t longest, Field field) noexcept;
     HRESULT GetAddress(BSTR* result, Ipv4Bytes PhoneBookRecord::*address) noexcept;
     HRESULT PutAddress(BSTR text, Ipv4Bytes PhoneBookRecord::*address) noexcept;
     HRESULT GetFlag(VARIANT_BOOL* result, bool PhoneBookRecord::*flag) noexcept;

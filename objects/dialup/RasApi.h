@@ -116,7 +116,7 @@ private:
 // 4 and 95 in turn, as far as they differ.
 
 // Structures end on a multiple of four bytes.
-constexpr DWORD RasSizeUpTo(size_t offset) noexcept {
+constexpr DWORD RasSizeUpTo(std::size_t offset) noexcept {
     return static_cast<DWORD>((offset + 3) / 4 * 4);
 }
 

@@ -15,7 +15,7 @@ namespace {
 constexpr DWORD kNotifyWindow = 0xFFFFFFFF;
 constexpr DWORD kFirstCountry = 1;
 constexpr int kMostCountries = 1000; // the list may lead back into itself
-constexpr size_t kUsualItems = 8;
+constexpr std::size_t kUsualItems = 8;
 // A list that grows while it is read is read again.
 constexpr int kReadAttempts = 8;
 
@@ -32,14 +32,14 @@ DWORD ReadList(const Sizes& sizes, std::vector<Item>& items, Call call) {
             std::memcpy(place.data(), &size, sizeof(size)); // the first member
             status = call(reinterpret_cast<Item*>(place.data()), &bytes, &count);
             if (status == ERROR_BUFFER_TOO_SMALL) {
-                place.resize(std::max<size_t>(bytes, place.size() * 2));
+                place.resize(std::max<std::size_t>(bytes, place.size() * 2));
             }
         }
         count = std::min<DWORD>(count, static_cast<DWORD>(place.size() / size));
         for (DWORD i = 0; status == ERROR_SUCCESS && i < count; ++i) {
             Item item = {};
-            std::memcpy(&item, place.data() + size_t{i} * size,
-                        std::min<size_t>(size, sizeof(Item)));
+            std::memcpy(&item, place.data() + std::size_t{i} * size,
+                        std::min<std::size_t>(size, sizeof(Item)));
             items.push_back(item);
         }
         return status;
@@ -149,7 +149,7 @@ DWORD RasDialUp<Form>::ReadEntry(const std::wstring& name, EntryImage& image) co
             status = api_.getEntry(nullptr, text->c_str(), reinterpret_cast<Entry*>(read.data()),
                                    &bytes, nullptr, nullptr);
             if (status == ERROR_BUFFER_TOO_SMALL) {
-                read.resize(std::max<size_t>(bytes, read.size() * 2));
+                read.resize(std::max<std::size_t>(bytes, read.size() * 2));
             }
         }
         if (status == ERROR_SUCCESS) {

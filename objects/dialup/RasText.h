@@ -28,7 +28,7 @@ std::optional<std::basic_string<Character>> ToRasText(std::wstring_view text) {
     }
 }
 
-template <typename Character, size_t size>
+template <typename Character, std::size_t size>
 std::wstring FromRasText(const Character (&place)[size]) {
     const std::basic_string_view<Character> text(
         place, std::find(place, place + size, Character()) - place);
@@ -40,13 +40,13 @@ std::wstring FromRasText(const Character (&place)[size]) {
 }
 
 // Fills the place; no character of `text` is left out.
-template <typename Character, size_t size>
+template <typename Character, std::size_t size>
 void FillRasText(std::basic_string_view<Character> text, Character (&place)[size]) noexcept {
     std::fill(std::copy(text.begin(), text.end(), place), place + size, Character());
 }
 
 // False, and nothing is changed, when the text does not fit.
-template <typename Character, size_t size>
+template <typename Character, std::size_t size>
 bool PutRasText(std::wstring_view text, Character (&place)[size]) {
     const std::optional<std::basic_string<Character>> converted = ToRasText<Character>(text);
     if (!converted || converted->size() >= size) {
@@ -57,7 +57,7 @@ bool PutRasText(std::wstring_view text, Character (&place)[size]) {
 }
 
 // The same for a password, of which nothing is left anywhere else.
-template <typename Character, size_t size>
+template <typename Character, std::size_t size>
 bool PutRasSecret(std::wstring_view text, Character (&place)[size]) noexcept {
     if (text.find(L'\0') != std::wstring_view::npos || text.size() >= size) {
         return false;
@@ -74,10 +74,10 @@ bool PutRasSecret(std::wstring_view text, Character (&place)[size]) noexcept {
                                               narrow, size - 1, nullptr, nullptr);
         const int characters = MultiByteToWideChar(CP_ACP, 0, narrow, bytes, back, size);
         // The code page may lack a character.
-        if (text != std::wstring_view(back, static_cast<size_t>(characters))) {
+        if (text != std::wstring_view(back, static_cast<std::size_t>(characters))) {
             return false;
         }
-        FillRasText<Character>({narrow, static_cast<size_t>(bytes)}, place);
+        FillRasText<Character>({narrow, static_cast<std::size_t>(bytes)}, place);
         return true;
     }
 }

@@ -42,7 +42,7 @@ constexpr AccountSetting kSettings[] = {
     {L"LeaveMailOnServer", kFlag, kPop3, L"Leave Mail On Server"},
 };
 
-constexpr size_t kLongestAccountName = 255;
+constexpr std::size_t kLongestAccountName = 255;
 
 } // namespace
 

@@ -22,7 +22,7 @@ std::optional<SettingValue> FromVariant(SettingType type, const VARIANT& value) 
     const std::optional<Variant> plain = Variant::CopyOf(value);
     constexpr VARTYPE kTypes[] = {VT_BSTR, VT_I4, VT_BOOL};
     const std::optional<Variant> converted =
-        plain ? plain->As(kTypes[static_cast<size_t>(type)]) : std::nullopt;
+        plain ? plain->As(kTypes[static_cast<std::size_t>(type)]) : std::nullopt;
     if (!converted) {
         return std::nullopt;
     }

@@ -66,7 +66,7 @@ DWORD SharingBindings::IsOn(bool& on) const {
 DWORD SharingBindings::TurnOff(bool& rebootNeeded) const {
     rebootNeeded = false;
     const std::vector<Binding> bindings = Find();
-    for (size_t i = 0; i < bindings.size(); ++i) {
+    for (std::size_t i = 0; i < bindings.size(); ++i) {
         if (!Remove(bindings[i])) {
             while (i > 0) {
                 Restore(bindings[--i]);

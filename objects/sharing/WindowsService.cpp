@@ -31,7 +31,7 @@ template <typename Structure, typename Fill>
 DWORD ReadSized(std::vector<std::byte>& place, Fill fill) {
     DWORD size = 0;
     for (;;) {
-        place.resize(std::max<size_t>(size, sizeof(Structure)));
+        place.resize(std::max<std::size_t>(size, sizeof(Structure)));
         if (fill(reinterpret_cast<Structure*>(place.data()), static_cast<DWORD>(place.size()),
                  &size)) {
             return ERROR_SUCCESS;

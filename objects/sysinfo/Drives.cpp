@@ -138,7 +138,7 @@ char Drives::SystemLetter() const noexcept {
 }
 
 UINT Drives::TypeOf(char letter) const noexcept {
-    UINT& type = types_[static_cast<size_t>(letter - 'A')];
+    UINT& type = types_[static_cast<std::size_t>(letter - 'A')];
     if (type == kNotAsked) {
         type = api_.getDriveType(RootPath(letter).Get());
     }
@@ -163,7 +163,7 @@ void FillSystemDrive(const Drives& drives, SystemSnapshot& snapshot) noexcept {
     }
     const DriveSpace space = drives.SpaceOf(letter);
     snapshot.systemDriveFreeSpace = ToScriptNumber(space.free);
-    const size_t place = snapshot.driveLetters.find(letter);
+    const std::size_t place = snapshot.driveLetters.find(letter);
     if (place != std::string::npos) {
         snapshot.systemDriveIndex = static_cast<long>(place);
         snapshot.systemDriveTotalSize = ToScriptNumber(space.total);
@@ -171,7 +171,7 @@ void FillSystemDrive(const Drives& drives, SystemSnapshot& snapshot) noexcept {
 }
 
 void FillLargestFreeDrive(const Drives& drives, SystemSnapshot& snapshot) noexcept {
-    for (size_t place = 0; place < snapshot.driveLetters.size(); ++place) {
+    for (std::size_t place = 0; place < snapshot.driveLetters.size(); ++place) {
         const char letter = snapshot.driveLetters[place];
         if (drives.ClassOf(letter) != DriveClass::kHardDrive) {
             continue;

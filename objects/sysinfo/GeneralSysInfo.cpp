@@ -102,10 +102,10 @@ HRESULT GeneralSysInfo::AnswerItem(Items SystemSnapshot::*items, Create create, 
     return Guarded([&]() -> HRESULT {
         const Snapshot known = Known();
         const Items& all = (*known).*items;
-        if (index < 0 || static_cast<size_t>(index) >= all.size()) {
+        if (index < 0 || static_cast<std::size_t>(index) >= all.size()) {
             return E_INVALIDARG;
         }
-        return create(all[static_cast<size_t>(index)], IID_IDispatch,
+        return create(all[static_cast<std::size_t>(index)], IID_IDispatch,
                       reinterpret_cast<void**>(out));
     });
 }

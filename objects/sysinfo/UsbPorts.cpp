@@ -22,14 +22,15 @@ class SystemUsbDevice final : public UsbDevice {
 public:
     explicit SystemUsbDevice(ZelBase::UniqueFile file) noexcept : file_(std::move(file)) {}
 
-    std::optional<size_t> Ask(unsigned long controlCode, std::span<unsigned char> buffer) override {
+    std::optional<std::size_t> Ask(unsigned long controlCode,
+                                   std::span<unsigned char> buffer) override {
         const auto size = static_cast<DWORD>(buffer.size());
         DWORD answered = 0;
         if (!DeviceIoControl(file_.Get(), controlCode, buffer.data(), size, buffer.data(), size,
                              &answered, nullptr)) {
             return std::nullopt;
         }
-        return std::min<size_t>(answered, buffer.size());
+        return std::min<std::size_t>(answered, buffer.size());
     }
 
 private:
@@ -61,14 +62,14 @@ constexpr unsigned long kGetRootHubName = 0x220408; // asked of a host controlle
 constexpr unsigned long kGetNodeInformation = 0x220408;
 constexpr unsigned long kGetConnectionInformation = 0x22040C;
 constexpr unsigned long kGetConnectionName = 0x220414;
-constexpr size_t kNodeInformationSize = 76;
-constexpr size_t kNumberOfPorts = 6; // where in the node information it stands
-constexpr size_t kConnectionInformationSize = 365;
-constexpr size_t kDeviceIsHub = 24; // where in the connection information
-constexpr size_t kConnectionStatus = 31;
-constexpr size_t kRootHubName = 4; // where the name begins in the answer
-constexpr size_t kConnectionName = 8;
-constexpr size_t kNameAnswerSize = 1024;
+constexpr std::size_t kNodeInformationSize = 76;
+constexpr std::size_t kNumberOfPorts = 6; // where in the node information it stands
+constexpr std::size_t kConnectionInformationSize = 365;
+constexpr std::size_t kDeviceIsHub = 24; // where in the connection information
+constexpr std::size_t kConnectionStatus = 31;
+constexpr std::size_t kRootHubName = 4; // where the name begins in the answer
+constexpr std::size_t kConnectionName = 8;
+constexpr std::size_t kNameAnswerSize = 1024;
 
 constexpr std::uint32_t kDeviceConnected = 1;
 
@@ -83,12 +84,13 @@ void PutNumber(unsigned char* bytes, std::uint32_t number) noexcept {
 }
 
 // Whoever is asked for a name answers with its length and its zero-terminated characters.
-std::string AskName(UsbDevice& device, unsigned long controlCode, unsigned port, size_t nameAt) {
+std::string AskName(UsbDevice& device, unsigned long controlCode, unsigned port,
+                    std::size_t nameAt) {
     std::array<unsigned char, kNameAnswerSize> buffer = {};
     PutNumber(buffer.data(), port);
-    const size_t answered = device.Ask(controlCode, buffer).value_or(0);
+    const std::size_t answered = device.Ask(controlCode, buffer).value_or(0);
     std::wstring name;
-    for (size_t at = nameAt; at + sizeof(wchar_t) <= answered; at += sizeof(wchar_t)) {
+    for (std::size_t at = nameAt; at + sizeof(wchar_t) <= answered; at += sizeof(wchar_t)) {
         const auto character = static_cast<wchar_t>(buffer[at] | buffer[at + 1] << 8);
         if (character == 0) {
             break;
@@ -146,7 +148,7 @@ private:
         std::array<unsigned char, kConnectionInformationSize> information = {};
         PutNumber(information.data(), port);
         // The list of pipes at its end may be left out.
-        const size_t answered = device.Ask(kGetConnectionInformation, information).value_or(0);
+        const std::size_t answered = device.Ask(kGetConnectionInformation, information).value_or(0);
         if (answered < kConnectionStatus + sizeof(std::uint32_t)) {
             return;
         }
@@ -209,7 +211,7 @@ constexpr int kDeviceDepth = 3;
 constexpr char kDeviceManager[] = "\\\\.\\DevMngr.VXD";
 // Answers with the classes of all devices as zero-terminated texts.
 constexpr unsigned long kListDeviceClasses = 1;
-constexpr size_t kLongestList = 65536;
+constexpr std::size_t kLongestList = 65536;
 
 bool HoldsUsbDevice(const RegistryKey& key, int depth, const RegularExpression& usb) {
     const auto deviceClass = key.ReadText(L"Class");
@@ -241,7 +243,7 @@ std::optional<bool> DeviceManagerListsUsb(const UsbApi& api, const RegularExpres
         return std::nullopt;
     }
     std::wstring deviceClass;
-    for (size_t at = 0; at < *answered; ++at) {
+    for (std::size_t at = 0; at < *answered; ++at) {
         if (list[at] != 0) {
             deviceClass.push_back(list[at]);
         } else if (usb.Matches(deviceClass)) {

@@ -20,8 +20,8 @@ public:
     virtual ~UsbDevice() = default;
     // Hands `buffer` to the driver, which answers in it. The number of bytes of the answer, never
     // more than the buffer has; nullopt when the driver refuses.
-    virtual std::optional<size_t> Ask(unsigned long controlCode,
-                                      std::span<unsigned char> buffer) = 0;
+    virtual std::optional<std::size_t> Ask(unsigned long controlCode,
+                                           std::span<unsigned char> buffer) = 0;
 };
 
 class UsbApi {

@@ -108,7 +108,7 @@ struct AddressRange {
     HardwareAddressBytes mask;
 
     bool Contains(const HardwareAddressBytes& other) const noexcept {
-        for (size_t i = 0; i < other.size(); ++i) {
+        for (std::size_t i = 0; i < other.size(); ++i) {
             if ((other[i] & mask[i]) != (address[i] & mask[i])) {
                 return false;
             }

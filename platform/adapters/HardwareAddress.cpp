@@ -3,9 +3,9 @@
 namespace tervane {
 namespace {
 
-constexpr size_t kTextLength = 17;
+constexpr std::size_t kTextLength = 17;
 // Two digits and what joins them to the next two.
-constexpr size_t kTextPerByte = 3;
+constexpr std::size_t kTextPerByte = 3;
 
 constexpr int DigitOf(wchar_t letter) noexcept {
     if (letter >= L'0' && letter <= L'9') {
@@ -38,7 +38,7 @@ std::optional<HardwareAddressBytes> ParseHardwareAddress(std::wstring_view text)
         return std::nullopt;
     }
     HardwareAddressBytes bytes = {};
-    for (size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
         const int high = DigitOf(text[i * kTextPerByte]);
         const int low = DigitOf(text[i * kTextPerByte + 1]);
         if (high < 0 || low < 0) {

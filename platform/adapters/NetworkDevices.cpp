@@ -108,7 +108,7 @@ public:
             bytes.resize(size);
             isTold = ask();
         }
-        bytes.resize(isTold ? std::min<size_t>(size, bytes.size()) : 0);
+        bytes.resize(isTold ? std::min<std::size_t>(size, bytes.size()) : 0);
         return bytes;
     }
     std::wstring Text(DWORD property) {
@@ -138,7 +138,7 @@ public:
     }
 
 private:
-    static constexpr size_t kUsualProperty = 256; // bytes
+    static constexpr std::size_t kUsualProperty = 256; // bytes
 
     const SetupApi& api_;
     HDEVINFO list_;

@@ -33,10 +33,10 @@ const RegistryApi& RegistryApi::System() noexcept {
 namespace {
 
 // Names are at most 255 characters for keys and 16383 for values; other registries may differ.
-constexpr size_t kUsualName = 256;
-constexpr size_t kLongestName = 65'536;
+constexpr std::size_t kUsualName = 256;
+constexpr std::size_t kLongestName = 65'536;
 // In bytes. What is longer takes one more question.
-constexpr size_t kUsualValue = 512;
+constexpr std::size_t kUsualValue = 512;
 // A value that grows while it is read is read again.
 constexpr int kReadAttempts = 8;
 
@@ -178,12 +178,12 @@ LSTATUS ReadValue(RegistryValue& value, bool (*wanted)(DWORD type), Query query)
     DWORD size = sizeof usual;
     LSTATUS status = query(&value.type, usual, &size);
     if (status == ERROR_SUCCESS) {
-        value.bytes.assign(usual, usual + std::min<size_t>(size, sizeof usual));
+        value.bytes.assign(usual, usual + std::min<std::size_t>(size, sizeof usual));
     }
     for (int i = 0; i < kReadAttempts && status == ERROR_MORE_DATA && wanted(value.type); ++i) {
         value.bytes.resize(size);
         status = query(&value.type, value.bytes.data(), &size);
-        value.bytes.resize(std::min<size_t>(size, value.bytes.size()));
+        value.bytes.resize(std::min<std::size_t>(size, value.bytes.size()));
     }
     return status;
 }

@@ -7,11 +7,11 @@ namespace tervane {
 namespace {
 
 constexpr std::wstring_view kSeparators = L",; \t\r\n";
-constexpr size_t kMostDigits = 9; // whatever is longer may not fit
+constexpr std::size_t kMostDigits = 9; // whatever is longer may not fit
 
 void AppendParts(std::wstring_view text, std::vector<std::wstring>& parts) {
-    for (size_t begin = text.find_first_not_of(kSeparators); begin < text.size();) {
-        const size_t end = std::min(text.find_first_of(kSeparators, begin), text.size());
+    for (std::size_t begin = text.find_first_not_of(kSeparators); begin < text.size();) {
+        const std::size_t end = std::min(text.find_first_of(kSeparators, begin), text.size());
         parts.emplace_back(text.substr(begin, end - begin));
         begin = text.find_first_not_of(kSeparators, end);
     }

@@ -7,7 +7,7 @@ namespace tervane {
 // A character is two bytes, the lower one first.
 std::wstring DecodeRegistryCharacters(std::span<const unsigned char> bytes) {
     std::wstring characters(bytes.size() / 2, L'\0');
-    for (size_t i = 0; i < characters.size(); ++i) {
+    for (std::size_t i = 0; i < characters.size(); ++i) {
         characters[i] = static_cast<wchar_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
     }
     return characters;
@@ -35,8 +35,8 @@ std::vector<std::wstring> DecodeRegistryTexts(std::span<const unsigned char> byt
     if (all.find_first_not_of(L'\0') == std::wstring::npos) {
         return texts;
     }
-    for (size_t start = 0; start < all.size();) {
-        const size_t end = std::min(all.find(L'\0', start), all.size());
+    for (std::size_t start = 0; start < all.size();) {
+        const std::size_t end = std::min(all.find(L'\0', start), all.size());
         const bool endsList = end == start && end + 1 == all.size();
         if (!endsList) {
             texts.push_back(all.substr(start, end - start));

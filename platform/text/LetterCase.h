@@ -30,7 +30,7 @@ std::wstring DecimalText(Number number) {
 }
 
 // The number in hexadecimal digits, with zeros in front of it up to that many.
-inline std::wstring HexText(unsigned long number, size_t digits = 1) {
+inline std::wstring HexText(unsigned long number, std::size_t digits = 1) {
     std::wstring text;
     for (; number != 0 || text.size() < digits; number /= 16) {
         text.insert(text.begin(), L"0123456789abcdef"[number % 16]);
@@ -56,10 +56,11 @@ constexpr bool EndsIgnoringAsciiCase(std::wstring_view text, std::wstring_view e
 }
 
 // npos when it does not occur.
-constexpr size_t FindIgnoringAsciiCase(std::wstring_view text, std::wstring_view part) noexcept {
+constexpr std::size_t FindIgnoringAsciiCase(std::wstring_view text,
+                                            std::wstring_view part) noexcept {
     const auto found = std::search(text.begin(), text.end(), part.begin(), part.end(), SameAscii);
     return found == text.end() && !part.empty() ? std::wstring_view::npos
-                                                : static_cast<size_t>(found - text.begin());
+                                                : static_cast<std::size_t>(found - text.begin());
 }
 
 wchar_t LowerCase(wchar_t letter) noexcept;

@@ -24,37 +24,37 @@ namespace tervane {
 namespace {
 
 // Longer ones are refused: compiling takes about a microsecond for each character.
-constexpr size_t kLongestPattern = 65'536;
+constexpr std::size_t kLongestPattern = 65'536;
 
 // What an operation may spend at most in advance, and what each text adds. A plain pattern spends
 // less than ten steps for each character, and so never comes to the end of its purse.
-constexpr size_t kFullPurse = 8'000'000;
-constexpr size_t kStepsPerText = 16'000;
-constexpr size_t kStepsPerCharacter = 64;
+constexpr std::size_t kFullPurse = 8'000'000;
+constexpr std::size_t kStepsPerText = 16'000;
+constexpr std::size_t kStepsPerCharacter = 64;
 // What the copies of the matched groups cost, in steps.
-constexpr size_t kStepsPerAllocation = 1'000;
-constexpr size_t kStepsPerGroup = 16;
+constexpr std::size_t kStepsPerAllocation = 1'000;
+constexpr std::size_t kStepsPerGroup = 16;
 // A step may have to search a set of characters, as long as the pattern; so many of them may be
 // searched for the price of one step.
-constexpr size_t kSetMembersPerStep = 32;
+constexpr std::size_t kSetMembersPerStep = 32;
 
 // A step is a look at one character or a move to the next; most take a few nanoseconds.
 class Purse {
 public:
     struct Empty {};
 
-    explicit Purse(size_t patternLength) noexcept
+    explicit Purse(std::size_t patternLength) noexcept
         : price_(1 + patternLength / kSetMembersPerStep) {}
 
     void Fill() noexcept {
         steps_ = kFullPurse;
         isSpent_ = false;
     }
-    void AddForText(size_t characters) noexcept {
+    void AddForText(std::size_t characters) noexcept {
         steps_ = std::min(kFullPurse, steps_ + kStepsPerText) + characters * kStepsPerCharacter;
     }
     void SpendStep() { Spend(price_); }
-    void Spend(size_t steps) {
+    void Spend(std::size_t steps) {
         if (steps <= steps_) {
             steps_ -= steps;
             return;
@@ -68,8 +68,8 @@ public:
     void MarkSpent() noexcept { isSpent_ = true; }
 
 private:
-    size_t price_;
-    size_t steps_ = kFullPurse;
+    std::size_t price_;
+    std::size_t steps_ = kFullPurse;
     bool isSpent_ = false;
 };
 
@@ -134,13 +134,13 @@ public:
     template <typename Other>
     MeteredAllocator(const MeteredAllocator<Other>& other) noexcept : purse_(other.GetPurse()) {}
 
-    T* allocate(size_t count) {
+    T* allocate(std::size_t count) {
         if (purse_ != nullptr) {
             purse_->Spend(kStepsPerAllocation + count * kStepsPerGroup);
         }
         return std::allocator<T>().allocate(count);
     }
-    void deallocate(T* place, size_t count) noexcept {
+    void deallocate(T* place, std::size_t count) noexcept {
         std::allocator<T>().deallocate(place, count);
     }
     Purse* GetPurse() const noexcept { return purse_; }

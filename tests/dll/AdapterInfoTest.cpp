@@ -59,7 +59,7 @@ TEST_F(AdapterInfoTest, ListsTheAdaptersOfThisMachine) {
     const auto first = Get(kStatic);
     const auto second = Get(kStatic2);
     ASSERT_EQ(first.size(), second.size());
-    for (size_t i = 0; i < first.size(); ++i) {
+    for (std::size_t i = 0; i < first.size(); ++i) {
         IDispatch* older = first[i].Get().pdispVal;
         IDispatch* newer = second[i].Get().pdispVal;
         EXPECT_EQ(test::Ask(older, L"Name"), test::Ask(newer, L"Name"));

@@ -212,7 +212,7 @@ TEST_P(AsyncObjectsTest, LeavesNoHandles) {
     };
     live(6);
     PumpUntil([] { return false; }, 300); // threads end
-    const size_t before = OpenHandleCount();
+    const std::size_t before = OpenHandleCount();
     ASSERT_NE(0u, before);
     live(60);
     EXPECT_TRUE(PumpUntil([&] { return OpenHandleCount() <= before + 3; }, kPatience))

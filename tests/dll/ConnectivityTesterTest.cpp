@@ -43,13 +43,13 @@ protected:
             start(L"TestTCPPort", {L"127.0.0.1", kClosed, 300});
             start(L"DNSLookup", {L"", 60000});
         }
-        const auto tests = static_cast<size_t>(3 * rounds);
+        const auto tests = static_cast<std::size_t>(3 * rounds);
         EXPECT_TRUE(sink.WaitFor(tests, 4 * kPatience));
         EXPECT_TRUE(PumpUntil([&] { return sink.References() == 0; }, kPatience));
         PumpUntil([] { return false; }, 300); // no further event, and the workers end
         EXPECT_EQ(tests, sink.Count());
         std::map<std::wstring, int> events;
-        for (size_t i = 0; i < sink.Count(); ++i) {
+        for (std::size_t i = 0; i < sink.Count(); ++i) {
             ++events[sink.Text(i)];
         }
         EXPECT_EQ((std::map<std::wstring, int>{
@@ -92,7 +92,7 @@ TEST_F(ConnectivityTesterTest, FindsNoAddressForNoName) {
 // Many tests at once, of every outcome: each has its event, and nothing stays behind.
 TEST_F(ConnectivityTesterTest, ManyAtOnceEachAnswerOnce) {
     Flood(60);
-    const size_t handles = OpenHandleCount();
+    const std::size_t handles = OpenHandleCount();
     Flood(60);
     EXPECT_LE(OpenHandleCount(), handles + 5);
 }

@@ -100,9 +100,9 @@ TEST_F(GeneralSysInfoTest, TellsOfAnAdapterWhatTheRegistrySays) {
 }
 
 TEST_F(GeneralSysInfoTest, MayBeReadWhileItIsRenewed) {
-    constexpr size_t kRenewals = 5;
+    constexpr std::size_t kRenewals = 5;
     const auto info = QueryFor<IGeneralSysInfo>(object_.Get());
-    for (size_t renewal = 0; renewal < kRenewals; ++renewal) {
+    for (std::size_t renewal = 0; renewal < kRenewals; ++renewal) {
         info->GetSystemInfo();
     }
     OnThreads(4, [&](int) {

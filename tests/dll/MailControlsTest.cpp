@@ -29,7 +29,7 @@ constexpr Step kSending[] = {
     {"TEXT", "250 taken", L"SMTP_UNEXPECTED"},
     {"C:QUIT", "221 bye", L"SMTP_SUCCESS"},
 };
-constexpr size_t kSent = std::size(kSending);
+constexpr std::size_t kSent = std::size(kSending);
 constexpr Step kLogin[] = {
     {nullptr, "+OK hi", L"POP_CONNECT_ERROR"},
     {"C:USER me\xE9", "+OK", L"POP_AUTH_ERROR"},
@@ -37,10 +37,10 @@ constexpr Step kLogin[] = {
 };
 
 // The conversation up to the step at which `rest` replaces the reply, or the whole and `rest`.
-template <size_t Count>
-Script Talk(const Step (&steps)[Count], const Script& rest = {}, size_t end = Count) {
+template <std::size_t Count>
+Script Talk(const Step (&steps)[Count], const Script& rest = {}, std::size_t end = Count) {
     Script script;
-    for (size_t i = 0; i < Count && i <= end; ++i) {
+    for (std::size_t i = 0; i < Count && i <= end; ++i) {
         if (steps[i].command) {
             script.push_back(steps[i].command);
         }
@@ -208,7 +208,7 @@ TEST_F(SmtpCtlTest, ComposesWhatTheMessageHolds) {
 }
 
 TEST_F(SmtpCtlTest, NamesTheOutcomeOfEachStep) {
-    for (size_t step = 0; step < kSent; ++step) {
+    for (std::size_t step = 0; step < kSent; ++step) {
         const bool isTaken = step + 1 == kSent; // whatever comes after that
         const std::pair<const char*, const wchar_t*> faults[] = {
             {"S:550 no\r\n", kSending[step].refused},
@@ -379,7 +379,7 @@ TEST_F(PopCtlTest, ReadsAMailbox) {
 }
 
 TEST_F(PopCtlTest, NamesWhatKeepsItFromLoggingIn) {
-    for (size_t step = 0; step < std::size(kLogin); ++step) {
+    for (std::size_t step = 0; step < std::size(kLogin); ++step) {
         const std::pair<const char*, const wchar_t*> faults[] = {
             {"S:-ERR no\r\n", kLogin[step].refused},
             {"S:\r\n", kLogin[step].refused},

@@ -16,8 +16,8 @@ namespace {
 class HiddenPassword {
 public:
     // Made up, of letters; `length` of them.
-    explicit HiddenPassword(size_t length) {
-        for (size_t i = 0; i < length; ++i) {
+    explicit HiddenPassword(std::size_t length) {
+        for (std::size_t i = 0; i < length; ++i) {
             masked_ += static_cast<char>(('a' + (i * 7 + length) % 26) ^ kMask);
         }
     }
@@ -39,7 +39,7 @@ public:
         ZelBase::WipeMemory(wide.Get(), masked_.size() * sizeof(wchar_t));
     }
     // How often it stands in the process's memory as UTF-16, as bytes or in base64.
-    size_t Occurrences() const {
+    std::size_t Occurrences() const {
         std::string narrow, wide, base64;
         for (const char character : masked_) {
             narrow += character;
@@ -57,20 +57,20 @@ public:
 private:
     static constexpr char kMask = 0x55;
 
-    static size_t Count(const std::string& masked) {
-        size_t count = 0;
+    static std::size_t Count(const std::string& masked) {
+        std::size_t count = 0;
         MEMORY_BASIC_INFORMATION region = {};
         const char* place = nullptr;
         while (VirtualQuery(place, &region, sizeof region) == sizeof region) {
             const char* end = place + region.RegionSize;
             const auto next = [&](const char* from) {
                 return static_cast<const char*>(
-                    std::memchr(from, masked[0] ^ kMask, static_cast<size_t>(end - from)));
+                    std::memchr(from, masked[0] ^ kMask, static_cast<std::size_t>(end - from)));
             };
             const auto same = [](char hidden, char plain) { return (plain ^ kMask) == hidden; };
             if (region.State == MEM_COMMIT && region.Protect == PAGE_READWRITE) {
                 for (const char* at = next(place); at; at = next(at + 1)) {
-                    count += static_cast<size_t>(end - at) >= masked.size() &&
+                    count += static_cast<std::size_t>(end - at) >= masked.size() &&
                              std::equal(masked.begin(), masked.end(), at, same);
                 }
             }
@@ -85,7 +85,7 @@ private:
 // Short texts live elsewhere than long ones.
 TEST(MailPassword, IsNotLeftBehind) {
     const Apartment apartment;
-    for (const size_t length : {12u, 40u}) {
+    for (const std::size_t length : {12u, 40u}) {
         const HiddenPassword password(length);
         ScriptedServer popServer({{"S:+OK\r\n", "C:USER*", "S:+OK\r\n", "SKIP", "S:+OK\r\n"}});
         ScriptedServer smtpServer({{"S:220 hi\r\n", "C:EHLO*", "S:250 ok\r\n", "C:AUTH*",
@@ -100,7 +100,7 @@ TEST(MailPassword, IsNotLeftBehind) {
                              const wchar_t* method) {
             ExpectAnswers(object, {{L"Port=", {server.Port()}}, {L"Login=", {L"me"}}});
             Advise(object, &sink);
-            const size_t before = sink.Count();
+            const std::size_t before = sink.Count();
             Call(object, method);
             EXPECT_TRUE(sink.WaitFor(before + 1, kPatience));
         };

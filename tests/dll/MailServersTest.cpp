@@ -45,14 +45,14 @@ protected:
         const wchar_t* usual = port == kAuthenticatingPort ? L"s3cret" : L"";
         Write(smtp.Get(), L"Port", port);
         Write(smtp.Get(), L"Password", password ? password : usual);
-        const size_t before = sent.Count();
+        const std::size_t before = sent.Count();
         EXPECT_EQ(L"other true", Ask(smtp.Get(), L"SendMail"));
         EXPECT_TRUE(sent.WaitFor(before + 1, kPatience));
         return Ask(smtp.Get(), L"StatusCode");
     }
     // Runs an operation to its end; the first argument of its event.
     long Do(const wchar_t* method, const std::vector<Argument>& arguments = {}) {
-        const size_t before = read.Count();
+        const std::size_t before = read.Count();
         EXPECT_EQ(L"true", Ask(pop.Get(), method, arguments)) << method;
         EXPECT_TRUE(read.WaitFor(before + 1, kPatience)) << method;
         return read[before].arguments[0].Get().lVal;

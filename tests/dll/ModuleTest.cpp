@@ -283,7 +283,7 @@ TEST_F(ModuleTest, TenThousandRoundsLeaveNothingBehind) {
         }
     };
     rounds(100); // whatever is made once only
-    const size_t before = OpenHandleCount();
+    const std::size_t before = OpenHandleCount();
     TestThread other(rounds, 5000);
     rounds(5000);
     other.join();
@@ -329,8 +329,8 @@ void LoadCallUnload() {
 
 struct Taken {
     DWORD slot; // the lowest that is free
-    size_t handles;
-    size_t bytes;
+    std::size_t handles;
+    std::size_t bytes;
 };
 
 Taken TakenNow() {
@@ -340,8 +340,8 @@ Taken TakenNow() {
 // The environment may ask for more, TERVANE_CYCLES=10000.
 TEST(Module, TakesNothingAlongWhenUnloaded) {
     constexpr int kWarmUp = 30;
-    constexpr size_t kMostBytesPerCycle = 100;
-    constexpr size_t kHeapGrowth = 512 * 1024; // once, whatever the number of cycles
+    constexpr std::size_t kMostBytesPerCycle = 100;
+    constexpr std::size_t kHeapGrowth = 512 * 1024; // once, whatever the number of cycles
     const char* wanted = std::getenv("TERVANE_CYCLES");
     const int cycles = wanted ? std::atoi(wanted) : 300;
     const Apartment apartment;
@@ -431,7 +431,7 @@ const std::set<std::pair<std::wstring, std::wstring>> kUnmoved = {
 
 // Zeroes of the declared types, and null for the result.
 HRESULT CallWithoutPlace(IUnknown* object, const FUNCDESC& function) {
-    std::vector<VARIANT> values(static_cast<size_t>(function.cParams));
+    std::vector<VARIANT> values(static_cast<std::size_t>(function.cParams));
     std::vector<VARTYPE> types;
     std::vector<VARIANTARG*> places;
     for (SHORT i = 0; i < function.cParams; ++i) {

@@ -46,7 +46,7 @@ TEST_F(WindowMgrTest, WaitsForAWindowToComeAndToGo) {
     Answers({{L"SetWindowState", {3, title}, L"true"}});
     ASSERT_TRUE(sink_.WaitFor(3, kPatience));
     std::map<long, DISPID> ended; // the two end in any order
-    for (const size_t i : {1, 2}) {
+    for (const std::size_t i : {1, 2}) {
         EXPECT_EQ(0, sink_[i].arguments[1].Get().lVal);
         ended[sink_[i].arguments[0].Get().lVal] = sink_[i].id;
     }

@@ -27,7 +27,7 @@ namespace {
 using Texts = std::vector<std::wstring>;
 
 constexpr char kThisHost[] = "127.0.0.1";
-constexpr size_t kLongestAnswer = 200;
+constexpr std::size_t kLongestAnswer = 200;
 constexpr wchar_t kLost[] = L" event lost";
 constexpr wchar_t kCard[] = L"{1}";
 
@@ -187,7 +187,7 @@ protected:
             << testing::PrintToString(usual.answer);
         PumpUntil([] { return false; }, 500); // threads may still be ending
         long blocks = LiveBlocks();
-        size_t handles = OpenHandleCount();
+        std::size_t handles = OpenHandleCount();
         const long last = std::min(LastAllocation(), usual.allocations);
         for (long failing = 1; failing <= last; ++failing) {
             wchar_t answer[kLongestAnswer] = {}; // not a block of the heap, those are counted
@@ -218,7 +218,7 @@ protected:
     }
 
     // Waits until what an attempt has used is given back: threads may still be ending.
-    static bool Settle(long blocks, size_t handles) {
+    static bool Settle(long blocks, std::size_t handles) {
         return PumpUntil(
             [&] {
                 return !ModuleState::Get()->IsLocked() && LiveBlocks() <= blocks &&
@@ -230,10 +230,11 @@ protected:
     const Apartment apartment_;
 };
 
-class ClassExhaustionTest : public ExhaustionTest, public testing::WithParamInterface<size_t> {};
+class ClassExhaustionTest : public ExhaustionTest,
+                            public testing::WithParamInterface<std::size_t> {};
 
 INSTANTIATE_TEST_SUITE_P(Classes, ClassExhaustionTest,
-                         testing::Range(size_t{0}, ObjectClasses().size()));
+                         testing::Range(std::size_t{0}, ObjectClasses().size()));
 
 TEST_P(ClassExhaustionTest, IsCreatedOrNot) {
     const ClassRow& row = ObjectClasses()[GetParam()];

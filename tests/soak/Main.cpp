@@ -19,17 +19,17 @@ constexpr DWORD kRest = 30'000;  // ms for objects and threads to go
 
 // What this process uses of the system.
 struct Usage {
-    size_t handles;
-    size_t threads;
-    size_t privateKb;
-    size_t tlsSlots; // all below the lowest free one
+    std::size_t handles;
+    std::size_t threads;
+    std::size_t privateKb;
+    std::size_t tlsSlots; // all below the lowest free one
 };
 
 Usage UsageNow() {
     return {OpenHandleCount(), ThreadCount(), CommittedMemory() / 1024, LowestFreeTlsSlot()};
 }
 
-size_t MedianOf(std::vector<Usage> part, size_t Usage::*figure) {
+std::size_t MedianOf(std::vector<Usage> part, std::size_t Usage::*figure) {
     const auto middle = part.begin() + static_cast<std::ptrdiff_t>(part.size() / 2);
     std::nth_element(part.begin(), middle, part.end(),
                      [figure](const Usage& a, const Usage& b) { return a.*figure < b.*figure; });
@@ -40,11 +40,11 @@ size_t MedianOf(std::vector<Usage> part, size_t Usage::*figure) {
 // made once nor a single peak counts. What has grown, "" when nothing has; too few rounds prove
 // nothing.
 std::string GrowthOf(const std::vector<Usage>& all) {
-    constexpr size_t kFewestRounds = 8;
+    constexpr std::size_t kFewestRounds = 8;
     struct Figure {
         const char* name;
-        size_t Usage::*value;
-        size_t tolerance;
+        std::size_t Usage::*value;
+        std::size_t tolerance;
     };
     constexpr Figure kFigures[] = {{"handles", &Usage::handles, 8},
                                    {"threads", &Usage::threads, 2},
@@ -56,9 +56,9 @@ std::string GrowthOf(const std::vector<Usage>& all) {
         if (all.size() < kFewestRounds) {
             break;
         }
-        const size_t before =
+        const std::size_t before =
             MedianOf({all.begin() + quarter, all.begin() + 2 * quarter}, figure.value);
-        const size_t after = MedianOf({all.end() - quarter, all.end()}, figure.value);
+        const std::size_t after = MedianOf({all.end() - quarter, all.end()}, figure.value);
         if (after > before + figure.tolerance) {
             grown += std::string(figure.name) + " " + std::to_string(before) + " -> " +
                      std::to_string(after) + "; ";

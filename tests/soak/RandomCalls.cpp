@@ -9,7 +9,7 @@
 namespace tervane::test {
 namespace {
 
-constexpr size_t kMostObjects = 12;
+constexpr std::size_t kMostObjects = 12;
 constexpr DWORD kPatience = 120'000; // ms, for the last event
 constexpr long kMostWaits = 100;     // identifiers of an object's waits, from 1
 
@@ -158,7 +158,7 @@ Argument RandomCalls::AnyValue(VARTYPE type, const std::wstring& member) {
 
 // The object may be busy: it lives until its last event, and in half of the cases that event
 // releases the last reference.
-void RandomCalls::Drop(size_t index) {
+void RandomCalls::Drop(std::size_t index) {
     Entry entry = std::move(entries_[index]);
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
     if (!entry.sink) {

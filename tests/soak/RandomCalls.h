@@ -101,7 +101,7 @@ private:
     void CallAnyMember(Entry& entry);
     void Invoke(Entry& entry, const FUNCDESC& function, const std::wstring& name);
     Argument AnyValue(VARTYPE type, const std::wstring& member);
-    void Drop(size_t index);
+    void Drop(std::size_t index);
     void EndWaits(Entry& entry);
     bool Drain();
 

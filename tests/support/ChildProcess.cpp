@@ -78,7 +78,7 @@ ChildProcess::~ChildProcess() {
 }
 
 std::optional<std::string> ChildProcess::ReadLine(DWORD milliseconds) {
-    size_t end = 0;
+    std::size_t end = 0;
     while ((end = buffer_.find('\n')) == std::string::npos) {
         if (!WaitForOutput(milliseconds)) {
             return std::nullopt;

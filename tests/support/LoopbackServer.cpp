@@ -38,7 +38,7 @@ constexpr Answer kPopAnswers[] = {
     {"RETR", "+OK\r\nFrom: a@b.example\r\nSubject: one\r\n\r\nfirst line\r\nsecond line\r\n.\r\n"},
 };
 
-template <size_t Count>
+template <std::size_t Count>
 std::string_view Find(const Answer (&answers)[Count], std::string_view line) {
     for (const Answer& answer : answers) {
         if (line.empty() ? answer.word.empty()
@@ -157,8 +157,8 @@ bool LoopbackServer::Receive(Session& session) {
 }
 
 void LoopbackServer::AnswerLines(Session& session) {
-    std::string_view rest(session.line, static_cast<size_t>(session.length));
-    for (size_t end; (end = rest.find("\r\n")) != std::string_view::npos;
+    std::string_view rest(session.line, static_cast<std::size_t>(session.length));
+    for (std::size_t end; (end = rest.find("\r\n")) != std::string_view::npos;
          rest.remove_prefix(end + 2)) {
         if (end != 0) {
             Reply(session.socket, session.service, rest.substr(0, end));
@@ -166,7 +166,7 @@ void LoopbackServer::AnswerLines(Session& session) {
     }
     // A line too long to be kept is a mail's; what follows of it is taken for the next one.
     session.length = rest.size() == sizeof session.line ? 0 : static_cast<int>(rest.size());
-    std::memmove(session.line, rest.data(), static_cast<size_t>(session.length));
+    std::memmove(session.line, rest.data(), static_cast<std::size_t>(session.length));
 }
 
 // The question once more, and an answer that points back to its name: RFC 1035, section 4.1.

@@ -58,7 +58,7 @@ protected:
     const Apartment apartment_;
     RecordingSink sink_;
     ComPtr<IDispatch> object_;
-    size_t seen_ = 0;
+    std::size_t seen_ = 0;
 };
 
 } // namespace tervane::test

@@ -19,7 +19,7 @@
 namespace tervane::test {
 
 // 0 when the system does not tell.
-inline size_t OpenHandleCount() {
+inline std::size_t OpenHandleCount() {
     struct Entry {
         void* object;
         ULONG_PTR process;
@@ -43,7 +43,7 @@ inline size_t OpenHandleCount() {
         status = query(kExtendedHandleInformation, table.data(),
                        static_cast<ULONG>(table.size() * sizeof(ULONG_PTR)), nullptr);
     }
-    size_t count = 0;
+    std::size_t count = 0;
     const auto* entries = reinterpret_cast<const Entry*>(table.data() + 2);
     for (ULONG_PTR i = 0; status == 0 && i < table[0]; ++i) {
         count += entries[i].process == GetCurrentProcessId();
@@ -51,11 +51,11 @@ inline size_t OpenHandleCount() {
     return count;
 }
 
-inline size_t ThreadCount() {
+inline std::size_t ThreadCount() {
     const ZelBase::UniqueHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
     THREADENTRY32 entry = {};
     entry.dwSize = sizeof entry;
-    size_t count = 0;
+    std::size_t count = 0;
     for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
          more = Thread32Next(snapshot.Get(), &entry)) {
         count += entry.th32OwnerProcessID == GetCurrentProcessId();
@@ -64,7 +64,7 @@ inline size_t ThreadCount() {
 }
 
 // Bytes.
-inline size_t CommittedMemory() {
+inline std::size_t CommittedMemory() {
     PROCESS_MEMORY_COUNTERS counters = {};
     GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
     return counters.PagefileUsage;

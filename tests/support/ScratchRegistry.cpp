@@ -41,7 +41,8 @@ LSTATUS WINAPI Refuse(Arguments...) {
 
 std::vector<std::wstring> Split(const std::wstring& text, const std::wstring& separator) {
     std::vector<std::wstring> parts;
-    for (size_t start = 0, end = 0; end != std::wstring::npos; start = end + separator.size()) {
+    for (std::size_t start = 0, end = 0; end != std::wstring::npos;
+         start = end + separator.size()) {
         end = text.find(separator, start);
         parts.push_back(text.substr(start, end - start));
     }
@@ -86,13 +87,13 @@ RegistryKey ScratchHive::Create(const std::wstring& path) const {
 void ScratchHive::Fill(const std::wstring& base, const std::wstring& text) const {
     std::wistringstream lines(text);
     for (std::wstring line; std::getline(lines >> std::ws, line);) {
-        const size_t colon = line.find(L": ");
+        const std::size_t colon = line.find(L": ");
         const RegistryKey key = Create(base + line.substr(0, colon));
         if (colon == std::wstring::npos) {
             continue;
         }
         for (const std::wstring& value : Split(line.substr(colon + 2), L"; ")) {
-            const size_t sign = value.find(L'=');
+            const std::size_t sign = value.find(L'=');
             WriteValue(key, value.substr(0, sign), value.substr(sign + 1));
         }
     }

@@ -37,14 +37,14 @@ public:
     Session& operator=(const Session&) = delete;
 
     void Send(const std::string& data) {
-        size_t sent = 0;
+        std::size_t sent = 0;
         while (sent < data.size()) {
             const int count =
                 send(socket_, data.data() + sent, static_cast<int>(data.size() - sent), 0);
             if (count <= 0) {
                 return; // the client has closed, as some scripts want
             }
-            sent += static_cast<size_t>(count);
+            sent += static_cast<std::size_t>(count);
         }
     }
     void Drip(const std::string& data) {
@@ -55,8 +55,8 @@ public:
     }
     // What comes before `end`; nothing when the client closes first.
     std::optional<std::string> ReceiveUntil(const std::string& end) {
-        size_t searched = 0;
-        size_t found;
+        std::size_t searched = 0;
+        std::size_t found;
         while ((found = received_.find(end, searched)) == std::string::npos) {
             searched = received_.size() < end.size() ? 0 : received_.size() - end.size();
             if (!Receive()) {
@@ -89,7 +89,7 @@ private:
         char buffer[65536];
         const int count = recv(socket_, buffer, sizeof buffer, 0);
         if (count > 0) {
-            received_.append(buffer, static_cast<size_t>(count));
+            received_.append(buffer, static_cast<std::size_t>(count));
         }
         return count > 0;
     }

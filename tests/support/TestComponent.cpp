@@ -223,7 +223,7 @@ HRESULT STDMETHODCALLTYPE RecordingSink::Invoke(DISPID member, REFIID, LCID, WOR
     return OnEvent(member);
 }
 
-bool RecordingSink::WaitFor(size_t events, DWORD milliseconds) {
+bool RecordingSink::WaitFor(std::size_t events, DWORD milliseconds) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     while (Count() < events) {
         const ULONGLONG now = GetTickCount64();
@@ -237,12 +237,12 @@ bool RecordingSink::WaitFor(size_t events, DWORD milliseconds) {
     return true;
 }
 
-size_t RecordingSink::Count() {
+std::size_t RecordingSink::Count() {
     const std::lock_guard lock(mutex_);
     return events_.size();
 }
 
-std::wstring RecordingSink::Text(size_t index) {
+std::wstring RecordingSink::Text(std::size_t index) {
     const std::lock_guard lock(mutex_);
     const ReceivedEvent& event = *events_.at(index);
     std::wstring text = std::to_wstring(event.id) + L"(";
@@ -260,7 +260,7 @@ void RecordingSink::Forget() {
     }
 }
 
-ReceivedEvent& RecordingSink::operator[](size_t index) {
+ReceivedEvent& RecordingSink::operator[](std::size_t index) {
     const std::lock_guard lock(mutex_);
     return *events_.at(index);
 }

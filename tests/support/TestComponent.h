@@ -137,12 +137,12 @@ public:
 
     // Waits until that many events have come, at most `milliseconds`; messages of this thread are
     // dispatched meanwhile. False on time-out.
-    bool WaitFor(size_t events, DWORD milliseconds);
-    size_t Count();
+    bool WaitFor(std::size_t events, DWORD milliseconds);
+    std::size_t Count();
     // The event with that number, from 0; only after WaitFor said that it came.
-    ReceivedEvent& operator[](size_t index);
+    ReceivedEvent& operator[](std::size_t index);
     // "number(argument, ...)", arguments in the words of `Say`.
-    std::wstring Text(size_t index);
+    std::wstring Text(std::size_t index);
     // Drops the arguments of all events, which may keep the object.
     void Forget();
     LONG References() const { return references_; }

@@ -8,19 +8,19 @@ namespace {
 
 // Long texts go out in pieces: older consoles refuse more than 64 KB at once, and the lengths of
 // the conversion are ints.
-constexpr size_t kPiece = 8192;
+constexpr std::size_t kPiece = 8192;
 
 std::string ToUtf8(std::wstring_view text) {
     int length = static_cast<int>(text.size());
     int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string bytes(static_cast<size_t>(size), '\0');
+    std::string bytes(static_cast<std::size_t>(size), '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(), size, nullptr, nullptr);
     return bytes;
 }
 
 // The beginning of `text` that is written next; no surrogate pair is torn apart.
 std::wstring_view NextPiece(std::wstring_view text) {
-    size_t size = std::min(text.size(), kPiece);
+    std::size_t size = std::min(text.size(), kPiece);
     if (size < text.size() && IS_HIGH_SURROGATE(text[size - 1])) {
         --size;
     }

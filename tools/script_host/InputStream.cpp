@@ -63,7 +63,7 @@ CallOutcome InputStream::Read(const CallArguments& arguments, Variant& result) {
     if (arguments.Count() != 1 || !count || *count < 0) {
         return {E_INVALIDARG, L"A number of characters is needed."};
     }
-    return input_.HasMore() ? ReturnText(input_.Take(static_cast<size_t>(*count)), result)
+    return input_.HasMore() ? ReturnText(input_.Take(static_cast<std::size_t>(*count)), result)
                             : PastEnd();
 }
 

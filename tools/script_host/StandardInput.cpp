@@ -9,7 +9,7 @@ namespace {
 constexpr wchar_t kEndKey = 0x1A; // Ctrl+Z
 
 // The length of a UTF-8 character by its first byte (RFC 3629); 0 for a byte inside of one.
-size_t CharacterLength(unsigned char first) {
+std::size_t CharacterLength(unsigned char first) {
     if (first < 0x80) {
         return 1;
     }
@@ -20,9 +20,10 @@ size_t CharacterLength(unsigned char first) {
 }
 
 // How many bytes can be decoded now: not the beginning of a UTF-8 character whose rest is to come.
-size_t CompleteBytes(std::string_view bytes) {
-    for (size_t i = 1; i <= 3 && i <= bytes.size(); ++i) {
-        const size_t length = CharacterLength(static_cast<unsigned char>(bytes[bytes.size() - i]));
+std::size_t CompleteBytes(std::string_view bytes) {
+    for (std::size_t i = 1; i <= 3 && i <= bytes.size(); ++i) {
+        const std::size_t length =
+            CharacterLength(static_cast<unsigned char>(bytes[bytes.size() - i]));
         if (length != 0) {
             return length > i ? bytes.size() - i : bytes.size();
         }
@@ -50,7 +51,7 @@ bool StandardInput::IsAtLineEnd() {
     return !HasMore() || text_[next_] == L'\r' || text_[next_] == L'\n';
 }
 
-std::wstring StandardInput::Take(size_t count) {
+std::wstring StandardInput::Take(std::size_t count) {
     std::wstring taken;
     while (taken.size() < count && HasMore()) {
         taken += TakeOne();
@@ -74,7 +75,7 @@ std::wstring StandardInput::TakeLine() {
 }
 
 std::wstring StandardInput::TakeAll() {
-    return Take(static_cast<size_t>(-1));
+    return Take(static_cast<std::size_t>(-1));
 }
 
 void StandardInput::Close() {
@@ -121,7 +122,7 @@ void StandardInput::ReadBytes() {
     Decode(isAtEnd_ ? bytes_.size() : CompleteBytes(bytes_));
 }
 
-void StandardInput::Decode(size_t count) {
+void StandardInput::Decode(std::size_t count) {
     std::string_view bytes = std::string_view(bytes_).substr(0, count);
     if (isAtStart_ && bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);

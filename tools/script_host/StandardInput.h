@@ -18,7 +18,7 @@ public:
     // Whether the next character ends a line; at the end, too. Waits as HasMore does.
     bool IsAtLineEnd();
     // Waits for so many characters; fewer at the end.
-    std::wstring Take(size_t count);
+    std::wstring Take(std::size_t count);
     // Up to the end of the line, which is taken as well but not part of the result.
     std::wstring TakeLine();
     std::wstring TakeAll();
@@ -33,16 +33,16 @@ private:
     bool ReadMore();
     void ReadCharacters();
     void ReadBytes();
-    void Decode(size_t count);
+    void Decode(std::size_t count);
     wchar_t TakeOne();
 
     const HANDLE handle_;
     bool isConsole_ = false;
     bool isAtEnd_ = false;
     bool isAtStart_ = true;
-    std::string bytes_; // read, but not decoded
-    std::wstring text_; // decoded
-    size_t next_ = 0;   // of text_
+    std::string bytes_;    // read, but not decoded
+    std::wstring text_;    // decoded
+    std::size_t next_ = 0; // of text_
     LONG line_ = 1;
     LONG column_ = 1;
 };

@@ -67,7 +67,7 @@ DWORD RunScript(const CommandLine& line) {
 int wmain(int count, wchar_t** words) {
     std::wstring error;
     std::optional<CommandLine> line =
-        ParseCommandLine({words + 1, static_cast<size_t>(count > 0 ? count - 1 : 0)}, error);
+        ParseCommandLine({words + 1, static_cast<std::size_t>(count > 0 ? count - 1 : 0)}, error);
     if (!line) {
         Console::WriteLine(Console::Stream::kError, error);
         Console::Write(Console::Stream::kError, kUsage);

@@ -58,7 +58,7 @@ bool IsEmpty(const std::wstring& folder) {
 
 // The folder above, with its backslash for a drive's root; empty above that.
 std::wstring Above(const std::wstring& folder) {
-    const size_t end = folder.find_last_of(L'\\');
+    const std::size_t end = folder.find_last_of(L'\\');
     if (end == std::wstring::npos || end + 1 == folder.size()) {
         return {};
     }

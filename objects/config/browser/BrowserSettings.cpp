@@ -24,7 +24,7 @@ constexpr wchar_t kProxyEnable[] = L"ProxyEnable";
 constexpr wchar_t kProxyOverride[] = L"ProxyOverride";
 
 // The byte of the connection settings that holds the flags.
-constexpr size_t kFlagsOffset = 8;
+constexpr std::size_t kFlagsOffset = 8;
 constexpr unsigned char kDirect = 1;
 constexpr unsigned char kDetect = 8;
 

@@ -27,7 +27,7 @@ HRESULT AnswerAt(long index, BSTR* result, Read read) noexcept {
     *result = nullptr;
     return Guarded([&]() -> HRESULT {
         const std::optional<std::wstring> text =
-            index < 0 ? std::nullopt : read(static_cast<size_t>(index));
+            index < 0 ? std::nullopt : read(static_cast<std::size_t>(index));
         return text ? ReturnText(*text, result) : E_INVALIDARG;
     });
 }
@@ -62,11 +62,11 @@ HRESULT ConfigureIE::get_NumFavorites(long* result) {
 }
 
 HRESULT ConfigureIE::FavoriteURL(long index, BSTR* result) {
-    return AnswerAt(index, result, [&](size_t at) { return favorites_.Url(at); });
+    return AnswerAt(index, result, [&](std::size_t at) { return favorites_.Url(at); });
 }
 
 HRESULT ConfigureIE::FavoriteName(long index, BSTR* result) {
-    return AnswerAt(index, result, [&](size_t at) { return favorites_.Name(at); });
+    return AnswerAt(index, result, [&](std::size_t at) { return favorites_.Name(at); });
 }
 
 HRESULT ConfigureIE::AddFavorite(BSTR name, BSTR url) {
@@ -100,7 +100,7 @@ HRESULT ConfigureIE::put_AutoConfigurationScript(BSTR address) {
 
 HRESULT ConfigureIE::GetProxy(ProxyProtocol protocol, BSTR* result) noexcept {
     return AnswerText(result, [&] {
-        const std::optional<std::wstring>& put = putProxies_[static_cast<size_t>(protocol)];
+        const std::optional<std::wstring>& put = putProxies_[static_cast<std::size_t>(protocol)];
         return put ? *put : ProxyServers::Parse(settings_.ProxyServerText()).Address(protocol);
     });
 }
@@ -111,7 +111,7 @@ HRESULT ConfigureIE::PutProxy(ProxyProtocol protocol, BSTR address) noexcept {
         return E_INVALIDARG;
     }
     return Guarded([&] {
-        putProxies_[static_cast<size_t>(protocol)] = trimmed;
+        putProxies_[static_cast<std::size_t>(protocol)] = trimmed;
         return S_OK;
     });
 }
@@ -174,7 +174,7 @@ HRESULT ConfigureIE::CommitProxyServers() {
         // what was put.
         ProxyServers servers = ProxyServers::Parse(
             settings_.IsProxyEnabled() ? settings_.ProxyServerText() : std::wstring());
-        for (size_t i = 0; i < kProxyProtocols; ++i) {
+        for (std::size_t i = 0; i < kProxyProtocols; ++i) {
             if (putProxies_[i]) {
                 servers.SetAddress(static_cast<ProxyProtocol>(i), *putProxies_[i]);
             }

@@ -7,7 +7,7 @@
 namespace tervane {
 namespace {
 
-constexpr size_t kLongestFileName = 255;
+constexpr std::size_t kLongestFileName = 255;
 
 bool IsControl(wchar_t letter) noexcept {
     return letter < L' ' || letter == 0x7F;

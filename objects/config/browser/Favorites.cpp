@@ -40,8 +40,8 @@ namespace {
 
 constexpr wchar_t kSection[] = L"InternetShortcut";
 constexpr wchar_t kKey[] = L"URL";
-constexpr size_t kUsualUrl = 1024;
-constexpr size_t kLongestUrl = 65'536;
+constexpr std::size_t kUsualUrl = 1024;
+constexpr std::size_t kLongestUrl = 65'536;
 
 std::vector<std::wstring> NamesIn(const std::wstring& folder) {
     std::vector<std::wstring> names;
@@ -130,7 +130,7 @@ bool Prepare(const DraftFile& draft, const std::wstring& path, const std::wstrin
 
 } // namespace
 
-size_t Favorites::Count() {
+std::size_t Favorites::Count() {
     const std::wstring folder = folder_(false);
     std::vector<std::wstring> found = folder.empty() ? decltype(found)() : NamesIn(folder);
     std::unordered_set<std::wstring> rest(found.begin(), found.end());
@@ -150,12 +150,12 @@ void Favorites::LookOnce() {
     }
 }
 
-std::optional<std::wstring> Favorites::Name(size_t index) {
+std::optional<std::wstring> Favorites::Name(std::size_t index) {
     LookOnce();
     return index < names_.size() ? std::optional(names_[index]) : std::nullopt;
 }
 
-std::optional<std::wstring> Favorites::Url(size_t index) {
+std::optional<std::wstring> Favorites::Url(std::size_t index) {
     std::optional<std::wstring> name = Name(index);
     if (!name) {
         return std::nullopt;

@@ -29,11 +29,11 @@ public:
     explicit Favorites(FolderSource folder) : folder_(std::move(folder)) {}
 
     // Looks into the folder. The indices below the number returned are valid until the next call.
-    size_t Count();
+    std::size_t Count();
     // nullopt for an index out of range.
-    std::optional<std::wstring> Name(size_t index);
+    std::optional<std::wstring> Name(std::size_t index);
     // "" when the file cannot be read or has no address.
-    std::optional<std::wstring> Url(size_t index);
+    std::optional<std::wstring> Url(std::size_t index);
 
     // Writes the favourite; one of the same name gets the new address and keeps everything else. On
     // failure the folder is as it was.

@@ -20,7 +20,7 @@ std::wstring WithLocalBypass(std::wstring_view list) {
 }
 
 std::wstring WithoutLocalBypass(std::wstring_view list) {
-    const size_t marker = FindIgnoringAsciiCase(list, kLocalBypass);
+    const std::size_t marker = FindIgnoringAsciiCase(list, kLocalBypass);
     if (marker == std::wstring_view::npos) {
         return std::wstring(list);
     }
@@ -36,7 +36,7 @@ namespace {
 
 constexpr std::array<std::wstring_view, kProxyProtocols> kNames = {L"http", L"https", L"ftp",
                                                                    L"gopher", L"socks"};
-constexpr size_t kSocks = static_cast<size_t>(ProxyProtocol::kSocks);
+constexpr std::size_t kSocks = static_cast<std::size_t>(ProxyProtocol::kSocks);
 constexpr std::wstring_view kBlanks = L" \t\r\n";
 constexpr std::wstring_view kSeparators = L"; \t\r\n";
 
@@ -44,7 +44,7 @@ constexpr std::wstring_view kSeparators = L"; \t\r\n";
 std::wstring CloseUpAssignments(std::wstring_view text) {
     std::wstring closed;
     closed.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] == L'=') {
             while (!closed.empty() && kBlanks.find(closed.back()) != std::wstring_view::npos) {
                 closed.pop_back();
@@ -74,9 +74,9 @@ ProxyServers ProxyServers::Parse(std::wstring_view text) {
     Addresses forAll;
     const std::wstring closed = CloseUpAssignments(text);
     const std::wstring_view rest = closed;
-    for (size_t begin = 0; begin < rest.size();) {
+    for (std::size_t begin = 0; begin < rest.size();) {
         begin = std::min(rest.find_first_not_of(kSeparators, begin), rest.size());
-        const size_t end = std::min(rest.find_first_of(kSeparators, begin), rest.size());
+        const std::size_t end = std::min(rest.find_first_of(kSeparators, begin), rest.size());
         const std::wstring_view entry = rest.substr(begin, end - begin);
         if (entry.find(L'=') != std::wstring_view::npos) {
             servers.AddEntry(entry);
@@ -85,7 +85,7 @@ ProxyServers ProxyServers::Parse(std::wstring_view text) {
         }
         begin = end;
     }
-    for (size_t i = 0; i < kProxyProtocols; ++i) {
+    for (std::size_t i = 0; i < kProxyProtocols; ++i) {
         if (i != kSocks && servers.known_[i].empty()) {
             servers.known_[i] = forAll;
         }
@@ -94,12 +94,12 @@ ProxyServers ProxyServers::Parse(std::wstring_view text) {
 }
 
 void ProxyServers::AddEntry(std::wstring_view entry) {
-    const size_t assignment = entry.find(L'=');
+    const std::size_t assignment = entry.find(L'=');
     const std::wstring_view address = entry.substr(assignment + 1);
     if (address.empty()) {
         return;
     }
-    for (size_t i = 0; i < kNames.size(); ++i) {
+    for (std::size_t i = 0; i < kNames.size(); ++i) {
         if (EqualsIgnoringAsciiCase(entry.substr(0, assignment), kNames[i])) {
             known_[i].emplace_back(address);
             return;
@@ -109,12 +109,12 @@ void ProxyServers::AddEntry(std::wstring_view entry) {
 }
 
 std::wstring ProxyServers::Address(ProxyProtocol protocol) const {
-    const Addresses& addresses = known_[static_cast<size_t>(protocol)];
+    const Addresses& addresses = known_[static_cast<std::size_t>(protocol)];
     return addresses.empty() ? std::wstring() : addresses.front();
 }
 
 void ProxyServers::SetAddress(ProxyProtocol protocol, std::wstring_view address) {
-    Addresses& addresses = known_[static_cast<size_t>(protocol)];
+    Addresses& addresses = known_[static_cast<std::size_t>(protocol)];
     addresses.clear();
     if (!address.empty()) {
         addresses.emplace_back(address);
@@ -135,7 +135,7 @@ std::wstring ProxyServers::Text() const {
         }
         return text;
     }
-    for (size_t i = 0; i < kNames.size(); ++i) {
+    for (std::size_t i = 0; i < kNames.size(); ++i) {
         for (const std::wstring& address : known_[i]) {
             Append(text, kNames[i], address);
         }
@@ -147,7 +147,7 @@ std::wstring ProxyServers::Text() const {
 }
 
 std::wstring_view TrimBlanks(std::wstring_view text) noexcept {
-    const size_t begin = text.find_first_not_of(kBlanks);
+    const std::size_t begin = text.find_first_not_of(kBlanks);
     if (begin == std::wstring_view::npos) {
         return {};
     }

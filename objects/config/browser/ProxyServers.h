@@ -29,7 +29,7 @@ std::wstring WithoutLocalBypass(std::wstring_view list);
 std::wstring WithExceptions(std::wstring_view list, std::wstring_view exceptions);
 
 enum class ProxyProtocol { kHttp, kHttps, kFtp, kGopher, kSocks };
-inline constexpr size_t kProxyProtocols = 5;
+inline constexpr std::size_t kProxyProtocols = 5;
 
 class ProxyServers {
 public:

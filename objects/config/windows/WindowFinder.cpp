@@ -24,23 +24,23 @@ bool IsOfAnotherThreadOfOurs(HWND window) noexcept {
 std::wstring_view WindowTitle::Read(HWND window) noexcept {
     if (MayBeOurs(window) && IsOfAnotherThreadOfOurs(window)) {
         const int length = InternalGetWindowText(window, text_, kLongest + 1);
-        return {text_, static_cast<size_t>(length)};
+        return {text_, static_cast<std::size_t>(length)};
     }
     SetLastError(ERROR_SUCCESS);
-    const auto length = static_cast<size_t>(readWide_(window, text_, kLongest + 1));
+    const auto length = static_cast<std::size_t>(readWide_(window, text_, kLongest + 1));
     const bool isMissing = length == 0 && GetLastError() == ERROR_CALL_NOT_IMPLEMENTED;
     return {text_, isMissing ? ReadNarrow(window) : length};
 }
 
 // Systems of the 9x family have no wide titles.
-size_t WindowTitle::ReadNarrow(HWND window) noexcept {
+std::size_t WindowTitle::ReadNarrow(HWND window) noexcept {
     char narrow[kLongest + 1];
     const int length = GetWindowTextA(window, narrow, sizeof narrow);
     // Of a window that has just died, some systems hand out what happened to lie in the memory.
     if (length <= 0 || !IsWindow(window)) {
         return 0;
     }
-    return static_cast<size_t>(
+    return static_cast<std::size_t>(
         MultiByteToWideChar(CP_ACP, 0, narrow, length, text_, static_cast<int>(kLongest)));
 }
 
@@ -48,7 +48,7 @@ namespace {
 
 // A session has no more windows than this. A walk that meets more of them is being led round in a
 // circle by windows that change places.
-constexpr size_t kMostWindows = 0x10000;
+constexpr std::size_t kMostWindows = 0x10000;
 
 struct WindowList {
     std::vector<HWND> windows;
@@ -78,7 +78,7 @@ std::vector<HWND> TopLevelWindows() {
 
 // Puts the children of `window` on top of `pending`, the first one uppermost.
 void PushChildren(HWND window, std::vector<HWND>& pending) {
-    const size_t below = pending.size();
+    const std::size_t below = pending.size();
     HWND child = GetWindow(window, GW_CHILD);
     while (child && pending.size() < kMostWindows) {
         pending.push_back(child);
@@ -133,7 +133,7 @@ HWND WindowFinder::Find() {
 
 HWND WindowFinder::FindBelow(HWND window) {
     std::vector<HWND> pending = {window};
-    for (size_t seen = 0; !pending.empty() && seen < kMostWindows; ++seen) {
+    for (std::size_t seen = 0; !pending.empty() && seen < kMostWindows; ++seen) {
         HWND candidate = pending.back();
         pending.pop_back();
         if (child_.Matches(title_.Read(candidate))) {

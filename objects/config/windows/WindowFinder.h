@@ -27,7 +27,7 @@ namespace tervane {
 class WindowTitle {
 public:
     // Longer titles are cut off.
-    static constexpr size_t kLongest = 499;
+    static constexpr std::size_t kLongest = 499;
 
     // The wide function only fails on the 9x family; tests give one that does.
     explicit WindowTitle(decltype(&GetWindowTextW) readWide = GetWindowTextW) noexcept
@@ -37,7 +37,7 @@ public:
     std::wstring_view Read(HWND window) noexcept;
 
 private:
-    size_t ReadNarrow(HWND window) noexcept;
+    std::size_t ReadNarrow(HWND window) noexcept;
 
     decltype(&GetWindowTextW) readWide_;
     wchar_t text_[kLongest + 1];

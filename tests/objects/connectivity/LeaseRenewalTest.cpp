@@ -211,7 +211,7 @@ public:
         if (order == Order::kReadTable) {
             EXPECT_EQ(out.size(), 1444u);
             std::memcpy(out.data(), &count_, sizeof count_);
-            for (size_t i = 0; i < entries_.size(); ++i) {
+            for (std::size_t i = 0; i < entries_.size(); ++i) {
                 std::ranges::copy(entries_[i], out.begin() + 4 + i * kEntrySize);
             }
             return !entries_.empty();

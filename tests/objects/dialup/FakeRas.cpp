@@ -17,9 +17,9 @@ std::wstring Wide(const Character* text) {
 // Whether the release knows a structure of that size, as one of those up to its own.
 template <typename Sizes>
 bool Knows(const Sizes& sizes, DWORD size) {
-    const size_t own = sizes.size() == 2
-                           ? (FakeRas::Get().release >= 2 ? 1 : 0)
-                           : std::min<size_t>(FakeRas::Get().release, sizes.size() - 1);
+    const std::size_t own = sizes.size() == 2
+                                ? (FakeRas::Get().release >= 2 ? 1 : 0)
+                                : std::min<std::size_t>(FakeRas::Get().release, sizes.size() - 1);
     return std::find(sizes.begin() + own, sizes.end(), size) != sizes.end();
 }
 
@@ -37,7 +37,7 @@ DWORD FillList(const Sizes& sizes, const std::vector<Item>& items, Item* place, 
         *bytes = needed;
         return ERROR_BUFFER_TOO_SMALL;
     }
-    for (size_t i = 0; i < items.size(); ++i) {
+    for (std::size_t i = 0; i < items.size(); ++i) {
         std::memcpy(reinterpret_cast<char*>(place) + i * size, &items[i], size);
     }
     return ERROR_SUCCESS;
@@ -259,7 +259,7 @@ struct Functions {
     static DWORD WINAPI GetErrorText(UINT error, typename Form::Character* text, DWORD size) {
         const auto words =
             ToRasText<typename Form::Character>(L"dial-up error " + std::to_wstring(error));
-        std::copy_n(words->c_str(), std::min<size_t>(words->size() + 1, size), text);
+        std::copy_n(words->c_str(), std::min<std::size_t>(words->size() + 1, size), text);
         return ERROR_SUCCESS;
     }
 

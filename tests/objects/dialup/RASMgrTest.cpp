@@ -175,7 +175,7 @@ TEST_F(RASMgrTest, DialsSeveralEntriesAtOnce) {
     }
     ASSERT_TRUE(sink_.WaitFor(60, kPatience));
     std::map<long, std::vector<DISPID>> events;
-    for (size_t i = 0; i < 60; ++i) {
+    for (std::size_t i = 0; i < 60; ++i) {
         events[sink_[i].arguments[0].Get().lVal].push_back(sink_[i].id);
     }
     for (long id = 1; id <= 20; ++id) {

@@ -55,7 +55,7 @@ protected:
         }
         return reports_ == reports;
     }
-    size_t Length(long id) {
+    std::size_t Length(long id) {
         Variant copy;
         EXPECT_EQ(Found::kYes, requests_->Find(id, copy)) << id;
         EXPECT_EQ(VT_ARRAY | VT_VARIANT, copy.Type());
@@ -143,7 +143,7 @@ TEST_F(AdapterRequestsTest, ManyAtOnceEachHaveTheirList) {
     });
     for (int id = 1; id <= kRequests; ++id) {
         ASSERT_TRUE(requests_->Start(id, [id](auto&) -> List {
-            std::vector<Variant> list(static_cast<size_t>(id));
+            std::vector<Variant> list(static_cast<std::size_t>(id));
             return list;
         }));
     }
@@ -151,7 +151,7 @@ TEST_F(AdapterRequestsTest, ManyAtOnceEachHaveTheirList) {
     reports_ = kRequests;
     reader.join();
     for (int id = 1; id <= kRequests; ++id) {
-        EXPECT_EQ(static_cast<size_t>(id), Length(id));
+        EXPECT_EQ(static_cast<std::size_t>(id), Length(id));
     }
 }
 

@@ -25,7 +25,7 @@ std::string KernelValue(const char* file, const std::string& key) {
     std::ifstream lines(file);
     for (std::string line; std::getline(lines, line);) {
         if (line.rfind(key, 0) == 0) {
-            const size_t at = line.find_first_not_of(" \t:", key.size());
+            const std::size_t at = line.find_first_not_of(" \t:", key.size());
             return at == std::string::npos ? "" : line.substr(at);
         }
     }
@@ -39,7 +39,7 @@ void ExpectDrives(const SystemSnapshot& snapshot) {
     const auto size = static_cast<double>(total.QuadPart >> 20);
     const auto free = static_cast<double>(available.QuadPart >> 20);
     ASSERT_GE(snapshot.systemDriveIndex, 0);
-    EXPECT_EQ('C', snapshot.driveLetters.at(static_cast<size_t>(snapshot.systemDriveIndex)));
+    EXPECT_EQ('C', snapshot.driveLetters.at(static_cast<std::size_t>(snapshot.systemDriveIndex)));
     EXPECT_NEAR(size, snapshot.systemDriveTotalSize, 1 + size / 2048);
     EXPECT_NEAR(free, snapshot.systemDriveFreeSpace, 64 + free / 2048); // others write meanwhile
     EXPECT_GE(snapshot.largestFreeDriveIndex, 0);

@@ -18,7 +18,7 @@ struct FakePort {
     // The name of the hub that is plugged in; empty for another device or none.
     std::wstring hub;
     bool answers = true;
-    size_t answerSize = 365;
+    std::size_t answerSize = 365;
 };
 
 // A machine's controllers by number and hubs by name, counting what is open.
@@ -26,7 +26,7 @@ class FakeUsb final : public UsbApi {
 public:
     std::map<int, std::wstring> controllers;
     std::map<std::wstring, std::vector<FakePort>> hubs;
-    size_t hubAnswerSize = 76;
+    std::size_t hubAnswerSize = 76;
     std::string deviceClasses; // of the device manager; none without it
     mutable std::vector<std::string> opened;
     mutable int open = 0;
@@ -58,7 +58,8 @@ private:
         }
         ~Device() override { --usb_.open; }
 
-        std::optional<size_t> Ask(unsigned long code, std::span<unsigned char> buffer) override {
+        std::optional<std::size_t> Ask(unsigned long code,
+                                       std::span<unsigned char> buffer) override {
             if (code == 1) {
                 std::memcpy(buffer.data(), usb_.deviceClasses.data(), usb_.deviceClasses.size());
                 return usb_.deviceClasses.size();
@@ -83,9 +84,9 @@ private:
         }
 
     private:
-        static std::optional<size_t> PutName(std::span<unsigned char> buffer, size_t at,
-                                             const std::wstring& name) {
-            const size_t size = (name.size() + 1) * sizeof(wchar_t);
+        static std::optional<std::size_t> PutName(std::span<unsigned char> buffer, std::size_t at,
+                                                  const std::wstring& name) {
+            const std::size_t size = (name.size() + 1) * sizeof(wchar_t);
             std::memcpy(&buffer[at], name.c_str(), size);
             return at + size;
         }

@@ -102,7 +102,7 @@ TEST_F(DriverAddressTest, DefinesANameAndTakesItBack) {
 }
 
 TEST_F(DriverAddressTest, BelievesOnlySixBytes) {
-    for (const size_t size : {0, 5, 7, 4096}) {
+    for (const std::size_t size : {0, 5, 7, 4096}) {
         driver.answers[0x01010102].resize(size, 1);
         EXPECT_EQ(std::nullopt, Read(L"El90x1")) << size;
         EXPECT_TRUE(driver.calls.ends_with("define 7 El90x1 \\Device\\El90x1;"));

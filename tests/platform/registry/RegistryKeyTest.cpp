@@ -98,7 +98,7 @@ TEST_P(RegistryKeyTest, ReadsWhatBadProgramsStored) {
     using namespace std::string_literals;
     using Texts = std::vector<std::wstring>;
     Create();
-    const auto store = [&](DWORD type, const std::wstring& characters, size_t bytes) {
+    const auto store = [&](DWORD type, const std::wstring& characters, std::size_t bytes) {
         RegSetKeyValueW(HKEY_CURRENT_USER, kRoot.c_str(), L"x", type, characters.data(),
                         static_cast<DWORD>(bytes));
         return Open();
@@ -170,7 +170,7 @@ TEST_P(RegistryKeyTest, ListsThousandsOfLongNamesInOrder) {
 TEST_P(RegistryKeyTest, LeavesNoKeyOpen) {
     const RegistryKey key = Create();
     ASSERT_TRUE(key.WriteText(L"text", L"x"));
-    const size_t before = test::OpenHandleCount();
+    const std::size_t before = test::OpenHandleCount();
     ASSERT_GT(before, 0u);
     for (int i = 0; i < 200; ++i) {
         RegistryKey other = Open();

@@ -12,9 +12,9 @@ namespace {
 
 using namespace std::string_literals;
 
-std::wstring Repeat(std::wstring_view part, size_t times) {
+std::wstring Repeat(std::wstring_view part, std::size_t times) {
     std::wstring text;
-    for (size_t i = 0; i < times; ++i) {
+    for (std::size_t i = 0; i < times; ++i) {
         text += part;
     }
     return text;

@@ -227,7 +227,7 @@ TEST_F(LogViewerConsole, HasColours) {
         EXPECT_EQ(viewer.Wait(), 0u);
         CONSOLE_SCREEN_BUFFER_INFO info{};
         ASSERT_TRUE(GetConsoleScreenBufferInfo(screen.Get(), &info));
-        std::wstring text(static_cast<size_t>(info.dwSize.X) * 8, L' ');
+        std::wstring text(static_cast<std::size_t>(info.dwSize.X) * 8, L' ');
         std::vector<WORD> colours(text.size());
         DWORD got = 0;
         ReadConsoleOutputCharacterW(screen.Get(), text.data(), text.size(), {0, 0}, &got);
@@ -235,7 +235,7 @@ TEST_F(LogViewerConsole, HasColours) {
         for (const auto& [word, colour] :
              {std::pair(L"plain", 0x7), std::pair(L"red \u00e4", error),
               std::pair(L"yellow", warning)}) {
-            const size_t place = text.find(word);
+            const std::size_t place = text.find(word);
             ASSERT_NE(place, std::wstring::npos) << options << word;
             EXPECT_EQ(colours[place], colour) << options << word;
         }

@@ -253,7 +253,7 @@ TEST(Thread, GivesBackWhatThousandsOfRunsTook) {
         EXPECT_TRUE(thread->Terminate(false));
     };
     round(10);
-    const size_t before = tervane::test::OpenHandleCount();
+    const std::size_t before = tervane::test::OpenHandleCount();
     round(1990);
     EXPECT_EQ(tervane::test::OpenHandleCount(), before);
     EXPECT_EQ(runs, 2000);

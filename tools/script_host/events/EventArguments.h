@@ -33,7 +33,7 @@ private:
     };
     using UniquePacket = ZelBase::UniqueResource<PacketTraits>;
     struct Packet {
-        size_t index;
+        std::size_t index;
         UniquePacket stream;
     };
 

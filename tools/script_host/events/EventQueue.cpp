@@ -11,7 +11,7 @@ constexpr UINT kEventsArrived = WM_APP;
 constexpr unsigned kDeepestNesting = 16;
 
 // Few enough for a WScript.Sleep to end about in time, enough to make the messages cheap.
-constexpr size_t kEventsPerMessage = 64;
+constexpr std::size_t kEventsPerMessage = 64;
 
 } // namespace
 
@@ -81,7 +81,7 @@ void EventQueue::OnWake() noexcept {
 }
 
 void EventQueue::DeliverArrived() noexcept {
-    size_t count = 0;
+    std::size_t count = 0;
     {
         const ZelBase::CriticalSectionLock lock(mutex_);
         count = events_.size();
@@ -89,7 +89,7 @@ void EventQueue::DeliverArrived() noexcept {
     DeliverUpTo(count);
 }
 
-void EventQueue::DeliverUpTo(size_t count) noexcept {
+void EventQueue::DeliverUpTo(std::size_t count) noexcept {
     for (; count != 0; --count) {
         std::optional<Event> event = Next();
         if (!event) {

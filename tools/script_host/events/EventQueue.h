@@ -37,7 +37,7 @@ protected:
 
 class EventQueue {
 public:
-    static constexpr size_t kLongestQueue = 100'000;
+    static constexpr std::size_t kLongestQueue = 100'000;
 
     // On the script's thread. `receiver` must live until Close.
     explicit EventQueue(EventReceiver& receiver);
@@ -73,7 +73,7 @@ private:
     static LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM, LPARAM);
     UniqueWindow MakeWindow();
     void OnWake() noexcept;
-    void DeliverUpTo(size_t count) noexcept;
+    void DeliverUpTo(std::size_t count) noexcept;
     std::optional<Event> Next() noexcept;
     void WakeIfNeeded() noexcept;
 

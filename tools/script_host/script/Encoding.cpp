@@ -12,7 +12,7 @@ std::optional<std::wstring> FromCodePage(UINT codePage, std::string_view bytes) 
     if (size == 0) {
         return std::nullopt;
     }
-    std::wstring text(static_cast<size_t>(size), L'\0');
+    std::wstring text(static_cast<std::size_t>(size), L'\0');
     MultiByteToWideChar(codePage, 0, bytes.data(), length, text.data(), size);
     return text;
 }

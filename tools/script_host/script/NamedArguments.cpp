@@ -28,7 +28,7 @@ NamedArguments::NamedArguments(const std::vector<std::wstring>& words) {
         if (!IsNamedArgument(word)) {
             continue;
         }
-        size_t end = word.find(L':');
+        std::size_t end = word.find(L':');
         const bool isSwitch = word.ends_with(L'+') || word.ends_with(L'-');
         if (end == std::wstring::npos) {
             end = word.size() - (isSwitch ? 1 : 0);

@@ -33,10 +33,10 @@ CallOutcome ScriptArguments::Item(const CallArguments& arguments, Variant& resul
     if (arguments.Count() != 1 || !index) {
         return {E_INVALIDARG, L"An index is needed."};
     }
-    if (*index < 0 || static_cast<size_t>(*index) >= words_.size()) {
+    if (*index < 0 || static_cast<std::size_t>(*index) >= words_.size()) {
         return {kSubscriptOutOfRange, L"Subscript out of range"};
     }
-    std::optional<Variant> word = Variant::FromText(words_[static_cast<size_t>(*index)]);
+    std::optional<Variant> word = Variant::FromText(words_[static_cast<std::size_t>(*index)]);
     if (!word) {
         return {E_OUTOFMEMORY, {}};
     }

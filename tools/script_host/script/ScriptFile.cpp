@@ -10,7 +10,7 @@ namespace tervane::scripthost {
 namespace {
 
 // No script is that long; a device or a mistaken file name must not eat all memory.
-constexpr size_t kLongestFile = 64 << 20;
+constexpr std::size_t kLongestFile = 64 << 20;
 
 std::wstring FullPathOf(const std::wstring& path) {
     DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
@@ -49,7 +49,7 @@ std::optional<std::wstring> FromUtf16(std::string_view bytes, bool bigEndian) {
     }
     std::wstring text;
     text.reserve(bytes.size() / 2);
-    for (size_t i = 0; i < bytes.size(); i += 2) {
+    for (std::size_t i = 0; i < bytes.size(); i += 2) {
         auto first = static_cast<unsigned char>(bytes[i]);
         auto second = static_cast<unsigned char>(bytes[i + 1]);
         text += static_cast<wchar_t>(bigEndian ? first << 8 | second : second << 8 | first);
@@ -96,7 +96,7 @@ std::wstring_view ScriptFile::Name() const noexcept {
 
 std::wstring_view ScriptFile::EngineByExtension() const noexcept {
     std::wstring_view name = Name();
-    size_t dot = name.rfind(L'.');
+    std::size_t dot = name.rfind(L'.');
     // The name ends its string, so the pointer below is zero-terminated.
     const wchar_t* extension = dot == std::wstring_view::npos ? L"" : name.data() + dot;
     if (_wcsicmp(extension, L".js") == 0) {

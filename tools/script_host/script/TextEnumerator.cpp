@@ -25,8 +25,8 @@ HRESULT TextEnumerator::Next(ULONG wanted, VARIANT* values, ULONG* fetched) {
 }
 
 HRESULT TextEnumerator::Skip(ULONG count) {
-    size_t left = texts_->size() - position_;
-    position_ += std::min<size_t>(count, left);
+    std::size_t left = texts_->size() - position_;
+    position_ += std::min<std::size_t>(count, left);
     return count <= left ? S_OK : S_FALSE;
 }
 

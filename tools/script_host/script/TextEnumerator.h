@@ -18,7 +18,7 @@ class TextEnumerator : public ComBase<IEnumVARIANT> {
 public:
     using Texts = std::vector<std::wstring>;
 
-    explicit TextEnumerator(std::shared_ptr<const Texts> texts, size_t position = 0)
+    explicit TextEnumerator(std::shared_ptr<const Texts> texts, std::size_t position = 0)
         : texts_(std::move(texts)), position_(position) {}
 
     STDMETHODIMP Next(ULONG wanted, VARIANT* values, ULONG* fetched) override;
@@ -28,7 +28,7 @@ public:
 
 private:
     const std::shared_ptr<const Texts> texts_;
-    size_t position_;
+    std::size_t position_;
 };
 
 // What `_NewEnum` answers.

@@ -85,7 +85,7 @@ TEST_F(BrowserSettingsTest, SwitchAutomaticDetectionInTheFlagsByteOnly) {
         block[8] = enable ? 9 : 1;
         EXPECT_EQ(block, key.Read(L"DefaultConnectionSettings")->bytes);
     }
-    for (size_t size : {0, 1, 8}) {
+    for (std::size_t size : {0, 1, 8}) {
         block.resize(size);
         key.WriteBytes(L"DefaultConnectionSettings", block);
         EXPECT_EQ(kNoSettings, settings_.SetAutomaticDetection(true)) << size;
@@ -187,7 +187,7 @@ const StoredText kTextsFromTheField[] = {
 TEST(ProxyServersTest, ReadsTextsFromTheFieldAndLosesNothingOfThem) {
     for (const StoredText& row : kTextsFromTheField) {
         const ProxyServers servers = ProxyServers::Parse(row.stored);
-        for (size_t i = 0; i < kProxyProtocols; ++i) {
+        for (std::size_t i = 0; i < kProxyProtocols; ++i) {
             EXPECT_EQ(row.addresses[i], servers.Address(static_cast<ProxyProtocol>(i)))
                 << row.stored << " " << i;
         }
@@ -208,7 +208,7 @@ TEST(ProxyServersTest, ChangesOneProtocolAndLeavesTheOthers) {
               servers.Text());
     servers.SetAddress(kSocks, L"");
     EXPECT_EQ(L"proxy:80", servers.Text());
-    for (size_t i = 0; i < kProxyProtocols; ++i) {
+    for (std::size_t i = 0; i < kProxyProtocols; ++i) {
         servers.SetAddress(static_cast<ProxyProtocol>(i), L"");
     }
     EXPECT_EQ(L"", servers.Text());

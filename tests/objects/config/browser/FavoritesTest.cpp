@@ -38,13 +38,13 @@ protected:
     }
     std::set<std::wstring> Names() {
         std::set<std::wstring> names;
-        for (size_t i = 0, count = favorites_.Count(); i < count; ++i) {
+        for (std::size_t i = 0, count = favorites_.Count(); i < count; ++i) {
             names.insert(*favorites_.Name(i));
         }
         return names;
     }
     std::wstring UrlOf(const std::wstring& name) {
-        for (size_t i = 0, count = favorites_.Count(); i < count; ++i) {
+        for (std::size_t i = 0, count = favorites_.Count(); i < count; ++i) {
             if (favorites_.Name(i) == name) {
                 return *favorites_.Url(i);
             }
@@ -52,7 +52,9 @@ protected:
         return L"no such favourite";
     }
     // Every file that the tests could have made, wherever a name may have led.
-    size_t FilesBelowRoot() { return std::distance(fs::recursive_directory_iterator(root_), {}); }
+    std::size_t FilesBelowRoot() {
+        return std::distance(fs::recursive_directory_iterator(root_), {});
+    }
 
     fs::path root_ = fs::temp_directory_path() / L"tervane favourites test";
     fs::path folder_ = root_ / L"Favorites";
@@ -91,7 +93,7 @@ TEST_F(FavoritesTest, KeepTheirOrderWhileOthersComeAndGo) {
     }
     ASSERT_EQ(300u, favorites_.Count());
     std::vector<std::wstring> before;
-    for (size_t i = 0; i < 300; ++i) {
+    for (std::size_t i = 0; i < 300; ++i) {
         before.push_back(*favorites_.Name(i));
         EXPECT_EQ(L"http://" + before.back().substr(1), favorites_.Url(i));
     }
@@ -102,7 +104,7 @@ TEST_F(FavoritesTest, KeepTheirOrderWhileOthersComeAndGo) {
     EXPECT_EQ(300u, favorites_.Count());
     before.erase(before.begin() + 100);
     before.push_back(L"a new one");
-    for (size_t i = 0; i < 300; ++i) {
+    for (std::size_t i = 0; i < 300; ++i) {
         EXPECT_EQ(before[i], favorites_.Name(i));
     }
     fs::remove_all(folder_);
