@@ -14,6 +14,8 @@ TEST(Mime, WritesEverythingThatIsSetInOrder) {
     AMIME message(AMIME::Level::kPart);
     message.AddHeader("To", "a@b.example");
     message.AddHeader("", " continued");
+    message.AddHeader("No:Name", "is dropped");
+    message.AddHeader("", " with all of it");
     message.AddHeader("Subject", "");
     message.SetContentType(MimeContentType::kHtml, "utf-8");
     message.SetTransferEncoding(MimeTransferEncoding::kQuotedPrintable);
