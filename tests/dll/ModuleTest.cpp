@@ -313,6 +313,8 @@ void CountFailedCloses(HMODULE module) {
     const auto& table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
     const std::span imports(reinterpret_cast<decltype(&CloseHandle)*>(base + table.VirtualAddress),
                             table.Size / sizeof(&CloseHandle));
+    DWORD before = 0; // some linkers put the table where nobody may write
+    ASSERT_TRUE(VirtualProtect(imports.data(), table.Size, PAGE_READWRITE, &before));
     std::ranges::replace(imports, &CloseHandle, &CloseAndCount);
 }
 
